@@ -1,0 +1,29 @@
+option(VALDORN_TESTS "Build the tests" ON)
+option(VALDORN_GUI "Build the Qt parts and the program itself" ON)
+option(VALDORN_TIDY "Run clang-tidy on each file" OFF)
+set(VALDORN_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, or empty")
+
+add_library(valdorn_flags INTERFACE)
+target_compile_options(valdorn_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wconversion -Wsign-conversion -Wcast-qual -Wnull-dereference -Wimplicit-fallthrough)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(valdorn_flags INTERFACE -Wextra-semi)
+endif()
+if(VALDORN_SANITIZE)
+  add_compile_options(-fsanitize=${VALDORN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VALDORN_SANITIZE})
+  # GCC sees phantom null dereferences in code that a sanitizer has rewritten.
+  target_compile_options(valdorn_flags INTERFACE -Wno-null-dereference)
+endif()
+if(VALDORN_TIDY)
+  find_program(VALDORN_CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
+endif()
+
+# The warnings, and clang-tidy when asked for, for code of ours.
+function(valdorn_checked target)
+  target_link_libraries(${target} PRIVATE valdorn_flags)
+  if(VALDORN_TIDY)
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${VALDORN_CLANG_TIDY};--quiet")
+  endif()
+endfunction()

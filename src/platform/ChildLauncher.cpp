@@ -1,0 +1,35 @@
+#include "platform/ChildLauncher.h"
+
+#include <cstring>
+
+namespace valdorn {
+
+namespace {
+
+const char* act(LaunchError::Step step) {
+    switch (step) {
+        case LaunchError::Step::prepare:
+            return "The process could not be created";
+        case LaunchError::Step::workingFolder:
+            return "The working folder could not be entered";
+        case LaunchError::Step::execute:
+            return "The executable could not be started";
+        case LaunchError::Step::interrupted:
+            return "The program is quitting";
+    }
+    return "The process could not be launched";
+}
+
+}  // namespace
+
+std::string LaunchError::description() const {
+    std::string text = act(step);
+    if (!subject.empty())
+        text += ": " + subject;
+    // strerror's buffer is the calling thread's own in glibc.
+    if (errorNumber != 0)
+        text += std::string(": ") + std::strerror(errorNumber);
+    return text;
+}
+
+}  // namespace valdorn

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+namespace valdorn {
+
+// Opens things with the desktop's own programs. Main thread only; returns without waiting for the
+// other program. False means that the desktop has nothing to open it with.
+class Workspace {
+public:
+    Workspace() = default;
+    Workspace(const Workspace&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
+    virtual ~Workspace() = default;
+
+    // Opens a file, by absolute path, with its default program.
+    virtual bool openFile(const std::string& path) = 0;
+
+    // Opens a URL with the program for its scheme.
+    virtual bool openUrl(const std::string& url) = 0;
+};
+
+}  // namespace valdorn
