@@ -5,8 +5,8 @@ namespace valdorn {
 class DeadlineQueue::Entry : public ScheduledTask::Control {
 public:
     Entry(std::weak_ptr<DeadlineQueue*> queue, MainQueue::Task task,
-          std::optional<std::chrono::milliseconds> period)
-        : period(period),
+          std::optional<std::chrono::milliseconds> repeatAfter)
+        : period(repeatAfter),
           queue_(std::move(queue)),
           task_(std::make_shared<MainQueue::Task>(std::move(task))) {}
 
