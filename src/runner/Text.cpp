@@ -1,0 +1,79 @@
+#include "runner/Text.h"
+
+#include <cassert>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <unicode/brkiter.h>
+#include <unicode/ustring.h>
+#include <unicode/utext.h>
+
+namespace valdorn::Text {
+
+namespace {
+
+// Where the first byte that is not ASCII stands, looked for eight bytes at a time: output is
+// nearly all ASCII.
+std::size_t asciiPrefix(std::string_view bytes) {
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint64_t) <= bytes.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes.data() + at, sizeof word);
+        if ((word & highBits) != 0)
+            break;
+    }
+    while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80)
+        ++at;
+    return at;
+}
+
+struct CloseText {
+    void operator()(UText* text) const { utext_close(text); }
+};
+
+// Breaking characters needs ICU's own data, which is a part of its library: a failure can only
+// mean that memory ran out.
+void require(UErrorCode status) {
+    if (U_FAILURE(status))
+        throw std::bad_alloc();
+}
+
+}  // namespace
+
+bool isUtf8(std::string_view bytes) {
+    bytes.remove_prefix(asciiPrefix(bytes));
+    if (bytes.empty()) return true;
+    assert(bytes.size() <= INT32_MAX);  // what ICU can address
+    // Measures how long the text would be as UTF-16, and finds every flaw on the way.
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(nullptr, 0, nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                  &status);
+    return status != U_INVALID_CHAR_FOUND;
+}
+
+std::string_view lastCharacters(std::string_view text, std::size_t count) {
+    // A character has at least one byte, so short texts need no breaking.
+    if (text.size() <= count)
+        return text;
+    assert(text.size() <= INT32_MAX);  // what ICU can address
+
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::BreakIterator> breaks(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    require(status);
+    const std::unique_ptr<UText, CloseText> source(
+        utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
+    require(status);
+    breaks->setText(source.get(), status);
+    require(status);
+
+    std::int32_t start = breaks->last();
+    for (std::size_t taken = 0; taken < count && start > 0; ++taken)
+        start = breaks->previous();
+    return text.substr(static_cast<std::size_t>(start));
+}
+
+}  // namespace valdorn::Text

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace valdorn {
+
+// Questions about UTF-8 text. Pure; any thread.
+namespace Text {
+
+// True when the bytes are well-formed UTF-8 (no surrogates, no overlong forms, nothing cut off).
+bool isUtf8(std::string_view bytes);
+
+// The last `count` user-perceived characters of well-formed text: a letter with its marks, a flag
+// or a CR LF pair counts as one and is never cut. The whole text when it has no more.
+std::string_view lastCharacters(std::string_view text, std::size_t count);
+
+}  // namespace Text
+
+}  // namespace valdorn
