@@ -37,7 +37,8 @@ public:
     [[nodiscard]] virtual FileOutcome append(std::string_view bytes) = 0;
 };
 
-// The files. All paths are absolute; bytes are passed as they are.
+// The files. All paths are absolute; bytes are passed as they are. A path with a NUL byte, which
+// the kernel would cut short, names nothing and is EINVAL.
 //
 // Every member may be called from any thread, at the same time as others. Calls block for as long
 // as the disk takes, but never for somebody else: a named pipe or a device in place of a file is
