@@ -67,6 +67,8 @@ bool MemoryFileSystem::isFolder(const std::string& path) const {
 FileOutcome MemoryFileSystem::failure(const std::string& path) const {
     if (const auto failing = failures.find(path); failing != failures.end())
         return FileError{failing->second, path};
+    if (path.find('\0') != std::string::npos)
+        return FileError{EINVAL, path};
     return std::nullopt;
 }
 
@@ -92,10 +94,12 @@ FileOutcome MemoryFileSystem::readable(const std::string& path) const {
 }
 
 FileOutcome MemoryFileSystem::writable(const std::string& path) const {
-    FileOutcome outcome = readable(path);
-    if (outcome && outcome->errorNumber == ENOENT && !failures.contains(path))
-        return reachable(path);
-    return outcome;
+    FileOutcome refused = failure(path);
+    if (!refused)
+        refused = reachable(path);
+    if (!refused && !files.contains(path) && isFolder(path))
+        return FileError{EISDIR, path};
+    return refused;
 }
 
 // Lists the folders that are there only by what they hold, before it goes.

@@ -1,0 +1,129 @@
+#include "platform/posix/AutostartRegistry.h"
+
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "platform/ApplicationId.h"
+#include "platform/FileSystem.h"
+#include "platform/HostInfo.h"
+#include "platform/Path.h"
+#include "platform/posix/DesktopEntry.h"
+
+namespace valdorn {
+
+namespace {
+
+constexpr std::string_view hiddenKey = "Hidden";
+constexpr std::string_view gnomeKey = "X-GNOME-Autostart-enabled";
+constexpr std::string_view tryExecKey = "TryExec";
+
+// What an entry of ours may be made of and still be nobody else's.
+const std::vector<std::string_view> ourKeys = {"Type",     "Name",    "Exec",  "Icon",
+                                               "Terminal", hiddenKey, gnomeKey};
+
+std::string configFolder(const HostInfo& host) {
+    constexpr std::string_view name = "XDG_CONFIG_HOME=";
+    for (const std::string& variable : host.environment()) {
+        // A relative folder is to be ignored by the base directory rules.
+        if (variable.starts_with(name) && variable.substr(name.size()).starts_with('/'))
+            return variable.substr(name.size());
+    }
+    return appendPathComponent(host.homeFolder(), ".config");
+}
+
+bool says(const DesktopEntry& entry, std::string_view key, bool truth) {
+    const auto value = entry.value(key);
+    // The digits are what files older than the words hold.
+    return value && (*value == (truth ? "true" : "false") || *value == (truth ? "1" : "0"));
+}
+
+bool isEnabled(const DesktopEntry& entry) {
+    return entry.isWellFormed() && !entry.value("Exec").value_or("").empty() &&
+           !says(entry, hiddenKey, true) && !says(entry, gnomeKey, false);
+}
+
+}  // namespace
+
+AutostartRegistry::AutostartRegistry(FileSystem& files, const HostInfo& host,
+                                     std::string executable)
+    : files_(files),
+      executable_(std::move(executable)),
+      folder_(appendPathComponent(configFolder(host), "autostart")),
+      path_(appendPathComponent(folder_, std::string(applicationId) + ".desktop")) {}
+
+LoginItemStatus AutostartRegistry::status() const {
+    const auto content = files_.read(path_);
+    return content.ok() && isEnabled(DesktopEntry(content.value())) ? LoginItemStatus::enabled
+                                                                    : LoginItemStatus::notEnabled;
+}
+
+void AutostartRegistry::pointAtUs(DesktopEntry& entry) const {
+    entry.set("Exec", execValue(executable_));
+    // Desktops skip an entry whose TryExec is not there.
+    if (entry.value(tryExecKey))
+        entry.set(tryExecKey, escapedValue(executable_));
+}
+
+std::optional<std::string> AutostartRegistry::write(const DesktopEntry& entry) {
+    if (const FileOutcome failed = files_.replaceAtomically(path_, entry.text()))
+        return failed->description();
+    return std::nullopt;
+}
+
+std::optional<std::string> AutostartRegistry::registerItem() {
+    if (executable_.empty())
+        return "The program's own path is not known";
+    const auto content = files_.read(path_);
+    if (!content.ok() && content.error().errorNumber != ENOENT)
+        return content.error().description();
+    if (const FileOutcome failed = files_.makeFolders(folder_))
+        return failed->description();
+
+    DesktopEntry entry(content.ok() ? content.value() : "");
+    entry.dropMalformedLines();
+    entry.set("Type", "Application");
+    entry.set("Name", "Valdorn");
+    pointAtUs(entry);
+    entry.set("Icon", applicationId);
+    entry.set("Terminal", "false");
+    if (entry.value(hiddenKey))
+        entry.set(hiddenKey, "false");
+    if (entry.value(gnomeKey))
+        entry.set(gnomeKey, "true");
+    return write(entry);
+}
+
+std::optional<std::string> AutostartRegistry::unregisterItem() {
+    const auto content = files_.read(path_);
+    if (!content.ok() && content.error().errorNumber == ENOENT)
+        return std::nullopt;
+    if (!content.ok())
+        return content.error().description();
+
+    DesktopEntry entry(content.value());
+    if (entry.holdsOnly(ourKeys)) {
+        const FileOutcome failed = files_.removeTree(path_);
+        return failed ? std::optional(failed->description()) : std::nullopt;
+    }
+    entry.set(hiddenKey, "true");
+    if (entry.value(gnomeKey))
+        entry.set(gnomeKey, "false");
+    return write(entry);
+}
+
+bool AutostartRegistry::refreshMovedExecutable() {
+    const auto content = files_.read(path_);
+    if (!content.ok() || executable_.empty())
+        return false;
+    DesktopEntry entry(content.value());
+    if (!isEnabled(entry))
+        return false;
+    const std::string program = programOfExec(*entry.value("Exec"));
+    if (!program.starts_with('/') || program == executable_ || files_.exists(program))
+        return false;
+    pointAtUs(entry);
+    return !write(entry);
+}
+
+}  // namespace valdorn

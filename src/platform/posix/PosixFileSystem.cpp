@@ -1,0 +1,221 @@
+#include "platform/posix/PosixFileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/Descriptor.h"
+
+namespace valdorn {
+
+namespace {
+
+constexpr mode_t fileMode = 0666;
+constexpr mode_t folderMode = 0777;
+
+// One call reads at most this much: large enough that a log's tail takes a few calls only.
+constexpr std::size_t readBytes = std::size_t{64} * 1024;
+
+// A stale temporary file of a killed process is stepped over; so many cannot be by accident.
+constexpr int maxTemporaryNames = 100;
+
+// The kernel would cut such a path short and work on another file.
+bool isCutShort(const std::string& path) {
+    return path.find('\0') != std::string::npos;
+}
+
+int openRetrying(const std::string& path, int flags) {
+    if (isCutShort(path)) {
+        errno = EINVAL;
+        return -1;
+    }
+    int number = -1;
+    do {
+        // Not blocking: opening a named pipe would otherwise wait for its other end.
+        number = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, fileMode);
+    } while (number < 0 && errno == EINTR);
+    return number;
+}
+
+int errorOfKind(const struct stat& status) {
+    if (S_ISREG(status.st_mode))
+        return 0;
+    return S_ISDIR(status.st_mode) ? EISDIR : ENXIO;
+}
+
+Result<Descriptor, FileError> openRegular(const std::string& path, int flags) {
+    Descriptor file(openRetrying(path, flags));
+    struct stat status {};
+    if (!file || ::fstat(file.number(), &status) != 0)
+        return FileError{errno, path};
+    if (const int error = errorOfKind(status); error != 0)
+        return FileError{error, path};
+    return file;
+}
+
+// Returns 0 or errno.
+int writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written > 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (written == 0)
+            return EIO;  // no progress and no reason: not to be tried for ever
+        else if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+// Writes and closes; returns 0 or the first errno. A disk may refuse as late as at the close; EINTR
+// is no refusal there, Linux has closed the file by then.
+int writeAndClose(Descriptor file, std::string_view bytes) {
+    const int written = writeAll(file.number(), bytes);
+    const int closed = ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+    return written != 0 ? written : closed;
+}
+
+std::string folderOf(const std::string& path) {
+    std::size_t end = path.find_last_not_of('/');
+    end = path.find_last_of('/', end);
+    end = path.find_last_not_of('/', end);
+    return end == std::string::npos ? "/" : path.substr(0, end + 1);
+}
+
+class PosixAppendHandle : public AppendHandle {
+public:
+    PosixAppendHandle(Descriptor file, std::string path)
+        : file_(std::move(file)), path_(std::move(path)) {}
+
+    FileOutcome append(std::string_view bytes) override {
+        if (const int error = writeAll(file_.number(), bytes); error != 0)
+            return FileError{error, path_};
+        return std::nullopt;
+    }
+
+private:
+    const Descriptor file_;
+    const std::string path_;
+};
+
+}  // namespace
+
+Result<std::string, FileError> PosixFileSystem::read(const std::string& path) const {
+    auto opened = openRegular(path, O_RDONLY);
+    if (!opened.ok())
+        return opened.error();
+    std::string content;
+    while (true) {
+        const std::size_t had = content.size();
+        content.resize(had + readBytes);
+        const ssize_t got = ::read(opened.value().number(), content.data() + had, readBytes);
+        const int error = errno;
+        content.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        if (got == 0)
+            return content;
+        if (got < 0 && error != EINTR)
+            return FileError{error, path};
+    }
+}
+
+FileOutcome PosixFileSystem::replaceContent(const std::string& path, std::string_view bytes) {
+    // Emptied only after the look at what it is.
+    auto opened = openRegular(path, O_WRONLY | O_CREAT);
+    if (!opened.ok())
+        return opened.error();
+    if (::ftruncate(opened.value().number(), 0) != 0)
+        return FileError{errno, path};
+    if (const int error = writeAndClose(std::move(opened.value()), bytes); error != 0)
+        return FileError{error, path};
+    return std::nullopt;
+}
+
+FileOutcome PosixFileSystem::replaceAtomically(const std::string& path, std::string_view bytes) {
+    struct stat status {};
+    if (isCutShort(path))
+        return FileError{EINVAL, path};
+    if (::stat(path.c_str(), &status) == 0 && errorOfKind(status) != 0)
+        return FileError{errorOfKind(status), path};
+
+    // A short name of our own: the target's name may be as long as names can be.
+    const std::string prefix =
+        path.substr(0, path.rfind('/') + 1) + ".valdorn-" + std::to_string(::getpid()) + "-";
+    std::string temporary;
+    Descriptor file;
+    for (int attempt = 0; !file; ++attempt) {
+        temporary = prefix + std::to_string(temporaries_++);
+        file = Descriptor(openRetrying(temporary, O_WRONLY | O_CREAT | O_EXCL));
+        if (!file && (errno != EEXIST || attempt == maxTemporaryNames))
+            return FileError{errno, path};
+    }
+
+    int error = writeAndClose(std::move(file), bytes);
+    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0)
+        error = errno;
+    if (error == 0)
+        return std::nullopt;
+    ::unlink(temporary.c_str());
+    return FileError{error, path};
+}
+
+FileOutcome PosixFileSystem::makeFolders(const std::string& path) {
+    if (isCutShort(path))
+        return FileError{EINVAL, path};
+    if (::mkdir(path.c_str(), folderMode) == 0)
+        return std::nullopt;
+    const int error = errno;
+    struct stat status {};
+    if (error == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+        return std::nullopt;
+    if (error != ENOENT || path.empty())
+        return FileError{error, path};
+    if (const FileOutcome failed = makeFolders(folderOf(path)))
+        return FileError{failed->errorNumber, path};
+    // Somebody else may have made it meanwhile.
+    if (::mkdir(path.c_str(), folderMode) == 0 || errno == EEXIST)
+        return std::nullopt;
+    return FileError{errno, path};
+}
+
+FileOutcome PosixFileSystem::removeTree(const std::string& path) {
+    if (isCutShort(path))
+        return FileError{EINVAL, path};
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    if (error)
+        return FileError{error.value(), path};
+    return std::nullopt;
+}
+
+bool PosixFileSystem::exists(const std::string& path) const {
+    struct stat status {};
+    return !isCutShort(path) && ::stat(path.c_str(), &status) == 0;
+}
+
+Result<std::uint64_t, FileError> PosixFileSystem::sizeBytes(const std::string& path) const {
+    struct stat status {};
+    if (isCutShort(path))
+        return FileError{EINVAL, path};
+    if (::stat(path.c_str(), &status) != 0)
+        return FileError{errno, path};
+    if (const int error = errorOfKind(status); error != 0)
+        return FileError{error, path};
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+Result<std::unique_ptr<AppendHandle>, FileError> PosixFileSystem::openForAppending(
+    const std::string& path) {
+    auto opened = openRegular(path, O_WRONLY | O_APPEND | O_CREAT);
+    if (!opened.ok())
+        return opened.error();
+    return std::unique_ptr<AppendHandle>(
+        std::make_unique<PosixAppendHandle>(std::move(opened.value()), path));
+}
+
+}  // namespace valdorn
