@@ -21,6 +21,11 @@ inline constexpr char labelsKey[] = "labels";
 inline constexpr char extraPathKey[] = "extraPath";
 inline constexpr char hasConnectedKey[] = "hasConnected";  // a truth value without a fallback
 
+// Names in a runner's data folder.
+inline constexpr char registrationMarkerName[] = ".runner";  // written by the tool; only looked for
+inline constexpr char daemonConfigurationName[] = "runner-config.yaml";
+inline constexpr char runnerLogName[] = "valdorn.log";
+
 // The daemon's whole configuration: at debug level it prints the lines that tell its state.
 inline constexpr char daemonConfiguration[] = "log:\n  level: debug\n";
 

@@ -18,6 +18,20 @@ void RegistrationOutput::append(std::string_view chunk) {
             lastLine_ = std::exchange(currentLine_, {});
     }
     currentLine_ += chunk;
+    if (currentLine_.size() > maxLineBytes)
+        cutCurrentLine();
+}
+
+void RegistrationOutput::cutCurrentLine() {
+    const std::size_t end = Text::completeLength(currentLine_);
+    const std::string_view complete = std::string_view(currentLine_).substr(0, end);
+    broken_ = broken_ || !Text::isUtf8(complete);
+    if (broken_) {
+        currentLine_.clear();
+        return;
+    }
+    currentLine_ =
+        std::string(Text::lastCharacters(complete, keptTailCharacters)) + currentLine_.substr(end);
 }
 
 std::string RegistrationOutput::message(int exitStatus) const {

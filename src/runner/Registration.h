@@ -20,6 +20,10 @@ using RegistrationOutcome = std::variant<Registered, RunnerError, LaunchError>;
 // that a tool that floods cannot fill the memory. One thread at a time.
 class RegistrationOutput {
 public:
+    // A line longer than this is cut to its last `keptTailCharacters`: nobody can read more.
+    static constexpr std::size_t maxLineBytes = std::size_t{1024} * 1024;
+    static constexpr std::size_t keptTailCharacters = 8000;
+
     // Takes the next bytes.
     void append(std::string_view chunk);
 
@@ -28,6 +32,8 @@ public:
     std::string message(int exitStatus) const;
 
 private:
+    void cutCurrentLine();
+
     std::string lastLine_;     // the last completed line that is not empty
     std::string currentLine_;  // what came after the last line feed
     std::size_t lineFeeds_ = 0;

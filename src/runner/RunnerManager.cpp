@@ -70,7 +70,8 @@ std::string RunnerManager::dataDir() const {
 }
 
 bool RunnerManager::isRegistered() const {
-    return services_.fileSystem.exists(appendPathComponent(dataDir(), ".runner"));
+    return services_.fileSystem.exists(
+        appendPathComponent(dataDir(), Config::registrationMarkerName));
 }
 
 void RunnerManager::ensureDataDir() const {
@@ -81,11 +82,13 @@ void RunnerManager::ensureDataDir() const {
 void RunnerManager::ensureDaemonConfig() const {
     // Without it the daemon does not start, or runs with what was there before.
     std::ignore = services_.fileSystem.replaceAtomically(
-        appendPathComponent(dataDir(), "runner-config.yaml"), Config::daemonConfiguration);
+        appendPathComponent(dataDir(), Config::daemonConfigurationName),
+        Config::daemonConfiguration);
 }
 
 std::unique_ptr<AppendHandle> RunnerManager::openLog() const {
-    auto log = services_.fileSystem.openForAppending(appendPathComponent(dataDir(), "valdorn.log"));
+    auto log = services_.fileSystem.openForAppending(
+        appendPathComponent(dataDir(), Config::runnerLogName));
     // A runner without a log still runs.
     return log ? std::move(log.value()) : nullptr;
 }
@@ -136,7 +139,7 @@ ChildCommand RunnerManager::daemonCommand() const {
     const HostInfo& host = services_.hostInfo;
     const std::string folder = dataDir();
     return {Config::actRunnerPath(services_.bundleResources, host),
-            {"daemon", "--config", appendPathComponent(folder, "runner-config.yaml")},
+            {"daemon", "--config", appendPathComponent(folder, Config::daemonConfigurationName)},
             folder,
             withPath(host.environment(), Config::pathEnv(config().extraPath, host.homeFolder()))};
 }

@@ -9,6 +9,7 @@
 #include <unicode/brkiter.h>
 #include <unicode/ustring.h>
 #include <unicode/utext.h>
+#include <unicode/utf8.h>
 
 namespace valdorn::Text {
 
@@ -45,13 +46,26 @@ void require(UErrorCode status) {
 
 bool isUtf8(std::string_view bytes) {
     bytes.remove_prefix(asciiPrefix(bytes));
-    if (bytes.empty()) return true;
+    if (bytes.empty())
+        return true;
     assert(bytes.size() <= INT32_MAX);  // what ICU can address
     // Measures how long the text would be as UTF-16, and finds every flaw on the way.
     UErrorCode status = U_ZERO_ERROR;
     u_strFromUTF8(nullptr, 0, nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()),
                   &status);
     return status != U_INVALID_CHAR_FOUND;
+}
+
+std::size_t completeLength(std::string_view text) {
+    constexpr std::size_t longestCharacter = 4;
+    for (std::size_t back = 1; back <= longestCharacter && back <= text.size(); ++back) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+        if (U8_IS_TRAIL(byte))
+            continue;
+        const auto needed = static_cast<std::size_t>(1 + U8_COUNT_TRAIL_BYTES(byte));
+        return needed > back ? text.size() - back : text.size();
+    }
+    return text.size();
 }
 
 std::string_view lastCharacters(std::string_view text, std::size_t count) {
