@@ -31,11 +31,11 @@ public:
     // The process's one fleet, made by the first call and never destroyed; later calls ignore the
     // argument. For the composition root only. What `services` refers to is never destroyed
     // before the process ends, or is not used after the event loop has returned.
-    static RunnersStore& shared(const Services& services);
+    static RunnersStore& shared(const Services& services) VALDORN_ON_MAIN_THREAD;
 
     // Makes the support folder, then reads the list, or, where the file gives no record, migrates
     // the one-runner settings into it. Never empty; starts nothing.
-    static std::shared_ptr<RunnersStore> create(const Services& services);
+    static std::shared_ptr<RunnersStore> create(const Services& services) VALDORN_ON_MAIN_THREAD;
 
     RunnersStore(Key, const Services& services);
     RunnersStore(const RunnersStore&) = delete;

@@ -35,14 +35,15 @@ public:
     const MenuItem& item(std::string_view id) const;
 
     // Change one entry, which must exist. Tells the observers unless the value is equal.
-    void setTitle(std::string_view id, std::string title);
-    void setHidden(std::string_view id, bool hidden);
+    void setTitle(std::string_view id, std::string title) VALDORN_ON_MAIN_THREAD;
+    void setHidden(std::string_view id, bool hidden) VALDORN_ON_MAIN_THREAD;
 
     // Runs the entry's action, if it has one and is enabled.
     void activate(std::string_view id) const;
 
     // Calls `observer` after each change, with the changed entry.
-    [[nodiscard]] Subscription onDidChange(std::function<void(const MenuItem&)> observer);
+    [[nodiscard]] Subscription onDidChange(std::function<void(const MenuItem&)> observer)
+        VALDORN_ON_MAIN_THREAD;
 
 private:
     MenuItem& find(std::string_view id);
