@@ -1,0 +1,90 @@
+#include "platform/posix/PosixChildLauncher.h"
+
+#include <utility>
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+
+#include "platform/posix/ForegroundRun.h"
+#include "platform/posix/KernelCall.h"
+#include "platform/posix/SpawnedChild.h"
+
+namespace valdorn {
+
+namespace {
+
+class PosixChildProcess : public ChildProcess {
+public:
+    explicit PosixChildProcess(std::shared_ptr<PidDescriptor> process)
+        : process_(std::move(process)) {}
+
+    std::int64_t id() const override { return process_->pid(); }
+    bool isRunning() const override { return process_->isRunning(); }
+    // A child that has ended, or has taken another user's rights, is left alone.
+    void terminate() override { process_->send(SIGTERM); }
+
+private:
+    const std::shared_ptr<PidDescriptor> process_;
+};
+
+void heedEndsOfChildren() {
+    struct sigaction action {};
+    sigaction(SIGCHLD, nullptr, &action);
+    if (action.sa_handler != SIG_IGN)
+        return;
+    action.sa_handler = SIG_DFL;
+    sigaction(SIGCHLD, &action, nullptr);
+}
+
+bool isReadable(const Descriptor& descriptor) {
+    pollfd now{descriptor.number(), POLLIN, 0};
+    return poll(&now, 1, 0) > 0;
+}
+
+// For a child that nobody listens to: its pipe is emptied so that it can go on, and it is reaped.
+ChildHandlers nobody() {
+    return {[](std::string_view, const OutputCredit&) {}, [](ChildExit) {}};
+}
+
+}  // namespace
+
+PosixChildLauncher::PosixChildLauncher()
+    : interrupt_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    heedEndsOfChildren();
+}
+
+PosixChildLauncher::~PosixChildLauncher() = default;
+
+Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
+    const ChildCommand& command, ChildHandlers handlers) {
+    auto child = spawnChild(command);
+    if (!child)
+        return child.error();
+    auto process = child.value().process;
+    if (const auto why = reader_.watch(std::move(child.value()), std::move(handlers))) {
+        abandon(*process);
+        return LaunchError{LaunchError::Step::prepare, *why, {}};
+    }
+    return std::unique_ptr<ChildProcess>(std::make_unique<PosixChildProcess>(std::move(process)));
+}
+
+Result<ChildExit, LaunchError> PosixChildLauncher::run(
+    const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
+    if (isReadable(interrupt_))
+        return LaunchError{LaunchError::Step::interrupted, 0, {}};
+    auto child = spawnChild(command);
+    if (!child)
+        return child.error();
+    const auto outcome = ForegroundRun(child.value(), interrupt_, onOutput).wait();
+    // Failing to watch it costs only its remaining output, and a zombie until the program ends.
+    if (!outcome)
+        reader_.watch(std::move(child.value()), nobody());
+    return outcome;
+}
+
+void PosixChildLauncher::interruptRuns() {
+    eventfd_write(interrupt_.number(), 1);
+}
+
+}  // namespace valdorn

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/ChildLauncher.h"
+#include "platform/posix/ChildReader.h"
+#include "platform/posix/Descriptor.h"
+
+namespace valdorn {
+
+// Starts processes of this computer. Each child costs two descriptors while it runs; the soft
+// limit on descriptors is raised when a fleet comes near it.
+//
+// Children that live on after the destruction find nobody at the other end of their output: the
+// next write gives them SIGPIPE. Those that end are reaped by whoever is their parent then, so the
+// launcher is to live as long as the program.
+class PosixChildLauncher : public ChildLauncher {
+public:
+    // Throws std::system_error when the kernel gives no descriptor or no thread. Takes back an
+    // ignored SIGCHLD, which a program inherits from the one that started it: with it the kernel
+    // would throw the exits of children away.
+    PosixChildLauncher();
+    ~PosixChildLauncher() override;
+
+    Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
+                                                              ChildHandlers handlers) override;
+    // No run() may be under way on another thread when the launcher is destroyed.
+    Result<ChildExit, LaunchError> run(
+        const ChildCommand& command,
+        const std::function<void(std::string_view chunk)>& onOutput) override;
+    void interruptRuns() override;
+
+private:
+    const Descriptor interrupt_;  // an eventfd, readable for ever once runs are interrupted
+    ChildReader reader_;
+};
+
+}  // namespace valdorn

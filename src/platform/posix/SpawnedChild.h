@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/ChildLauncher.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/PidDescriptor.h"
+
+namespace valdorn {
+
+// A child that runs its executable, and the end of the pipe that its output comes from. Dropping
+// it closes that end; it neither signals the child nor reaps it.
+struct SpawnedChild {
+    std::shared_ptr<PidDescriptor> process;
+    Descriptor output;  // never blocks
+};
+
+// Any thread. Starts a child under the conditions that ChildLauncher promises. Each failure leaves
+// neither a child nor a descriptor behind.
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command);
+
+// Kills and reaps a child that nobody has heard of yet, because something that it needs could not
+// be had. The one place where a child is killed.
+void abandon(const PidDescriptor& process);
+
+}  // namespace valdorn

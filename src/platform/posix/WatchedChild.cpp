@@ -1,0 +1,72 @@
+#include "platform/posix/WatchedChild.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace valdorn {
+
+WatchedChild::WatchedChild(SpawnedChild child, ChildHandlers handlers,
+                           std::shared_ptr<OutputBudget> budget)
+    : child_(std::move(child)), handlers_(std::move(handlers)), budget_(std::move(budget)) {}
+
+WatchedChild::Turn WatchedChild::takeTurn(std::span<char> buffer) {
+    if (!handlers_)
+        return Turn::finished;
+    if (exit_ && leftAtExitBytes_ == 0)
+        return reportExit();
+    if (!child_.output || budget_->isOverdrawn())
+        return Turn::wait;
+    return readOnce(buffer);
+}
+
+void WatchedChild::noteEnd() {
+    if (exit_)
+        return;
+    exit_ = child_.process->reap();
+    int readable = 0;
+    if (exit_ && child_.output && ioctl(child_.output.number(), FIONREAD, &readable) == 0)
+        leftAtExitBytes_ = static_cast<std::size_t>(readable);
+}
+
+WatchedChild::Turn WatchedChild::readOnce(std::span<char> buffer) {
+    const auto wanted = exit_ ? buffer.first(std::min(buffer.size(), leftAtExitBytes_)) : buffer;
+    const ssize_t got = read(child_.output.number(), wanted.data(), wanted.size());
+    if (got > 0) {
+        const auto chunk = wanted.first(static_cast<std::size_t>(got));
+        return handOver(chunk, chunk.size() < wanted.size());
+    }
+    if (got < 0 && errno == EINTR)
+        return Turn::again;
+    if (got < 0 && errno == EAGAIN && !exit_)
+        return Turn::wait;
+    endOutput();
+    return exit_ ? Turn::again : Turn::wait;
+}
+
+// A read that falls short has emptied the pipe, and the kernel tells of the next byte by itself.
+WatchedChild::Turn WatchedChild::handOver(std::span<const char> chunk, bool isPipeEmpty) {
+    if (exit_)
+        leftAtExitBytes_ -= chunk.size();
+    handlers_->onOutput({chunk.data(), chunk.size()}, budget_->take(chunk.size()));
+    return isPipeEmpty && !exit_ ? Turn::wait : Turn::again;
+}
+
+WatchedChild::Turn WatchedChild::reportExit() {
+    endOutput();
+    const auto last = std::exchange(handlers_, std::nullopt);
+    last->onExit(*exit_);
+    return Turn::finished;
+}
+
+// Closed at once: the end of a pipe stays readable for ever.
+void WatchedChild::endOutput() {
+    leftAtExitBytes_ = 0;
+    child_.output.reset();
+}
+
+}  // namespace valdorn
