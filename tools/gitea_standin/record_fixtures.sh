@@ -44,18 +44,26 @@ stopStandin() {
 
 register() { # NAME INSTANCE TOKEN
     "$runner" register --no-interactive --instance "$2" --token "$3" --name mini --labels macos:host \
-        > "$scratch/$1.raw" 2>&1 || true
+        > "$scratch/$1.raw" 2>&1 && tell "$1" 0 || tell "$1" $?
+}
+
+tell() { # NAME STATUS
+    echo "$1: exit status $2"
 }
 
 startDaemon() { # NAME
     "$runner" daemon --config "$PWD/runner-config.yaml" > "$scratch/$1.raw" 2>&1 &
-    daemon_pid=$!
+    daemon_pid=$! daemon_name=$1
+}
+
+awaitDaemon() {
+    wait "$daemon_pid" && tell "$daemon_name" 0 || tell "$daemon_name" $?
+    daemon_pid=''
 }
 
 stopDaemon() {
-    kill "$daemon_pid" 2>/dev/null || true
-    wait "$daemon_pid" || true
-    daemon_pid=''
+    kill "$daemon_pid"
+    awaitDaemon
 }
 
 queue() { # WORKFLOW, with \n for line ends
@@ -67,6 +75,7 @@ recordJob() { # NAME WORKFLOW
     startDaemon "$1"
     queue "$2"
     waitFor "$scratch/$1.raw" 'Worker 0 finished ('
+    sleep 1 # for the reports, and for other workers
     stopDaemon
 }
 
@@ -80,14 +89,14 @@ startStandin
 register register_empty_instance '' standin-token
 register register_bad_token "$url" wrong-token
 startDaemon daemon_not_registered
-wait "$daemon_pid" || true
+awaitDaemon
 register register_ok "$url" standin-token
 
 head='name: Deploy\non: push\njobs:\n  push:\n    runs-on: macos\n'
 recordJob daemon_job "$head    steps:\n      - name: Greet\n        run: echo hello from the host\n      - name: Count\n        run: |\n          for i in 1 2 3; do echo line \$i; done\n"
 recordJob daemon_job_fails "$head    steps:\n      - run: exit 3\n"
 recordJob daemon_job_named "$head    name: Push everything\n    steps:\n      - run: echo done\n"
-recordJob daemon_job_matrix "$head    strategy:\n      matrix:\n        size: [1, 2]\n    steps:\n      - run: echo done\n"
+recordJob daemon_job_matrix "$head    strategy:\n      matrix:\n        size: [1, 2, 3, 4, 5, 6, 7, 8, 9, 10]\n    steps:\n      - run: echo done\n"
 
 startDaemon daemon_sigterm
 queue "$head    steps:\n      - run: echo busy; sleep 5\n"
@@ -102,7 +111,6 @@ sleep 8 # for some more of the same
 stopDaemon
 
 startDaemon daemon_server_away
-wait "$daemon_pid" || true
-daemon_pid=''
+awaitDaemon
 
 for recording in "$scratch"/*.raw; do keep "$(basename "$recording" .raw)"; done
