@@ -1,10 +1,14 @@
 #include "platform/posix/PidDescriptor.h"
 
+// glibc 2.36 forgets to say that these are C functions.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
 #include <cerrno>
 #include <utility>
 
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/wait.h>
 
 namespace valdorn {
