@@ -11,7 +11,7 @@ public:
         : owner_(owner), path_(std::move(path)), inner_(std::move(inner)) {}
 
     FileOutcome append(std::string_view bytes) override {
-        const FileOutcome fault = owner_.nextFault(path_);
+        const FileOutcome fault = owner_.nextFault(path_, Access::changes);
         if (!fault)
             return inner_->append(bytes);
         if (const std::string_view left = owner_.leftBehind(bytes); !left.empty()) {
@@ -34,6 +34,7 @@ void FaultyFileSystem::choose(int first, int last, int errorNumber, Damage damag
     damage_ = damage;
     operations_ = 0;
     faults_ = 0;
+    readingGoesOn_ = false;
 }
 
 void FaultyFileSystem::failOperation(int number, int errorNumber, Damage damage) {
@@ -44,9 +45,15 @@ void FaultyFileSystem::failFrom(int number, int errorNumber, Damage damage) {
     choose(number, std::numeric_limits<int>::max(), errorNumber, damage);
 }
 
-FileOutcome FaultyFileSystem::nextFault(const std::string& path) const {
+void FaultyFileSystem::failChanges(int errorNumber) {
+    failFrom(1, errorNumber);
+    readingGoesOn_ = true;
+}
+
+FileOutcome FaultyFileSystem::nextFault(const std::string& path, Access access) const {
     ++operations_;
-    if (operations_ < first_ || operations_ > last_)
+    const bool spared = readingGoesOn_ && access == Access::reads;
+    if (spared || first_ == 0 || operations_ < first_ || operations_ > last_)
         return std::nullopt;
     ++faults_;
     return FileError{errorNumber_, path};
@@ -57,13 +64,13 @@ std::string_view FaultyFileSystem::leftBehind(std::string_view bytes) const {
 }
 
 Result<std::string, FileError> FaultyFileSystem::read(const std::string& path) const {
-    if (const FileOutcome fault = nextFault(path))
+    if (const FileOutcome fault = nextFault(path, Access::reads))
         return *fault;
     return inner_.read(path);
 }
 
 FileOutcome FaultyFileSystem::replaceContent(const std::string& path, std::string_view bytes) {
-    const FileOutcome fault = nextFault(path);
+    const FileOutcome fault = nextFault(path, Access::changes);
     if (!fault)
         return inner_.replaceContent(path, bytes);
     if (damage_ == Damage::half) {
@@ -74,32 +81,32 @@ FileOutcome FaultyFileSystem::replaceContent(const std::string& path, std::strin
 }
 
 FileOutcome FaultyFileSystem::replaceAtomically(const std::string& path, std::string_view bytes) {
-    if (FileOutcome fault = nextFault(path))
+    if (FileOutcome fault = nextFault(path, Access::changes))
         return fault;
     return inner_.replaceAtomically(path, bytes);
 }
 
 FileOutcome FaultyFileSystem::makeFolders(const std::string& path) {
-    if (FileOutcome fault = nextFault(path))
+    if (FileOutcome fault = nextFault(path, Access::changes))
         return fault;
     return inner_.makeFolders(path);
 }
 
 FileOutcome FaultyFileSystem::removeTree(const std::string& path) {
-    if (FileOutcome fault = nextFault(path))
+    if (FileOutcome fault = nextFault(path, Access::changes))
         return fault;
     return inner_.removeTree(path);
 }
 
 Result<std::uint64_t, FileError> FaultyFileSystem::sizeBytes(const std::string& path) const {
-    if (const FileOutcome fault = nextFault(path))
+    if (const FileOutcome fault = nextFault(path, Access::reads))
         return *fault;
     return inner_.sizeBytes(path);
 }
 
 Result<std::unique_ptr<AppendHandle>, FileError> FaultyFileSystem::openForAppending(
     const std::string& path) {
-    if (const FileOutcome fault = nextFault(path))
+    if (const FileOutcome fault = nextFault(path, Access::changes))
         return *fault;
     auto opened = inner_.openForAppending(path);
     if (!opened.ok())

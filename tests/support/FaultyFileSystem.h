@@ -29,6 +29,10 @@ public:
     // The Nth operation counted from now and all later ones fail.
     void failFrom(int number, int errorNumber, Damage damage = Damage::none);
 
+    // Every operation that would change something fails from now on; reading goes on. Until the
+    // next choice of a fault, number 0 being none.
+    void failChanges(int errorNumber);
+
     // Operations since the last choice of a fault (or since construction).
     int operations() const { return operations_; }
 
@@ -48,7 +52,9 @@ public:
 private:
     class Handle;
 
-    FileOutcome nextFault(const std::string& path) const;
+    enum class Access { reads, changes };
+
+    FileOutcome nextFault(const std::string& path, Access access) const;
     std::string_view leftBehind(std::string_view bytes) const;
     void choose(int first, int last, int errorNumber, Damage damage);
 
@@ -57,6 +63,7 @@ private:
     int last_ = 0;
     int errorNumber_ = 0;
     Damage damage_ = Damage::none;
+    bool readingGoesOn_ = false;
     mutable int operations_ = 0;
     mutable int faults_ = 0;
 };

@@ -17,22 +17,11 @@ public:
 
     LoginItemStatus status() const override { return current; }
 
-    std::optional<std::string> registerItem() override {
-        ++registrations;
-        return change(LoginItemStatus::enabled);
-    }
-
-    std::optional<std::string> unregisterItem() override {
-        ++unregistrations;
-        return change(LoginItemStatus::notEnabled);
-    }
+    std::optional<std::string> registerItem() override;
+    std::optional<std::string> unregisterItem() override;
 
 private:
-    std::optional<std::string> change(LoginItemStatus wanted) {
-        if (!failWith)
-            current = wanted;
-        return failWith;
-    }
+    std::optional<std::string> change(LoginItemStatus wanted);
 };
 
 }  // namespace valdorn
