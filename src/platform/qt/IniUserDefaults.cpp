@@ -1,0 +1,57 @@
+#include "platform/qt/IniUserDefaults.h"
+
+#include <QStringList>
+#include <QVariant>
+
+namespace valdorn {
+
+IniUserDefaults::IniUserDefaults(const std::string& path)
+    : settings_(QString::fromStdString(path), QSettings::IniFormat) {}
+
+std::optional<QString> IniUserDefaults::stored(const std::string& key) const {
+    const QString name = QString::fromStdString(key);
+    if (!settings_.contains(name))
+        return std::nullopt;
+    const QVariant value = settings_.value(name);
+    // A comma that nobody quoted makes a list of one text.
+    if (value.metaType() == QMetaType::fromType<QStringList>())
+        return value.toStringList().join(QLatin1Char(','));
+    return value.toString();
+}
+
+std::optional<std::string> IniUserDefaults::string(const std::string& key) const {
+    if (const auto value = stored(key))
+        return value->toStdString();
+    if (const auto fallback = fallbacks_.find(key); fallback != fallbacks_.end())
+        return fallback->second;
+    return std::nullopt;
+}
+
+bool IniUserDefaults::boolean(const std::string& key) const {
+    const QString value = stored(key).value_or(QString());
+    return value == QLatin1String("true") || value == QLatin1String("1") ||
+           value == QLatin1String("yes");
+}
+
+void IniUserDefaults::setString(const std::string& key, const std::string& value) {
+    store(key, QString::fromStdString(value));
+}
+
+void IniUserDefaults::setBoolean(const std::string& key, bool value) {
+    store(key, value ? QStringLiteral("true") : QStringLiteral("false"));
+}
+
+void IniUserDefaults::store(const std::string& key, const QString& value) {
+    if (stored(key) == value)
+        return;
+    settings_.setValue(QString::fromStdString(key), value);
+    // A refusing disk changes only the settings' status; the value holds in memory.
+    settings_.sync();
+}
+
+void IniUserDefaults::registerFallbacks(const std::map<std::string, std::string>& fallbacks) {
+    for (const auto& [key, value] : fallbacks)
+        fallbacks_.insert_or_assign(key, value);
+}
+
+}  // namespace valdorn

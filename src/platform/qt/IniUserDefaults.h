@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QSettings>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/UserDefaults.h"
+
+namespace valdorn {
+
+// User defaults in an INI file that people may edit by hand. Each write is on the disk when the
+// call returns, merged with what somebody else has written meanwhile.
+class IniUserDefaults : public UserDefaults {
+public:
+    // The file's absolute path. The file and its folder are made by the first write.
+    explicit IniUserDefaults(const std::string& path);
+
+    std::optional<std::string> string(const std::string& key) const override;
+    bool boolean(const std::string& key) const override;
+    void setString(const std::string& key, const std::string& value) override;
+    void setBoolean(const std::string& key, bool value) override;
+    void registerFallbacks(const std::map<std::string, std::string>& fallbacks) override;
+
+private:
+    std::optional<QString> stored(const std::string& key) const;
+    void store(const std::string& key, const QString& value);
+
+    QSettings settings_;
+    std::map<std::string, std::string> fallbacks_;
+};
+
+}  // namespace valdorn

@@ -1,0 +1,116 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "contracts/UserDefaultsContract.h"
+#include "platform/qt/IniUserDefaults.h"
+
+namespace valdorn {
+namespace {
+
+class IniDomain {
+public:
+    IniDomain() { reopen(); }
+    UserDefaults& defaults() { return *defaults_; }
+    void reopen() {
+        defaults_.emplace(folder_.filePath(QStringLiteral("valdorn/valdorn.ini")).toStdString());
+    }
+
+private:
+    const QTemporaryDir folder_;
+    std::optional<IniUserDefaults> defaults_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Ini, UserDefaultsContract, IniDomain);
+
+class IniUserDefaultsTest : public testing::Test {
+protected:
+    std::string path() const {
+        return folder_.filePath(QStringLiteral("v/valdorn.ini")).toStdString();
+    }
+
+    QByteArray content() const {
+        QFile file(QString::fromStdString(path()));
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void writeByHand(const QByteArray& bytes) const {
+        QDir(folder_.path()).mkpath(QStringLiteral("v"));
+        QFile file(QString::fromStdString(path()));
+        ASSERT_TRUE(file.open(QFile::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    const QTemporaryDir folder_;
+};
+
+TEST_F(IniUserDefaultsTest, MissingFileHoldsNothingAndIsNotMade) {
+    const IniUserDefaults defaults(path());
+    EXPECT_EQ(defaults.string("labels"), std::nullopt);
+    EXPECT_FALSE(defaults.boolean("hasConnected"));
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path())));
+}
+
+TEST_F(IniUserDefaultsTest, WrittenValueIsOnTheDiskAtOnce) {
+    IniUserDefaults defaults(path());
+    defaults.setString("labels", "a,b; c=d \"e\" \\ —");
+    defaults.setBoolean("hasConnected", true);
+    const IniUserDefaults again(path());
+    EXPECT_EQ(again.string("labels"), "a,b; c=d \"e\" \\ —");
+    EXPECT_TRUE(again.boolean("hasConnected"));
+}
+
+TEST_F(IniUserDefaultsTest, CommasWrittenByHandStayPartOfTheText) {
+    writeByHand("[General]\nlabels=ubuntu-latest:docker://node:20,host:host\n");
+    EXPECT_EQ(IniUserDefaults(path()).string("labels"), "ubuntu-latest:docker://node:20,host:host");
+}
+
+TEST_F(IniUserDefaultsTest, KeysBeforeAnySectionAreRead) {
+    writeByHand("hasConnected=true\ninstanceURL=https://git.example\n");
+    const IniUserDefaults defaults(path());
+    EXPECT_TRUE(defaults.boolean("hasConnected"));
+    EXPECT_EQ(defaults.string("instanceURL"), "https://git.example");
+}
+
+TEST_F(IniUserDefaultsTest, EqualValueIsNotWrittenAgain) {
+    IniUserDefaults defaults(path());
+    defaults.setString("labels", "a");
+    defaults.setBoolean("hasConnected", true);
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(path())));
+    defaults.setString("labels", "a");
+    defaults.setBoolean("hasConnected", true);
+    EXPECT_EQ(content(), QByteArray());
+}
+
+TEST_F(IniUserDefaultsTest, FallbacksLiveInMemoryOnly) {
+    IniUserDefaults defaults(path());
+    defaults.registerFallbacks({{"labels", "fallback"}});
+    defaults.setString("instanceURL", "x");
+    EXPECT_TRUE(content().contains("instanceURL=x"));
+    EXPECT_FALSE(content().contains("fallback"));
+}
+
+TEST_F(IniUserDefaultsTest, OthersKeysInTheFileAreKept) {
+    writeByHand("[General]\nforeign=1\n\n[Other]\nkey=value\n");
+    IniUserDefaults defaults(path());
+    defaults.setString("labels", "a");
+    EXPECT_TRUE(content().contains("foreign=1"));
+    EXPECT_TRUE(content().contains("key=value"));
+}
+
+TEST_F(IniUserDefaultsTest, ValueHoldsInMemoryWhenTheDiskRefuses) {
+    QFile inTheWay(folder_.filePath(QStringLiteral("v")));
+    ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
+    IniUserDefaults defaults(path());
+    defaults.setString("labels", "a");
+    defaults.setBoolean("hasConnected", true);
+    EXPECT_EQ(defaults.string("labels"), "a");
+    EXPECT_TRUE(defaults.boolean("hasConnected"));
+}
+
+}  // namespace
+}  // namespace valdorn
