@@ -1,0 +1,84 @@
+#include "platform/qt/QuitSignals.h"
+
+#include <QGuiApplication>
+#include <QSessionManager>
+#include <atomic>
+#include <cassert>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace valdorn {
+
+namespace {
+
+// Where the handler writes to; a signal handler has nothing but globals to know it from.
+std::atomic<int> wakeUpPipe{-1};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+void onSignal(int) {
+    const int savedError = errno;
+    const char byte = 0;
+    // A full pipe means that the wake-up is already on its way.
+    [[maybe_unused]] const auto written = write(wakeUpPipe, &byte, 1);
+    errno = savedError;
+}
+
+}  // namespace
+
+QuitSignals::QuitSignals(std::function<void()> onQuit) : onQuit_(std::move(onQuit)) {
+    assert(wakeUpPipe == -1);
+    openPipe();
+    installHandlers();
+    // The session manager asks first whether all is saved (nothing to do, nothing to object to)
+    // and ends the program afterwards, when no other program has cancelled the logout. With the
+    // autostart entry there is no need to be restored as well.
+    connect(
+        qGuiApp, &QGuiApplication::commitDataRequest, this,
+        [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); },
+        Qt::DirectConnection);
+    connect(qGuiApp, &QGuiApplication::aboutToQuit, this, [this] { tell(); });
+}
+
+QuitSignals::~QuitSignals() {
+    for (std::size_t i = 0; i < signals_.size(); ++i)
+        sigaction(signals_[i], &before_[i], nullptr);
+    wakeUpPipe = -1;
+    notifier_.reset();
+    close(pipe_[0]);
+    close(pipe_[1]);
+}
+
+void QuitSignals::openPipe() {
+    if (pipe2(pipe_.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    wakeUpPipe = pipe_[1];
+    notifier_ = std::make_unique<QSocketNotifier>(pipe_[0], QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        std::array<char, 16> bytes{};
+        while (read(pipe_[0], bytes.data(), bytes.size()) > 0) {
+        }
+        tell();
+    });
+}
+
+void QuitSignals::installHandlers() {
+    struct sigaction action {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART;
+    for (std::size_t i = 0; i < signals_.size(); ++i) {
+        sigaction(signals_[i], nullptr, &before_[i]);
+        if (signals_[i] != SIGHUP || before_[i].sa_handler != SIG_IGN)
+            sigaction(signals_[i], &action, nullptr);
+    }
+}
+
+void QuitSignals::tell() {
+    if (const auto onQuit = std::exchange(onQuit_, nullptr))
+        onQuit();
+}
+
+}  // namespace valdorn
