@@ -1,0 +1,125 @@
+#include "platform/qt/NetworkHttpClient.h"
+
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+#include <QUrl>
+#include <utility>
+
+#include "platform/MainQueue.h"
+
+namespace valdorn {
+
+namespace {
+
+// Only so much waits inside Qt to be read, so that the limit on the body holds for memory as well.
+constexpr qint64 readBufferBytes = 64 * 1024;
+
+QUrl parse(const std::string& url) {
+    const QUrl parsed(QString::fromStdString(url), QUrl::StrictMode);
+    const bool fetchable =
+        parsed.scheme() == QLatin1String("http") || parsed.scheme() == QLatin1String("https");
+    return fetchable && !parsed.host().isEmpty() ? parsed : QUrl();
+}
+
+QNetworkRequest makeRequest(const QUrl& url) {
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::NoLessSafeRedirectPolicy);
+    return request;
+}
+
+// Qt counts answers like 404 among the errors, after those of the network and of proxies.
+bool isAnswer(const QNetworkReply& reply) {
+    constexpr int lastProxyError = QNetworkReply::UnknownProxyError;
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    return reply.error() == QNetworkReply::NoError ||
+           (status >= 400 && reply.error() > lastProxyError);
+}
+
+// One GET under way.
+class Exchange : public QObject, public HttpRequest {
+public:
+    Exchange(const HttpQuery& query, HttpClient::Completion completion)
+        : maxBodyBytes_(query.maxBodyBytes), completion_(std::move(completion)) {}
+    ~Exchange() override { release(); }
+
+    void start(MainQueue& queue, QNetworkAccessManager& manager, const HttpQuery& query) {
+        const QUrl url = parse(query.url);
+        if (url.isEmpty()) {
+            outcome_ = queue.after(std::chrono::milliseconds{0}, [this] {
+                fail(HttpError::Kind::invalidUrl, "The address cannot be fetched");
+            });
+            return;
+        }
+        if (query.timeout.count() > 0) {
+            outcome_ = queue.after(query.timeout, [this] {
+                fail(HttpError::Kind::timeout, "The server takes too long to answer");
+            });
+        }
+        follow(manager.get(makeRequest(url)));
+    }
+
+private:
+    void follow(QNetworkReply* reply) {
+        reply_ = reply;
+        reply->setReadBufferSize(readBufferBytes);
+        connect(reply, &QNetworkReply::readyRead, this, [this] { read(); });
+        connect(reply, &QNetworkReply::finished, this, [this] { finish(); });
+    }
+
+    // False when the body has become too long; the exchange is then over.
+    bool read() {
+        body_ += reply_->readAll().toStdString();
+        if (body_.size() <= maxBodyBytes_)
+            return true;
+        fail(HttpError::Kind::tooLarge, "The answer is too long");
+        return false;
+    }
+
+    void finish() {
+        if (!isAnswer(*reply_))
+            fail(HttpError::Kind::network, reply_->errorString().toStdString());
+        else if (read())
+            complete(std::move(body_));
+    }
+
+    void fail(HttpError::Kind kind, std::string description) {
+        complete(HttpError{kind, std::move(description)});
+    }
+
+    // The last act: the completion may destroy this.
+    void complete(Result<std::string, HttpError> result) {
+        release();
+        std::exchange(completion_, nullptr)(std::move(result));
+    }
+
+    void release() {
+        outcome_.cancel();
+        QNetworkReply* const reply = reply_.data();
+        if (!reply)
+            return;
+        reply_ = nullptr;
+        reply->disconnect(this);
+        reply->abort();
+        reply->deleteLater();
+    }
+
+    const std::size_t maxBodyBytes_;
+    HttpClient::Completion completion_;
+    std::string body_;
+    ScheduledTask outcome_;          // the failure that comes when nothing else does
+    QPointer<QNetworkReply> reply_;  // belongs to the manager until it is released
+};
+
+}  // namespace
+
+NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
+    auto exchange = std::make_unique<Exchange>(query, std::move(completion));
+    exchange->start(mainQueue_, manager_, query);
+    return exchange;
+}
+
+}  // namespace valdorn

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QNetworkAccessManager>
+
+#include "platform/HttpClient.h"
+
+namespace valdorn {
+
+class MainQueue;
+
+// The HTTP client of Qt: its own headers, the system's certificates, the application's proxy.
+// The main queue outlives it; it outlives its requests or cancels them.
+class NetworkHttpClient : public HttpClient {
+public:
+    explicit NetworkHttpClient(MainQueue& mainQueue);
+
+    std::unique_ptr<HttpRequest> get(const HttpQuery& query, Completion completion) override;
+
+private:
+    MainQueue& mainQueue_;
+    QNetworkAccessManager manager_;
+};
+
+}  // namespace valdorn
