@@ -1,0 +1,137 @@
+#include "platform/posix/DaemonLedger.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include <poll.h>
+#include <signal.h>
+
+#include "platform/posix/DaemonRecords.h"
+#include "platform/posix/PidDescriptor.h"
+
+namespace valdorn {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::vector<ProcessFacts> leftBehind(const FileSystem& files, const std::string& path,
+                                     const std::string& boot) {
+    const auto text = files.read(path);
+    const auto records = text ? daemonRecordsIn(text.value()) : std::nullopt;
+    if (!records || records->boot.empty() || records->boot != boot)
+        return {};
+    return records->daemons;
+}
+
+// A daemon that was asked to end.
+struct Asked {
+    ProcessFacts facts;
+    std::unique_ptr<PidDescriptor> process;
+};
+
+// The descriptor is opened first and the process looked at then: if it ends meanwhile and its id
+// goes to another, the descriptor still means the old one, and nobody is hit.
+std::unique_ptr<PidDescriptor> recognise(const ProcessFacts& record) {
+    auto descriptor = PidDescriptor::open(record.pid);
+    if (!descriptor)
+        return nullptr;
+    const auto facts = factsAbout(record.pid);
+    if (!facts || !facts->isSameProcessAs(record))
+        return nullptr;
+    return std::make_unique<PidDescriptor>(record.pid, std::move(descriptor.value()));
+}
+
+std::vector<Asked> askToEnd(const std::vector<ProcessFacts>& records) {
+    std::vector<Asked> asked;
+    for (const ProcessFacts& record : records) {
+        auto process = recognise(record);
+        if (process && process->send(SIGTERM))
+            asked.push_back({record, std::move(process)});
+    }
+    return asked;
+}
+
+std::vector<pollfd> runningAmong(const std::vector<Asked>& asked) {
+    std::vector<pollfd> running;
+    for (const Asked& daemon : asked) {
+        if (daemon.process->isRunning())
+            running.push_back({daemon.process->number(), POLLIN, 0});
+    }
+    return running;
+}
+
+void waitForAll(const std::vector<Asked>& asked, Clock::time_point deadline) {
+    for (auto running = runningAmong(asked); !running.empty(); running = runningAmong(asked)) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        if (left.count() <= 0)
+            return;
+        const int answer = poll(running.data(), running.size(), static_cast<int>(left.count()));
+        if (answer < 0 && errno != EINTR)
+            return;
+    }
+}
+
+}  // namespace
+
+DaemonLedger::DaemonLedger(FileSystem& files, std::string path)
+    : files_(files),
+      path_(std::move(path)),
+      boot_(bootId()),
+      leftovers_(leftBehind(files_, path_, boot_)) {}
+
+DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
+    const auto facts = factsAbout(static_cast<pid_t>(pid));
+    const std::lock_guard lock(mutex_);
+    const Entry entry = ++lastEntry_;
+    if (facts) {
+        noted_.emplace(entry, *facts);
+        write();
+    }
+    return entry;
+}
+
+void DaemonLedger::forget(Entry entry) {
+    const std::lock_guard lock(mutex_);
+    if (noted_.erase(entry) > 0)
+        write();
+}
+
+DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds patience) {
+    Records records;
+    {
+        const std::lock_guard lock(mutex_);
+        records = leftovers_;
+    }
+    const auto asked = askToEnd(records);
+    waitForAll(asked, Clock::now() + patience);
+    Records remaining;
+    for (const Asked& daemon : asked) {
+        if (daemon.process->isRunning())
+            remaining.push_back(daemon.facts);
+    }
+    const std::lock_guard lock(mutex_);
+    leftovers_ = remaining;
+    write();
+    return {asked.size(), asked.size() - remaining.size()};
+}
+
+void DaemonLedger::clear() {
+    const std::lock_guard lock(mutex_);
+    noted_.clear();
+    write();
+}
+
+// Nobody to tell when it fails, and nothing to do about it: the daemons run just as well.
+void DaemonLedger::write() {
+    DaemonRecords records{boot_, leftovers_};
+    for (const auto& [entry, daemon] : noted_)
+        records.daemons.push_back(daemon);
+    const auto ignored = records.daemons.empty() ? files_.removeTree(path_)
+                                                 : files_.replaceAtomically(path_, textOf(records));
+}
+
+}  // namespace valdorn

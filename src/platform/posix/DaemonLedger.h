@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/FileSystem.h"
+#include "platform/posix/ProcessFacts.h"
+
+namespace valdorn {
+
+// Remembers, across a crash of this program, which daemons it has launched, so that the next start
+// can politely end those left behind: two daemons in one folder cancel each other's jobs.
+//
+// A small text file, replaced whole at each change. What cannot be read, or was not written to its
+// end, counts as empty; what cannot be written is not reported: it costs only this tidying up.
+// All members may be called from any thread. One instance at a time owns the file; whoever makes a
+// ledger holds the instance lock.
+class DaemonLedger {
+public:
+    // Stands for one launched daemon.
+    using Entry = std::uint64_t;
+
+    // Reads what an earlier instance left. `files` is borrowed and outlives the ledger.
+    DaemonLedger(FileSystem& files, std::string path);
+
+    // Notes a child that has just been launched: its executable is the one that the kernel runs.
+    // A child that has ended already is not written down. Blocks for a small write.
+    Entry note(std::int64_t pid);
+
+    // The child has ended. Harmless when called twice.
+    void forget(Entry entry);
+
+    // What became of the daemons of an earlier instance.
+    struct Leftovers {
+        std::size_t asked = 0;  // recognised without doubt and asked to end
+        std::size_t ended = 0;  // of those, have ended in time
+    };
+
+    // Asks each daemon left by an earlier instance to end (SIGTERM, never more) and waits up to
+    // `patience` for all of them together. Only a process that agrees with its record in id, start
+    // time, owner, executable and folder, within the same boot, is asked; other records are
+    // dropped. What has not ended in time stays written down, so that the next start asks again.
+    Leftovers endLeftovers(std::chrono::milliseconds patience);
+
+    // The program quits politely and has asked its daemons to end: forgets them. Leftovers that
+    // have not ended stay.
+    void clear();
+
+private:
+    using Records = std::vector<ProcessFacts>;
+
+    void write();  // mutex_ is held
+
+    FileSystem& files_;
+    const std::string path_;
+    const std::string boot_;
+
+    std::mutex mutex_;
+    Entry lastEntry_ = 0;                  // guarded by mutex_
+    std::map<Entry, ProcessFacts> noted_;  // guarded by mutex_; launched by this instance
+    Records leftovers_;                    // guarded by mutex_; by an earlier one
+};
+
+}  // namespace valdorn
