@@ -1,0 +1,40 @@
+#include "platform/posix/InstanceLock.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace valdorn {
+
+namespace {
+
+LockRefusal failure(const std::string& path, int errorNumber) {
+    return {LockRefusal::Kind::failed,
+            "The lock file " + path + " cannot be used: " + std::strerror(errorNumber)};
+}
+
+// Those who tidy up the runtime folder leave alone what carries the sticky bit.
+constexpr mode_t privateAndKept = S_ISVTX | S_IRUSR | S_IWUSR;
+
+}  // namespace
+
+Result<InstanceLock, LockRefusal> InstanceLock::acquire(const std::string& path) {
+    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+                         S_IRUSR | S_IWUSR));
+    if (!file)
+        return failure(path, errno);
+    if (flock(file.number(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK)
+            return LockRefusal{LockRefusal::Kind::held, "Another instance holds " + path};
+        return failure(path, errno);
+    }
+    // Without the mark the lock holds just as well.
+    fchmod(file.number(), privateAndKept);
+    return InstanceLock(std::move(file));
+}
+
+}  // namespace valdorn
