@@ -1,15 +1,17 @@
-#include "runner/RunnerLog.h"
-
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "runner/RunnerLog.h"
 
 namespace valdorn {
 namespace {
 
 using Kind = RunnerLogEvent::Kind;
 
-Kind kindOf(std::string_view line) { return RunnerLog::event(line).kind; }
+Kind kindOf(std::string_view line) {
+    return RunnerLog::event(line).kind;
+}
 
 TEST(RunnerLogEvent, RepositoryIsTheFirstWordAfterTheMarker) {
     EXPECT_EQ(RunnerLog::event("task 7 repo is acme/site ok"),
@@ -112,17 +114,19 @@ TEST_P(WorkflowJob, IsReadFromTheBrackets) {
 
 INSTANTIATE_TEST_SUITE_P(
     Lines, WorkflowJob,
-    testing::Values(
-        LabelCase{"[CI/build] step", "CI/build"}, LabelCase{"[Deploy/push] Run step", "Deploy/push"},
-        LabelCase{"[My Flow/job] x", "My Flow/job"}, LabelCase{"[a/b c] x", nullptr},
-        LabelCase{"[CI/build   ] x", nullptr}, LabelCase{"x [a/b]", nullptr},
-        LabelCase{"", nullptr}, LabelCase{"[", nullptr}, LabelCase{"[a/b", nullptr},
-        LabelCase{"[a/]", nullptr}, LabelCase{"[/b]", nullptr}, LabelCase{"[]", nullptr},
-        LabelCase{"[/]", nullptr}, LabelCase{"[//]", nullptr}, LabelCase{"[ab]", nullptr},
-        LabelCase{"[a/b/c]", "a/b/c"}, LabelCase{"[a/b/ c]", nullptr}, LabelCase{"[//a/b]", "//a/b"},
-        LabelCase{"[a//b]", "a//b"}, LabelCase{"[a//]", "a//"}, LabelCase{"[ /b]", " /b"},
-        LabelCase{"[a/b]c]", "a/b"}, LabelCase{"[[a/b]]", "[a/b"}, LabelCase{"[a]/b]", nullptr},
-        LabelCase{"[a/b\tc]", "a/b\tc"}));
+    testing::Values(LabelCase{"[CI/build] step", "CI/build"},
+                    LabelCase{"[Deploy/push] Run step", "Deploy/push"},
+                    LabelCase{"[My Flow/job] x", "My Flow/job"}, LabelCase{"[a/b c] x", nullptr},
+                    LabelCase{"[CI/build   ] x", nullptr}, LabelCase{"x [a/b]", nullptr},
+                    LabelCase{"", nullptr}, LabelCase{"[", nullptr}, LabelCase{"[a/b", nullptr},
+                    LabelCase{"[a/]", nullptr}, LabelCase{"[/b]", nullptr},
+                    LabelCase{"[]", nullptr}, LabelCase{"[/]", nullptr}, LabelCase{"[//]", nullptr},
+                    LabelCase{"[ab]", nullptr}, LabelCase{"[a/b/c]", "a/b/c"},
+                    LabelCase{"[a/b/ c]", nullptr}, LabelCase{"[//a/b]", "//a/b"},
+                    LabelCase{"[a//b]", "a//b"}, LabelCase{"[a//]", "a//"},
+                    LabelCase{"[ /b]", " /b"}, LabelCase{"[a/b]c]", "a/b"},
+                    LabelCase{"[[a/b]]", "[a/b"}, LabelCase{"[a]/b]", nullptr},
+                    LabelCase{"[a/b\tc]", "a/b\tc"}));
 
 TEST(RunnerVersion, EndsAtACommaABlankOrTheLineEnd) {
     EXPECT_EQ(RunnerLog::version("x with version: 1.2.3, with labels"), "1.2.3");

@@ -1,11 +1,11 @@
-#include "runner/RunnerStatus.h"
-
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "runner/RunnerStatus.h"
 
 namespace valdorn {
 namespace {
@@ -20,11 +20,13 @@ const std::vector<std::pair<RunnerStatus, std::string>> titles = {
 };
 
 TEST(RunnerStatus, HasItsTitleAsRawValue) {
-    for (const auto& [status, title] : titles) EXPECT_EQ(rawValue(status), title);
+    for (const auto& [status, title] : titles)
+        EXPECT_EQ(rawValue(status), title);
 }
 
 TEST(RunnerStatus, ComesBackFromItsRawValue) {
-    for (const auto& [status, title] : titles) EXPECT_EQ(runnerStatus(title), status);
+    for (const auto& [status, title] : titles)
+        EXPECT_EQ(runnerStatus(title), status);
 }
 
 TEST(RunnerStatus, ComesFromNoOtherText) {
