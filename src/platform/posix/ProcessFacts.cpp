@@ -3,7 +3,6 @@
 #include <array>
 #include <climits>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string_view>
 
@@ -14,9 +13,13 @@ namespace valdorn {
 
 namespace {
 
+// Up to the end of the text or a zero byte: the kernel's answers are single lines, but a process
+// may have a line feed in its name.
 std::string contentOf(const std::string& path) {
     std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text;
+    std::getline(file, text, '\0');
+    return text;
 }
 
 std::optional<std::string> targetOf(const std::string& link) {
