@@ -363,6 +363,7 @@ TEST_F(RunnersStoreTest, NothingIsSavedWhenRunnersStartAndStop) {
 TEST(RunnersStoreFaults, EachFailureLeavesTheListAndIsMadeGoodByTheNextSave) {
     for (int failing = 1;; ++failing) {
         FakeWorld world;
+        world.files.folders.insert(support);
         FaultyFileSystem files(world.files);
         Services services{world.queue,    world.background, world.launcher, files,
                           world.defaults, world.resources,  world.host};
