@@ -188,6 +188,11 @@ FileOutcome PosixFileSystem::removeTree(const std::string& path) {
         return FileError{EINVAL, path};
     std::error_code error;
     std::filesystem::remove_all(path, error);
+    struct stat status {};
+    // A file in place of a folder above: nothing stands at the path, which is what was asked for.
+    if (error == std::errc::not_a_directory && ::lstat(path.c_str(), &status) != 0 &&
+        errno == ENOTDIR)
+        return std::nullopt;
     if (error)
         return FileError{error.value(), path};
     return std::nullopt;

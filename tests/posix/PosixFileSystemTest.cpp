@@ -1,0 +1,298 @@
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "contracts/FileSystemContract.h"
+#include "platform/posix/PosixFileSystem.h"
+#include "support/TemporaryFolder.h"
+
+namespace valdorn {
+namespace {
+
+class PosixFixture {
+public:
+    FileSystem& files() { return files_; }
+    std::string folder() { return folder_.path(); }
+
+private:
+    TemporaryFolder folder_;
+    PosixFileSystem files_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixFixture);
+
+// Lowers one of the process's limits, and what comes with it, until the end of the scope.
+class LoweredLimit {
+public:
+    LoweredLimit(__rlimit_resource resource, rlim_t limit) : resource_(resource) {
+        getrlimit(resource_, &before_);
+        const rlimit lowered{limit, before_.rlim_max};
+        setrlimit(resource_, &lowered);
+        // The signal of a write beyond the limit would end the program; then it is EFBIG.
+        handler_ = std::signal(SIGXFSZ, SIG_IGN);
+    }
+    LoweredLimit(const LoweredLimit&) = delete;
+    LoweredLimit& operator=(const LoweredLimit&) = delete;
+    ~LoweredLimit() {
+        setrlimit(resource_, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    const __rlimit_resource resource_;
+    rlimit before_{};
+    void (*handler_)(int) = nullptr;
+};
+
+class PosixFileSystemTest : public testing::Test {
+protected:
+    std::string content(const std::string& name) const {
+        const auto read = files.read(folder / name);
+        return read.ok() ? read.value() : "(" + read.error().description() + ")";
+    }
+
+    void put(const std::string& name, std::string_view bytes) {
+        ASSERT_FALSE(files.replaceContent(folder / name, bytes));
+    }
+
+    // Names of what is in the folder, sorted.
+    std::vector<std::string> entries() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    mode_t mode(const std::string& name) const {
+        struct stat status {};
+        stat((folder / name).c_str(), &status);
+        return status.st_mode & 07777U;
+    }
+
+    static int number(const FileOutcome& outcome) { return outcome ? outcome->errorNumber : 0; }
+
+    // What every operation on a file answers at that path.
+    std::vector<int> errorsAt(const std::string& path) {
+        const auto read = files.read(path);
+        const auto size = files.sizeBytes(path);
+        const auto opened = files.openForAppending(path);
+        return {read.ok() ? 0 : read.error().errorNumber, size.ok() ? 0 : size.error().errorNumber,
+                opened.ok() ? 0 : opened.error().errorNumber,
+                number(files.replaceContent(path, "x")),
+                number(files.replaceAtomically(path, "x"))};
+    }
+
+    TemporaryFolder folder;
+    PosixFileSystem files;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(PosixFileSystemTest, ANamedPipeIsAnErrorAndNotAWait) {
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(5, ENXIO));
+    // With somebody at the other end it can be opened, and still must not be written to.
+    const int reader = open((folder / "pipe").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(5, ENXIO));
+    char byte = 0;
+    EXPECT_EQ(read(reader, &byte, 1), -1);
+    close(reader);
+    EXPECT_TRUE(files.exists(folder / "pipe"));
+}
+
+TEST_F(PosixFileSystemTest, ADeviceIsAnErrorAndNotAFile) {
+    std::filesystem::create_symlink("/dev/zero", folder / "device");
+    EXPECT_EQ(errorsAt(folder / "device"), std::vector(5, ENXIO));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "device"));
+}
+
+TEST_F(PosixFileSystemTest, ALinkThatLeadsNowhereDoesNotExist) {
+    std::filesystem::create_symlink(folder / "none", folder / "link");
+    EXPECT_FALSE(files.exists(folder / "link"));
+    EXPECT_EQ(number(files.makeFolders(folder / "link")), EEXIST);
+    put("none", "there");
+    EXPECT_TRUE(files.exists(folder / "link"));
+    EXPECT_EQ(content("link"), "there");
+}
+
+TEST_F(PosixFileSystemTest, RemovingATreeFollowsNoLinks) {
+    ASSERT_FALSE(files.makeFolders(folder / "tree/sub"));
+    ASSERT_FALSE(files.makeFolders(folder / "outside"));
+    put("outside/file", "kept");
+    std::filesystem::create_directory_symlink(folder / "outside", folder / "tree/sub/link");
+    ASSERT_EQ(mkfifo((folder / "tree/pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(files.removeTree(folder / "tree"));
+    EXPECT_EQ(entries(), Names{"outside"});
+    EXPECT_EQ(content("outside/file"), "kept");
+
+    std::filesystem::create_directory_symlink(folder / "outside", folder / "link");
+    EXPECT_FALSE(files.removeTree(folder / "link"));
+    EXPECT_EQ(entries(), Names{"outside"});
+    EXPECT_EQ(content("outside/file"), "kept");
+}
+
+TEST_F(PosixFileSystemTest, ReplacingAtomicallyReplacesTheLinkItself) {
+    put("target", "kept");
+    std::filesystem::create_symlink(folder / "target", folder / "link");
+    EXPECT_FALSE(files.replaceAtomically(folder / "link", "new"));
+    EXPECT_EQ(content("target"), "kept");
+    EXPECT_EQ(content("link"), "new");
+    EXPECT_FALSE(std::filesystem::is_symlink(folder / "link"));
+}
+
+TEST_F(PosixFileSystemTest, NewEntriesHonourTheUmask) {
+    const mode_t before = umask(027);
+    put("plain", "");
+    EXPECT_FALSE(files.replaceAtomically(folder / "atomic", ""));
+    EXPECT_TRUE(files.openForAppending(folder / "log").ok());
+    EXPECT_FALSE(files.makeFolders(folder / "a/b"));
+    umask(before);
+    EXPECT_EQ(mode("plain"), 0640U);
+    EXPECT_EQ(mode("atomic"), 0640U);
+    EXPECT_EQ(mode("log"), 0640U);
+    EXPECT_EQ(mode("a"), 0750U);
+    EXPECT_EQ(mode("a/b"), 0750U);
+}
+
+TEST_F(PosixFileSystemTest, AHandlesDescriptorIsNotInherited) {
+    const auto opened = files.openForAppending(folder / "log");
+    ASSERT_TRUE(opened.ok());
+    bool found = false;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;  // the listing's own descriptor
+        if (std::filesystem::read_symlink(entry.path(), gone) != folder / "log")
+            continue;
+        found = true;
+        const int flags = fcntl(std::stoi(entry.path().filename()), F_GETFD);
+        EXPECT_TRUE((flags & FD_CLOEXEC) != 0);
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST_F(PosixFileSystemTest, MakingFoldersIgnoresExtraSlashes) {
+    EXPECT_FALSE(files.makeFolders((folder / "a//b/") + "/c//"));
+    EXPECT_TRUE(files.exists(folder / "a/b/c"));
+}
+
+TEST_F(PosixFileSystemTest, ReplacingAtomicallyLeavesOnlyTheFile) {
+    EXPECT_FALSE(files.replaceAtomically(folder / "file", "one"));
+    EXPECT_FALSE(files.replaceAtomically(folder / "file", "two"));
+    EXPECT_EQ(entries(), Names{"file"});
+}
+
+TEST_F(PosixFileSystemTest, TheLongestNameCanBeReplacedAtomically) {
+    const std::string name(255, 'n');
+    EXPECT_FALSE(files.replaceAtomically(folder / name, "one"));
+    EXPECT_EQ(entries(), Names{name});
+}
+
+TEST_F(PosixFileSystemTest, ATemporaryFileOfAKilledProcessIsSteppedOver) {
+    const std::string stale = ".valdorn-" + std::to_string(getpid()) + "-0";
+    put(stale, "somebody's");
+    EXPECT_FALSE(files.replaceAtomically(folder / "file", "new"));
+    EXPECT_EQ(content("file"), "new");
+    EXPECT_EQ(content(stale), "somebody's");
+}
+
+TEST_F(PosixFileSystemTest, AFailingRenameLeavesNoTemporaryFile) {
+    const std::string tooLong(256, 'n');
+    EXPECT_EQ(number(files.replaceAtomically(folder / tooLong, "x")), ENAMETOOLONG);
+    EXPECT_EQ(entries(), Names{});
+}
+
+TEST_F(PosixFileSystemTest, WhereverAnAtomicWriteFailsTheOldFileStands) {
+    const std::string old = "old content";
+    const std::string fresh = "new content, a bit longer";
+    put("file", old);
+    for (rlim_t limit = 0; limit < fresh.size(); ++limit) {
+        const LoweredLimit full(RLIMIT_FSIZE, limit);
+        EXPECT_EQ(number(files.replaceAtomically(folder / "file", fresh)), EFBIG) << limit;
+        EXPECT_EQ(content("file"), old) << limit;
+        EXPECT_EQ(entries(), Names{"file"}) << limit;
+    }
+    const LoweredLimit enough(RLIMIT_FSIZE, fresh.size());
+    EXPECT_FALSE(files.replaceAtomically(folder / "file", fresh));
+    EXPECT_EQ(content("file"), fresh);
+}
+
+TEST_F(PosixFileSystemTest, WithoutDescriptorsNothingChanges) {
+    put("file", "kept");
+    {
+        const LoweredLimit none(RLIMIT_NOFILE, 0);
+        EXPECT_EQ(errorsAt(folder / "file"), (std::vector{EMFILE, 0, EMFILE, EMFILE, EMFILE}));
+        EXPECT_EQ(number(files.replaceAtomically(folder / "other", "x")), EMFILE);
+    }
+    EXPECT_EQ(content("file"), "kept");
+    EXPECT_EQ(entries(), Names{"file"});
+}
+
+TEST_F(PosixFileSystemTest, APlainWriteThatFailsLeavesAPartOfTheNewContent) {
+    put("file", "old content");
+    {
+        const LoweredLimit full(RLIMIT_FSIZE, 4);
+        EXPECT_EQ(number(files.replaceContent(folder / "file", "12345678")), EFBIG);
+    }
+    EXPECT_EQ(content("file"), "1234");
+}
+
+TEST_F(PosixFileSystemTest, AnAppendThatFailsSaysSoAndTheHandleStaysUsable) {
+    const auto opened = files.openForAppending(folder / "log");
+    ASSERT_TRUE(opened.ok());
+    EXPECT_FALSE(opened.value()->append("12"));
+    {
+        const LoweredLimit full(RLIMIT_FSIZE, 4);
+        const FileOutcome failed = opened.value()->append("345678");
+        ASSERT_TRUE(failed);
+        EXPECT_EQ(failed->errorNumber, EFBIG);
+        EXPECT_EQ(failed->path, folder / "log");
+    }
+    EXPECT_EQ(content("log"), "1234");
+    EXPECT_FALSE(opened.value()->append("!"));
+    EXPECT_EQ(content("log"), "1234!");
+}
+
+TEST_F(PosixFileSystemTest, ReadersSeeTheOldContentOrTheNewWhole) {
+    const std::string first(100000, 'a');
+    const std::string second(70000, 'b');
+    ASSERT_FALSE(files.replaceAtomically(folder / "file", first));
+    std::vector<std::thread> writers;
+    for (const std::string& text : {first, second}) {
+        writers.emplace_back([this, text] {
+            for (int i = 0; i < 50; ++i)
+                EXPECT_FALSE(files.replaceAtomically(folder / "file", text));
+        });
+    }
+    for (int i = 0; i < 100; ++i) {
+        const std::string seen = content("file");
+        EXPECT_TRUE(seen == first || seen == second);
+    }
+    for (std::thread& writer : writers)
+        writer.join();
+    EXPECT_EQ(entries(), Names{"file"});
+}
+
+TEST_F(PosixFileSystemTest, SeveralThreadsMayMakeTheSameFolders) {
+    std::vector<std::thread> makers;
+    for (int i = 0; i < 4; ++i) {
+        makers.emplace_back([this] {
+            for (int n = 0; n < 50; ++n)
+                EXPECT_FALSE(files.makeFolders(folder / ("a/" + std::to_string(n) + "/b/c")));
+        });
+    }
+    for (std::thread& maker : makers)
+        maker.join();
+    EXPECT_TRUE(files.exists(folder / "a/49/b/c"));
+}
+
+}  // namespace
+}  // namespace valdorn
