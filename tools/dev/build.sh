@@ -1,0 +1,22 @@
+# Building and testing by preset. Sourced by ./dev.
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# run_tests PRESET [CTEST-OPTION...]: quiet tests in parallel; those with a display one by one.
+run_tests() {
+    local preset=$1
+    shift
+    ctest --preset "$preset" --parallel "$(nproc)" "$@"
+}
+
+# Every C++ file of ours, each followed by a NUL.
+cxx_files() {
+    git ls-files -z --cached --others --exclude-standard -- \
+        'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'tools/*.cpp' 'tools/*.h'
+}

@@ -1,0 +1,34 @@
+# The gates beyond the tests. Sourced by ./dev. Each says what it is; the first that fails ends all.
+
+heading() { printf '\n== %s\n' "$*"; }
+
+check_format() {
+    heading "format"
+    cxx_files | xargs -0 clang-format-14 --dry-run --Werror
+    # Trailing blanks and foreign line ends, which no formatter of ours looks at.
+    ! git grep -nIE $'[ \t\r]+$' -- . ':!*.svg' ':!tests/fixtures' || return 1
+}
+
+check_tidy() {
+    heading "clang: warnings, thread-safety analysis, clang-tidy"
+    build tidy
+}
+
+check_threads() {
+    heading "ThreadSanitizer: core and posix tests"
+    build tsan
+    run_tests tsan --label-regex '^(core|posix)$'
+}
+
+check_memory() {
+    heading "AddressSanitizer and UndefinedBehaviorSanitizer: all tests"
+    build asan
+    run_tests asan
+}
+
+check_all() {
+    check_format
+    check_tidy
+    check_threads
+    check_memory  # last, so that the test runner's summary ends the output
+}

@@ -1,0 +1,40 @@
+# Debian packages, and how they come onto the machine. Sourced by ./dev.
+
+build_packages=(
+    g++ cmake ninja-build ccache
+    qt6-base-dev libqt6svg6 qt6-svg-dev libxcb1-dev nlohmann-json3-dev libicu-dev
+    libgtest-dev
+)
+test_packages=(
+    xvfb dbus openbox xdotool at-spi2-core
+    python3 python3-dbus python3-gi gir1.2-atspi-2.0 x11-utils
+)
+check_packages=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
+
+# A desktop in miniature for machines without one: display, window manager, panel with a tray.
+desktop_packages=(xvfb xauth dbus openbox xfce4-panel imagemagick fonts-dejavu-core)
+
+is_installed() {
+    [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# Installs those of the packages that are missing; asks for nothing when none is.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing: ${missing[*]}"
+    local root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "./dev: please install as root: apt-get install ${missing[*]}" >&2
+            exit 1
+        }
+        root=(sudo)
+    fi
+    "${root[@]}" apt-get -qq update
+    "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -qq --yes --no-install-recommends install "${missing[@]}" >/dev/null
+}
