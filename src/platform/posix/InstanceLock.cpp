@@ -17,6 +17,11 @@ LockRefusal failure(const std::string& path, int errorNumber) {
             "The lock file " + path + " cannot be used: " + std::strerror(errorNumber)};
 }
 
+bool isRegular(const Descriptor& file) {
+    struct stat status {};
+    return fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 // Those who tidy up the runtime folder leave alone what carries the sticky bit.
 constexpr mode_t privateAndKept = S_ISVTX | S_IRUSR | S_IWUSR;
 
@@ -27,6 +32,8 @@ Result<InstanceLock, LockRefusal> InstanceLock::acquire(const std::string& path)
                          S_IRUSR | S_IWUSR));
     if (!file)
         return failure(path, errno);
+    if (!isRegular(file))
+        return failure(path, EINVAL);
     if (flock(file.number(), LOCK_EX | LOCK_NB) != 0) {
         if (errno == EWOULDBLOCK)
             return LockRefusal{LockRefusal::Kind::held, "Another instance holds " + path};

@@ -1,0 +1,293 @@
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include "platform/posix/DaemonLedger.h"
+#include "platform/posix/DaemonRecords.h"
+#include "platform/posix/PosixFileSystem.h"
+#include "platform/posix/RecordingChildLauncher.h"
+#include "posix/PosixStage.h"
+#include "support/ChildRecorder.h"
+#include "support/MemoryChildLauncher.h"
+#include "support/MemoryFileSystem.h"
+#include "support/TemporaryFolder.h"
+
+namespace valdorn {
+
+namespace {
+
+using namespace std::chrono_literals;
+constexpr auto longEnough = 60s;
+
+// A ledger is made anew on the same file where an instance was killed and another one started.
+class DaemonLedgerTest : public testing::Test {
+protected:
+    ~DaemonLedgerTest() override {
+        for (const auto& child : children)
+            kill(static_cast<pid_t>(child->id()), SIGKILL);
+        for (const auto& recorder : recorders)
+            EXPECT_TRUE(recorder->waitForRelease());
+    }
+
+    ChildProcess& start(const ChildCommand& command) {
+        recorders.push_back(std::make_unique<ChildRecorder>());
+        auto child = launcher.launch(command, recorders.back()->handlers());
+        EXPECT_TRUE(child.ok());
+        EXPECT_TRUE(recorders.back()->waitForText("ready"));
+        children.push_back(std::move(child.value()));
+        return *children.back();
+    }
+
+    ChildProcess& startHanging() { return start(childCommand("hang")); }
+
+    std::unique_ptr<DaemonLedger> newLedger() {
+        return std::make_unique<DaemonLedger>(files, path());
+    }
+
+    std::string path() const { return folder / "ledger"; }
+
+    DaemonRecords written() const {
+        const auto text = files.read(path());
+        return text ? daemonRecordsIn(text.value()).value() : DaemonRecords{};
+    }
+
+    // Changes what the killed instance has written about its one daemon.
+    void forge(const std::function<void(DaemonRecords&)>& change) {
+        DaemonRecords records = written();
+        change(records);
+        ASSERT_FALSE(files.replaceContent(path(), textOf(records)));
+    }
+
+    // A daemon left behind under a record that is changed in one point is not touched.
+    void expectUntouchedAfter(const std::function<void(DaemonRecords&)>& change) {
+        ChildProcess& stranger = startHanging();
+        newLedger()->note(stranger.id());
+        forge(change);
+        const auto outcome = newLedger()->endLeftovers(longEnough);
+        EXPECT_EQ(outcome.asked, 0u);
+        EXPECT_TRUE(stranger.isRunning());
+        EXPECT_FALSE(files.exists(path())) << "the record is dropped";
+    }
+
+    TemporaryFolder folder;
+    PosixFileSystem files;
+    std::vector<std::unique_ptr<ChildRecorder>> recorders;
+    PosixChildLauncher launcher;
+    std::vector<std::unique_ptr<ChildProcess>> children;
+};
+
+TEST_F(DaemonLedgerTest, EndsWhatAKilledInstanceHasLeft) {
+    ChildProcess& first = startHanging();
+    ChildProcess& second = startHanging();
+    {
+        const auto killed = newLedger();
+        killed->note(first.id());
+        killed->note(second.id());
+    }
+    const auto outcome = newLedger()->endLeftovers(longEnough);
+    EXPECT_EQ(outcome.asked, 2u);
+    EXPECT_EQ(outcome.ended, 2u);
+    EXPECT_FALSE(first.isRunning());
+    EXPECT_FALSE(second.isRunning());
+    ASSERT_TRUE(recorders[0]->waitForExit());
+    EXPECT_EQ(recorders[0]->exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, AsksPolitelyOnlyAndAgainAtTheNextStart) {
+    ChildProcess& stubborn = start(childCommand("ignore_term"));
+    newLedger()->note(stubborn.id());
+    for (int start = 1; start <= 2; ++start) {
+        const auto outcome = newLedger()->endLeftovers(20ms);
+        EXPECT_EQ(outcome.asked, 1u);
+        EXPECT_EQ(outcome.ended, 0u);
+        EXPECT_TRUE(stubborn.isRunning());
+        ASSERT_EQ(written().daemons.size(), 1u);
+        EXPECT_EQ(written().daemons[0].pid, stubborn.id());
+    }
+    EXPECT_TRUE(recorders[0]->waitForText("asked\nasked\n"));
+}
+
+TEST_F(DaemonLedgerTest, WaitsForAllTogetherAndNoLonger) {
+    for (int count = 0; count < 3; ++count)
+        newLedger()->note(start(childCommand("ignore_term")).id());
+    const auto before = std::chrono::steady_clock::now();
+    newLedger()->endLeftovers(200ms);
+    const auto taken = std::chrono::steady_clock::now() - before;
+    EXPECT_GE(taken, 200ms);
+    EXPECT_LT(taken, 600ms) << "once each";
+}
+
+TEST_F(DaemonLedgerTest, KeepsEarlierLeftoversWhenItNotesItsOwn) {
+    newLedger()->note(startHanging().id());
+    newLedger()->note(startHanging().id());
+    EXPECT_EQ(written().daemons.size(), 2u);
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 2u);
+}
+
+TEST_F(DaemonLedgerTest, DoesNotAskItsOwnDaemonsToEnd) {
+    const auto ledger = newLedger();
+    ChildProcess& own = startHanging();
+    ledger->note(own.id());
+    EXPECT_EQ(ledger->endLeftovers(longEnough).asked, 0u);
+    EXPECT_TRUE(own.isRunning());
+    EXPECT_EQ(written().daemons.size(), 1u);
+}
+
+TEST_F(DaemonLedgerTest, LeavesAStrangerWithTheSameIdAlone) {
+    expectUntouchedAfter([](DaemonRecords& records) { --records.daemons[0].startTicks; });
+}
+
+TEST_F(DaemonLedgerTest, LeavesAnotherExecutableAlone) {
+    expectUntouchedAfter([](DaemonRecords& records) { records.daemons[0].executable = "/bin/x"; });
+}
+
+TEST_F(DaemonLedgerTest, LeavesAnotherFolderAlone) {
+    expectUntouchedAfter([](DaemonRecords& records) { records.daemons[0].workingFolder = "/usr"; });
+}
+
+TEST_F(DaemonLedgerTest, LeavesAnotherUsersProcessAlone) {
+    expectUntouchedAfter([](DaemonRecords& records) { ++records.daemons[0].owner; });
+}
+
+TEST_F(DaemonLedgerTest, LeavesEverybodyAloneAfterAReboot) {
+    expectUntouchedAfter([](DaemonRecords& records) { records.boot = "another boot"; });
+}
+
+TEST_F(DaemonLedgerTest, RecognisesADaemonWhoseExecutableWasReplaced) {
+    const std::string program = folder / "runner";
+    std::filesystem::copy_file(childPath("hang"), program);
+    ChildProcess& daemon = start({program, {}, "/", {}});
+    newLedger()->note(daemon.id());
+    std::filesystem::copy_file(childPath("echo"), folder / "newer");
+    std::filesystem::rename(folder / "newer", program);
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
+    EXPECT_FALSE(daemon.isRunning());
+}
+
+TEST_F(DaemonLedgerTest, RecognisesAScriptByItsInterpreter) {
+    const std::string script = folder / "runner.sh";
+    ASSERT_FALSE(
+        files.replaceContent(script, "#!/bin/sh\necho ready\nread x < " + path() + ".fifo"));
+    ASSERT_EQ(mkfifo((path() + ".fifo").c_str(), 0600), 0);
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    newLedger()->note(start({script, {}, folder.path(), {}}).id());
+    EXPECT_EQ(written().daemons.at(0).workingFolder, folder.path());
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
+}
+
+TEST_F(DaemonLedgerTest, IgnoresAFileThatMakesNoSense) {
+    ASSERT_FALSE(files.replaceContent(path(), std::string("\0garbage\xff\nend\n", 14)));
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+}
+
+TEST_F(DaemonLedgerTest, IgnoresAFileThatWasCutShort) {
+    ChildProcess& child = startHanging();
+    newLedger()->note(child.id());
+    std::filesystem::resize_file(path(), std::filesystem::file_size(path()) - 1);
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+    EXPECT_TRUE(child.isRunning());
+}
+
+TEST_F(DaemonLedgerTest, IgnoresAFolderInPlaceOfTheFile) {
+    std::filesystem::create_directory(path());
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+}
+
+TEST_F(DaemonLedgerTest, AFullDiskCostsOnlyTheRecord) {
+    MemoryFileSystem full;
+    full.failures["/ledger"] = ENOSPC;
+    DaemonLedger ledger(full, "/ledger");
+    const auto entry = ledger.note(startHanging().id());
+    ledger.forget(entry);
+    ledger.clear();
+    EXPECT_EQ(ledger.endLeftovers(longEnough).asked, 0u);
+}
+
+TEST_F(DaemonLedgerTest, ForgetsAnEndedDaemonOnce) {
+    const auto ledger = newLedger();
+    const auto first = ledger->note(startHanging().id());
+    ledger->note(startHanging().id());
+    ledger->forget(first);
+    ledger->forget(first);
+    ASSERT_EQ(written().daemons.size(), 1u);
+    EXPECT_EQ(written().daemons[0].pid, children[1]->id());
+}
+
+TEST_F(DaemonLedgerTest, NotesNothingOfAProcessThatHasEnded) {
+    newLedger()->note(0x3fffffff);
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, APoliteQuitLeavesOnlyWhatWouldNotEnd) {
+    ChildProcess& stubborn = start(childCommand("ignore_term"));
+    newLedger()->note(stubborn.id());
+    const auto ledger = newLedger();
+    ledger->endLeftovers(1ms);
+    ledger->note(startHanging().id());
+    ledger->clear();
+    ASSERT_EQ(written().daemons.size(), 1u);
+    EXPECT_EQ(written().daemons[0].pid, stubborn.id());
+}
+
+TEST_F(DaemonLedgerTest, APoliteQuitWithoutLeftoversLeavesNoFile) {
+    const auto ledger = newLedger();
+    ledger->note(startHanging().id());
+    EXPECT_TRUE(files.exists(path()));
+    ledger->clear();
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, RecordingLauncherNotesAChildUntilItsEnd) {
+    const auto ledger = newLedger();
+    RecordingChildLauncher recording(launcher, *ledger);
+    ChildRecorder recorder;
+    const auto child = recording.launch(childCommand("hang"), recorder.handlers());
+    ASSERT_TRUE(child.ok());
+    ASSERT_TRUE(recorder.waitForText("ready"));
+    ASSERT_EQ(written().daemons.size(), 1u);
+    EXPECT_EQ(written().daemons[0].pid, child.value()->id());
+    EXPECT_EQ(written().daemons[0].executable, childPath("hang"));
+    EXPECT_EQ(written().daemons[0].workingFolder, "/");
+    child.value()->terminate();
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, RecordingLauncherForgetsChildrenThatEndAtOnce) {
+    const auto ledger = newLedger();
+    RecordingChildLauncher recording(launcher, *ledger);
+    for (int round = 0; round < 100; ++round) {
+        ChildRecorder recorder;
+        const auto child = recording.launch(childCommand("play", {"exit:0"}), recorder.handlers());
+        ASSERT_TRUE(recorder.waitForRelease());
+        ASSERT_TRUE(written().daemons.empty());
+    }
+}
+
+TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
+    MemoryChildLauncher inner;
+    MemoryFileSystem memory;
+    DaemonLedger ledger(memory, "/ledger");
+    RecordingChildLauncher recording(inner, ledger);
+    ChildRecorder recorder;
+    inner.failNextLaunch = LaunchError{LaunchError::Step::execute, ENOENT, "/x"};
+    EXPECT_FALSE(recording.launch({}, recorder.handlers()).ok());
+    EXPECT_TRUE(recording.run({}, [](std::string_view) {}).ok());
+    recording.interruptRuns();
+    EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());
+    EXPECT_TRUE(memory.atomicReplacements.empty());
+}
+
+}  // namespace
+
+}  // namespace valdorn
