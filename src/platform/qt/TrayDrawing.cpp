@@ -1,0 +1,127 @@
+#include "platform/qt/TrayDrawing.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QPixmap>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <numbers>
+
+#include "ui/NativeSymbols.h"
+
+namespace valdorn::TrayDrawing {
+
+namespace {
+
+// Every size travels to the bar with each change: the usual ones, and the double of the smaller.
+constexpr std::array sizes{16, 22, 24, 32, 48};
+
+constexpr int spinnerPoints = 16;
+constexpr int squareItemPoints = 24;  // the proportion when the item has no fixed width
+
+const QColor gray(0x9A, 0x9A, 0xA0);  // as far from black as from white
+const QColor outlineColor(0, 0, 0, 150);
+
+// The variants for dark windows: brighter, and the outline does the rest on light bars.
+QColor barColor(SystemColor color) {
+    switch (color) {
+        case SystemColor::green:
+            return {0x30, 0xD1, 0x58};
+        case SystemColor::yellow:
+            return {0xFF, 0xD6, 0x0A};
+        case SystemColor::orange:
+            return {0xFF, 0x9F, 0x0A};
+        case SystemColor::red:
+            return {0xFF, 0x45, 0x3A};
+        case SystemColor::blue:
+            return {0x0A, 0x84, 0xFF};
+        case SystemColor::secondary:
+            break;
+    }
+    return gray;
+}
+
+QImage transparent(int pixels) {
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+QIcon inEverySize(const std::function<QImage(int pixels)>& draw) {
+    QIcon icon;
+    for (const int pixels : sizes)
+        icon.addPixmap(QPixmap::fromImage(draw(pixels)));
+    return icon;
+}
+
+// The shape's silhouette, widened by `reach` pixels all around.
+QImage widened(const QImage& shape, double reach) {
+    QImage wide = transparent(shape.width());
+    QPainter painter(&wide);
+    constexpr int directions = 16;
+    for (int i = 0; i < directions; ++i) {
+        const double angle = 2 * std::numbers::pi * i / directions;
+        painter.drawImage(QPointF(reach * std::cos(angle), reach * std::sin(angle)), shape);
+    }
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(wide.rect(), Qt::black);
+    return wide;
+}
+
+QImage outlined(const QImage& shape) {
+    QImage result = transparent(shape.width());
+    QPainter painter(&result);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setOpacity(outlineColor.alphaF());
+    painter.drawImage(0, 0, widened(shape, shape.width() / 26.0));
+    painter.setOpacity(1);
+    painter.drawImage(0, 0, shape);
+    return result;
+}
+
+void drawSpoke(QPainter& painter, QColor color, float strength, double radius, double width) {
+    color.setAlphaF(color.alphaF() * strength);
+    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(QPointF(0, -radius * 0.5), QPointF(0, -radius * 0.86));
+}
+
+// A spoke is strongest where the turn has arrived and fades behind it, its outline too: on a light
+// bar it is the outline that turns.
+QImage spinnerShape(int frame, int pixels, double diameter) {
+    QImage image = transparent(pixels);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(pixels / 2.0, pixels / 2.0);
+    const double radius = diameter / 2;
+    for (int spoke = 0; spoke < spinnerFrames; ++spoke) {
+        const int age = (frame - spoke + spinnerFrames) % spinnerFrames;
+        const float strength = 1.0F - 0.11F * static_cast<float>(age);
+        drawSpoke(painter, outlineColor, strength, radius, radius * 0.38);
+        drawSpoke(painter, gray.lighter(138), strength, radius, radius * 0.2);
+        painter.rotate(360.0 / spinnerFrames);
+    }
+    return image;
+}
+
+}  // namespace
+
+QIcon icon(const StatusIcon& icon) {
+    return inEverySize([&icon](int pixels) {
+        return outlined(NativeSymbols::image(QString::fromStdString(icon.symbol),
+                                             barColor(icon.color), pixels));
+    });
+}
+
+QIcon spinner(int frame, int itemWidthPoints) {
+    const int square = itemWidthPoints > 0 ? itemWidthPoints : squareItemPoints;
+    const double share = std::min(1.0, static_cast<double>(spinnerPoints) / square);
+    return inEverySize(
+        [frame, share](int pixels) { return spinnerShape(frame, pixels, pixels * share); });
+}
+
+QIcon empty() {
+    return inEverySize(transparent);
+}
+
+}  // namespace valdorn::TrayDrawing

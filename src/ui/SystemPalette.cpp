@@ -1,0 +1,85 @@
+#include "ui/SystemPalette.h"
+
+#include <QPalette>
+#include <algorithm>
+#include <cmath>
+
+namespace valdorn::SystemPalette {
+
+namespace {
+
+constexpr double dotContrast = 3.0;   // graphical objects, WCAG 2.1 criterion 1.4.11
+constexpr double textContrast = 4.5;  // text, WCAG 2.1 criterion 1.4.3
+
+QColor mixed(const QColor& from, const QColor& to, double share) {
+    const auto channel = [share](int a, int b) {
+        return static_cast<int>(std::lround(a + (b - a) * share));
+    };
+    return {channel(from.red(), to.red()), channel(from.green(), to.green()),
+            channel(from.blue(), to.blue())};
+}
+
+// Text at 55 %: quieter than text, and still readable on the usual palettes.
+QColor secondary(const QPalette& palette) {
+    return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.55);
+}
+
+QColor named(SystemColor color, const QPalette& palette) {
+    const bool dark = isDark(palette);
+    switch (color) {
+        case SystemColor::green:
+            return dark ? QColor(0x30, 0xD1, 0x58) : QColor(0x34, 0xC7, 0x59);
+        case SystemColor::yellow:
+            return dark ? QColor(0xFF, 0xD6, 0x0A) : QColor(0xFF, 0xCC, 0x00);
+        case SystemColor::orange:
+            return dark ? QColor(0xFF, 0x9F, 0x0A) : QColor(0xFF, 0x95, 0x00);
+        case SystemColor::red:
+            return dark ? QColor(0xFF, 0x45, 0x3A) : QColor(0xFF, 0x3B, 0x30);
+        case SystemColor::blue:
+            return dark ? QColor(0x0A, 0x84, 0xFF) : QColor(0x00, 0x7A, 0xFF);
+        case SystemColor::secondary:
+            break;
+    }
+    return secondary(palette);
+}
+
+QColor standingOut(SystemColor color, const QPalette& palette, double wanted) {
+    const QColor window = palette.color(QPalette::Window);
+    const QColor extreme = isDark(palette) ? QColor(Qt::white) : QColor(Qt::black);
+    const QColor start = named(color, palette);
+    QColor result = start;
+    for (int percent = 2; contrast(result, window) < wanted && percent <= 100; percent += 2)
+        result = mixed(start, extreme, percent / 100.0);
+    return result;
+}
+
+double luminance(const QColor& color) {
+    const auto linear = [](float channel) {
+        const double value = static_cast<double>(channel);
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+}  // namespace
+
+bool isDark(const QPalette& palette) {
+    return luminance(palette.color(QPalette::WindowText)) >
+           luminance(palette.color(QPalette::Window));
+}
+
+QColor dot(SystemColor color, const QPalette& palette) {
+    return standingOut(color, palette, dotContrast);
+}
+
+QColor text(SystemColor color, const QPalette& palette) {
+    return standingOut(color, palette, textContrast);
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+}  // namespace valdorn::SystemPalette
