@@ -1,0 +1,66 @@
+#include "platform/qt/MenuRenderer.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+#include <QString>
+
+namespace valdorn {
+
+namespace {
+
+// An ampersand marks the next letter as a key to press; two of them stand for one.
+QString programTitle(QString title) {
+    return title.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+// On the bus an underscore is the mark. Qt makes one out of the first ampersand and passes the
+// others on as they are, so only the first needs another that can be lost.
+QString statusBarTitle(QString title) {
+    title.replace(QLatin1Char('_'), QLatin1String("__"));
+    if (const auto first = title.indexOf(QLatin1Char('&')); first >= 0)
+        title.insert(first, QLatin1Char('&'));
+    return title;
+}
+
+QKeySequence sequence(char shortcut) {
+    if (shortcut == 0)
+        return {};
+    return QKeySequence(QStringLiteral("Ctrl+%1").arg(QLatin1Char(shortcut)));
+}
+
+}  // namespace
+
+MenuRenderer::MenuRenderer(MenuModel& model, QMenu& menu, MenuDrawer drawer)
+    : model_(model), menu_(menu), drawer_(drawer) {
+    for (const MenuItem& item : model.items())
+        add(item);
+    changes_ = model.onDidChange([this](const MenuItem& item) { update(item); });
+}
+
+void MenuRenderer::add(const MenuItem& item) {
+    if (item.separator) {
+        menu_.addSeparator();
+        return;
+    }
+    const std::string id = item.id;
+    QAction* const action = menu_.addAction(QString());
+    action->setObjectName(QString::fromStdString(id));
+    action->setShortcut(sequence(item.shortcut));
+    action->setEnabled(item.enabled);
+    QObject::connect(action, &QAction::triggered, &menu_, [this, id] { model_.activate(id); });
+    actions_[id] = action;
+    update(item);
+}
+
+void MenuRenderer::update(const MenuItem& item) {
+    const auto found = actions_.find(item.id);
+    if (found == actions_.end())
+        return;
+    const QString title = QString::fromStdString(item.title);
+    found->second->setText(drawer_ == MenuDrawer::program ? programTitle(title)
+                                                          : statusBarTitle(title));
+    found->second->setVisible(!item.hidden);
+}
+
+}  // namespace valdorn

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/MenuModel.h"
+
+class QAction;
+class QMenu;
+
+namespace valdorn {
+
+// Who draws the menu: this program, or the status bar, which reads other marks in the titles.
+enum class MenuDrawer { program, statusBar };
+
+// Keeps a QMenu equal to a MenuModel: the actions are made once, later only their text and
+// visibility change. Choosing an entry activates it in the model.
+//
+// Main thread only. The model and the menu, which should be empty at first, outlive the renderer's
+// use; the actions belong to the menu.
+class MenuRenderer {
+public:
+    MenuRenderer(MenuModel& model, QMenu& menu, MenuDrawer drawer);
+
+private:
+    void add(const MenuItem& item);
+    void update(const MenuItem& item);
+
+    MenuModel& model_;
+    QMenu& menu_;
+    const MenuDrawer drawer_;
+    std::map<std::string, QAction*> actions_;  // by id
+    Subscription changes_;
+};
+
+}  // namespace valdorn
