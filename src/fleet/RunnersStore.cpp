@@ -110,12 +110,11 @@ std::shared_ptr<RunnerManager> RunnersStore::add(const std::string& name) {
 }
 
 void RunnersStore::remove(const std::shared_ptr<RunnerManager>& runner) {
-    // Held for the call: the argument may be a reference into the list that changes below.
-    const std::shared_ptr<RunnerManager> removed = runner;
-    removed->stop();
-    deleteDataFolder(*removed);
+    runner->stop();
+    deleteDataFolder(*runner);
     Runners rest = runners();
-    std::erase(rest, removed);
+    std::erase(rest, runner);
+    // From here on a `runner` that refers into the list is gone.
     runners_.set(std::move(rest));
     save();
 }

@@ -55,7 +55,8 @@ public:
 
     // Stops the runner, deletes its folder with all it holds (a legacy runner's folder is the
     // support folder and stays), takes this very object off the list, and saves. A runner that is
-    // not on the list is treated the same. Does not refuse to remove the last one.
+    // not on the list is treated the same. Does not refuse to remove the last one. The argument may
+    // be a reference into the list.
     void remove(const std::shared_ptr<RunnerManager>& runner) VALDORN_ON_MAIN_THREAD;
 
     // Starts each runner in list order; the ones that are not registered show so.

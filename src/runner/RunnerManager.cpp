@@ -63,7 +63,7 @@ bool RunnerManager::isRunning() const {
 }
 
 std::string RunnerManager::dataDir() const {
-    const std::string support = Config::applicationSupportFolder(services_.hostInfo.homeFolder());
+    std::string support = Config::applicationSupportFolder(services_.hostInfo.homeFolder());
     if (config().legacy)
         return support;
     return appendPathComponent(support, "runners/" + config().id);

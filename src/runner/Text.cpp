@@ -62,7 +62,7 @@ std::size_t completeLength(std::string_view text) {
         const auto byte = static_cast<unsigned char>(text[text.size() - back]);
         if (U8_IS_TRAIL(byte))
             continue;
-        const auto needed = static_cast<std::size_t>(1 + U8_COUNT_TRAIL_BYTES(byte));
+        const std::size_t needed = 1U + static_cast<unsigned>(U8_COUNT_TRAIL_BYTES(byte));
         return needed > back ? text.size() - back : text.size();
     }
     return text.size();
