@@ -165,7 +165,9 @@ TEST_F(NetworkHttpClientTest, CutOffBodyIsAFailureWhateverTheStatus) {
         completions = 0;
         outcome.reset();
         fetch(server.url());
-        EXPECT_EQ(awaited().error().kind, HttpError::Kind::network) << status;
+        const Outcome result = awaited();
+        ASSERT_FALSE(result.ok()) << status << ": " << result.value();
+        EXPECT_EQ(result.error().kind, HttpError::Kind::network) << status;
     }
 }
 

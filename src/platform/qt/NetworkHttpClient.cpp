@@ -37,6 +37,14 @@ bool isAnswer(const QNetworkReply& reply) {
            (status >= 400 && reply.error() > lastProxyError);
 }
 
+// Qt does not always notice that the connection was closed before the end of the body. The length
+// tells, unless it is that of a compressed body, which Qt has unpacked.
+bool isCutOff(const QNetworkReply& reply, std::size_t bodyBytes) {
+    const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
+    return length.isValid() && !reply.hasRawHeader("Content-Encoding") &&
+           bodyBytes < length.toULongLong();
+}
+
 // One GET under way.
 class Exchange : public QObject, public HttpRequest {
 public:
@@ -79,9 +87,12 @@ private:
 
     void finish() {
         if (!isAnswer(*reply_))
-            fail(HttpError::Kind::network, reply_->errorString().toStdString());
-        else if (read())
-            complete(std::move(body_));
+            return fail(HttpError::Kind::network, reply_->errorString().toStdString());
+        if (!read())
+            return;
+        if (isCutOff(*reply_, body_.size()))
+            return fail(HttpError::Kind::network, "The connection was closed too early");
+        complete(std::move(body_));
     }
 
     void fail(HttpError::Kind kind, std::string description) {
