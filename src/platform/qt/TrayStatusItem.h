@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QMenu>
+#include <memory>
+#include <optional>
+
+#include "platform/MainQueue.h"
+#include "platform/StatusItem.h"
+#include "platform/qt/MenuRenderer.h"
+#include "platform/qt/TraySurface.h"
+
+namespace valdorn {
+
+// The status item in the desktop's bar. It keeps what was set last; the bar is told once per turn
+// of the main queue, and only what differs from what it has.
+class TrayStatusItem : public StatusItem {
+public:
+    // The queue outlives this. The surface is made by `makeSurface` when show() is called.
+    TrayStatusItem(MainQueue& mainQueue, TraySurface::Factory makeSurface);
+
+    // A host is there: from now on the bar shows the item. The menu was set before.
+    void show(TrayHost host);
+
+    void setMenu(MenuModel& menu) override;
+    void setIcon(const StatusIcon& icon) override;
+    void clearIcon() override;
+    void startSpinner() override;
+    void stopSpinner() override;
+    bool isSpinning() const override { return spinning_; }
+    void setLength(int points) override;
+
+private:
+    // What the bar can be made to show; equal pictures look the same.
+    struct Picture {
+        std::optional<StatusIcon> icon;
+        std::optional<int> spinnerFrame;
+        int length = variableLength;
+        friend bool operator==(const Picture&, const Picture&) = default;
+    };
+
+    // A menu and what keeps it up to date.
+    struct RenderedMenu {
+        RenderedMenu(MenuModel& model, MenuDrawer drawer) : renderer(model, menu, drawer) {}
+        QMenu menu;
+        MenuRenderer renderer;
+    };
+
+    Picture wanted() const;
+    static QIcon draw(const Picture& picture);
+    void updateLater();
+    void update();
+    void turnSpinner();
+    void openMenu();
+
+    MainQueue& mainQueue_;
+    const TraySurface::Factory makeSurface_;
+    std::optional<StatusIcon> icon_;
+    int length_ = variableLength;
+    bool spinning_ = false;
+    int frame_ = 0;
+    std::unique_ptr<RenderedMenu> barMenu_;    // travels to the bar
+    std::unique_ptr<RenderedMenu> popupMenu_;  // opened by us; the other cannot be
+    Picture shown_;
+    std::unique_ptr<TraySurface> surface_;  // empty until a host is there; refers to barMenu_
+    ScheduledTask update_;
+    ScheduledTask turning_;
+};
+
+}  // namespace valdorn

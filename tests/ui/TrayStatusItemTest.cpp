@@ -1,0 +1,259 @@
+#include <QAction>
+#include <QApplication>
+#include <QIcon>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include "platform/qt/TrayStatusItem.h"
+#include "support/VirtualMainQueue.h"
+
+namespace valdorn {
+namespace {
+
+using namespace std::chrono_literals;
+
+// What the bar has been told.
+struct Bar {
+    std::vector<QIcon> icons;
+    QMenu* menu = nullptr;
+    std::function<void()> openMenu;
+};
+
+class RecordingSurface : public TraySurface {
+public:
+    RecordingSurface(Bar& bar, Content content) : bar_(bar) {
+        bar.icons.push_back(content.icon);
+        bar.menu = content.menu;
+        bar.openMenu = content.onOpenMenu;
+    }
+    void setIcon(const QIcon& icon) override { bar_.icons.push_back(icon); }
+
+private:
+    Bar& bar_;
+};
+
+QImage picture(const QIcon& icon) {
+    return icon.pixmap(QSize(48, 48)).toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+// The most saturated colour in the picture.
+QColor mainColor(const QIcon& icon) {
+    const QImage image = picture(icon);
+    QColor strongest(Qt::transparent);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor color = image.pixelColor(x, y);
+            if (color.alpha() == 255 && color.saturation() > strongest.saturation())
+                strongest = color;
+        }
+    }
+    return strongest;
+}
+
+bool isEmpty(const QIcon& icon) {
+    QImage nothing(48, 48, QImage::Format_ARGB32);
+    nothing.fill(Qt::transparent);
+    return picture(icon) == nothing;
+}
+
+class TrayStatusItemTest : public testing::Test {
+protected:
+    std::size_t sent() {
+        queue.runPosted();
+        return bar.icons.size();
+    }
+
+    const StatusIcon gray{"bird", SystemColor::secondary, "Valdorn"};
+    const StatusIcon green{"bird.fill", SystemColor::green, "Valdorn"};
+    const StatusIcon red{"bird", SystemColor::red, "Valdorn"};
+
+    VirtualMainQueue queue;
+    Bar bar;
+    int surfaces = 0;
+    std::string activated;
+    MenuModel model{
+        {{"status", "Status: —", false, false, false, 0, nullptr},
+         {"", "", true, false, true, 0, nullptr},
+         {"quit", "Quit Valdorn", true, false, false, 'q', [this] { activated += "quit "; }}}};
+    TrayStatusItem item{queue, [this](TrayHost, TraySurface::Content content) {
+                            ++surfaces;
+                            return std::make_unique<RecordingSurface>(bar, content);
+                        }};
+};
+
+TEST_F(TrayStatusItemTest, NoSurfaceIsMadeAndNothingIsArmedBeforeAHostIsThere) {
+    item.setMenu(model);
+    item.setIcon(green);
+    item.startSpinner();
+    item.setLength(24);
+    EXPECT_EQ(surfaces, 0);
+    EXPECT_EQ(queue.pending(), 0U);
+}
+
+TEST_F(TrayStatusItemTest, WhatWasSetLastIsWhatTheBarStartsWith) {
+    item.setIcon(red);
+    item.setIcon(green);
+    item.show(TrayHost::notifier);
+    ASSERT_EQ(sent(), 1U);
+    EXPECT_EQ(mainColor(bar.icons[0]), QColor(0x30, 0xD1, 0x58));
+}
+
+TEST_F(TrayStatusItemTest, ItemIsMadeOnlyOnce) {
+    item.show(TrayHost::notifier);
+    item.show(TrayHost::notifier);
+    EXPECT_EQ(surfaces, 1);
+}
+
+TEST_F(TrayStatusItemTest, WithoutAnIconThePlaceIsEmpty) {
+    item.show(TrayHost::notifier);
+    EXPECT_TRUE(isEmpty(bar.icons.at(0)));
+    item.setIcon(green);
+    item.clearIcon();
+    EXPECT_EQ(sent(), 1U);
+}
+
+TEST_F(TrayStatusItemTest, PicturesAreSentInTheUsualSizesOnly) {
+    item.setIcon(green);
+    item.show(TrayHost::notifier);
+    QList<QSize> sizes = bar.icons.at(0).availableSizes();
+    std::sort(sizes.begin(), sizes.end(), [](QSize a, QSize b) { return a.width() < b.width(); });
+    EXPECT_EQ(sizes, (QList<QSize>{{16, 16}, {22, 22}, {24, 24}, {32, 32}, {48, 48}}));
+}
+
+TEST_F(TrayStatusItemTest, EqualIconIsNotSentAgain) {
+    item.setIcon(green);
+    item.show(TrayHost::notifier);
+    item.setIcon(green);
+    EXPECT_EQ(sent(), 1U);
+    item.setIcon(red);
+    item.setIcon(green);
+    EXPECT_EQ(sent(), 1U);
+    item.setIcon(red);
+    EXPECT_EQ(sent(), 2U);
+    EXPECT_EQ(mainColor(bar.icons[1]), QColor(0xFF, 0x45, 0x3A));
+}
+
+TEST_F(TrayStatusItemTest, SpinnerReplacesTheIconAndTurnsFiveTimesASecond) {
+    item.setIcon(green);
+    item.show(TrayHost::notifier);
+    item.clearIcon();
+    item.startSpinner();
+    item.setLength(24);
+    EXPECT_EQ(sent(), 2U);
+    queue.advance(1s);
+    EXPECT_EQ(sent(), 7U);
+    EXPECT_TRUE(item.isSpinning());
+    EXPECT_NE(picture(bar.icons[5]), picture(bar.icons[6]));
+}
+
+TEST_F(TrayStatusItemTest, SpinnerComesRoundAfterEightPositions) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    sent();
+    queue.advance(1600ms);
+    ASSERT_EQ(sent(), 10U);
+    EXPECT_EQ(picture(bar.icons[1]), picture(bar.icons[9]));
+}
+
+TEST_F(TrayStatusItemTest, SpinnerFillsSixteenPointsOfTheItemsWidth) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    item.setLength(24);
+    sent();
+    const QImage drawn = picture(bar.icons[1]);
+    int left = drawn.width();
+    int right = -1;
+    for (int x = 0; x < drawn.width(); ++x) {
+        for (int y = 0; y < drawn.height(); ++y) {
+            if (drawn.pixelColor(x, y).alpha() == 0)
+                continue;
+            left = std::min(left, x);
+            right = std::max(right, x);
+        }
+    }
+    EXPECT_NEAR(left, 8, 1);
+    EXPECT_NEAR(right, 39, 1);
+}
+
+TEST_F(TrayStatusItemTest, StartingASpinnerThatTurnsChangesNothing) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    queue.advance(300ms);
+    item.startSpinner();
+    queue.advance(100ms);
+    EXPECT_EQ(sent(), 4U);
+}
+
+TEST_F(TrayStatusItemTest, IconSetWhileTheSpinnerTurnsStandsWhenItHasStopped) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    sent();
+    item.setIcon(green);
+    EXPECT_EQ(sent(), 2U);
+    item.stopSpinner();
+    item.setLength(StatusItem::variableLength);
+    EXPECT_EQ(sent(), 3U);
+    EXPECT_EQ(mainColor(bar.icons[2]), QColor(0x30, 0xD1, 0x58));
+}
+
+TEST_F(TrayStatusItemTest, NothingIsArmedOnceTheSpinnerHasStopped) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    queue.advance(1s);
+    item.stopSpinner();
+    item.setIcon(green);
+    sent();
+    EXPECT_FALSE(item.isSpinning());
+    EXPECT_EQ(queue.pending(), 0U);
+}
+
+TEST_F(TrayStatusItemTest, SpinnerStartedBeforeTheHostTurnsWhenItIsThere) {
+    item.startSpinner();
+    item.show(TrayHost::notifier);
+    queue.advance(200ms);
+    EXPECT_EQ(sent(), 2U);
+}
+
+TEST_F(TrayStatusItemTest, FromSpinnerToIconIsOneChange) {
+    item.show(TrayHost::notifier);
+    item.clearIcon();
+    item.startSpinner();
+    item.setLength(24);
+    const std::size_t before = sent();
+    item.stopSpinner();
+    item.setLength(StatusItem::variableLength);
+    item.setIcon(green);
+    EXPECT_EQ(sent(), before + 1);
+}
+
+TEST_F(TrayStatusItemTest, BarGetsTheMenu) {
+    item.setMenu(model);
+    item.show(TrayHost::notifier);
+    ASSERT_NE(bar.menu, nullptr);
+    EXPECT_EQ(bar.menu->actions().size(), 3);
+    bar.menu->actions().last()->trigger();
+    EXPECT_EQ(activated, "quit ");
+}
+
+TEST_F(TrayStatusItemTest, PrimaryClickOpensTheMenuAtThePointer) {
+    item.setMenu(model);
+    item.show(TrayHost::notifier);
+    bar.openMenu();
+    auto* const open = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(open, nullptr);
+    EXPECT_NE(open, bar.menu);
+    EXPECT_EQ(open->actions().size(), 3);
+    open->actions().last()->trigger();
+    open->close();
+    EXPECT_EQ(activated, "quit ");
+}
+
+TEST_F(TrayStatusItemTest, ClickWithoutAMenuDoesNothing) {
+    item.show(TrayHost::notifier);
+    bar.openMenu();
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+}  // namespace
+}  // namespace valdorn
