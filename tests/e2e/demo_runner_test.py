@@ -34,7 +34,8 @@ class DemoRunnerTest(unittest.TestCase):
     def start(self, *arguments, stderr=subprocess.STDOUT, **environment):
         inherited = {k: v for k, v in os.environ.items() if k != "VALDORN_DEMO_SCRIPT"}
         child = subprocess.Popen([EXECUTABLE, *arguments], cwd=self.folder, stdout=subprocess.PIPE,
-                                 stderr=stderr, env={**inherited, **environment})
+                                 stderr=stderr, env={**inherited, **environment},
+                                 start_new_session=True)
         self.addCleanup(self.end, child)
         return child
 
@@ -206,6 +207,13 @@ class ScriptTest(DemoRunnerTest):
         self.assertEqual([], readable)  # no end of file yet
         self.assertEqual(b"", child.stdout.read())  # it comes with the grandchild's end
 
+    def test_grandchild_can_be_terminated(self):
+        child = self.start_daemon("grandchild 10m", "exit 0")
+        child.wait(TIMEOUT)
+        os.killpg(child.pid, signal.SIGTERM)
+        readable, _, _ = select.select([child.stdout], [], [], TIMEOUT)
+        self.assertEqual([child.stdout], readable)  # the end of the file
+
     def test_dies_of_a_pipe_that_nobody_reads(self):
         child = self.start_daemon("flood 100GB lines")
         child.stdout.close()
@@ -245,6 +253,7 @@ class DaemonTest(DemoRunnerTest):
         code, output = self.run_to_end("daemon", "--config", "runner-config.yaml")
         lines = output.decode().splitlines()
         self.assertEqual(1, code)
+        self.assertIn('msg="Starting runner daemon"', lines[-3])
         self.assertIn('level=error msg="registration file not found, please register the runner first"',
                       lines[-2])
         self.assertEqual("Error: open .runner: no such file or directory", lines[-1])
@@ -271,6 +280,19 @@ class DaemonTest(DemoRunnerTest):
         _, output = self.run_to_end("daemon")
         self.assertIn(b'msg="labels updated to: [macos:host x:host]"', output)
         self.assertIn(b"with labels: [macos x], declare", output)
+
+    def test_entries_stay_on_one_line(self):
+        self.write(".runner", json.dumps({"name": 'a"b\\c\nd\te\x01é', "address": "a", "labels": []}))
+        self.write("demo_runner.script", "declare\nexit 0\n")
+        _, output = self.run_to_end("daemon")
+        self.assertIn(r'msg="runner: a\"b\\c\nd\te\x01é, with version', output.decode())
+
+    def test_entries_bear_the_local_time_with_its_zone(self):
+        self.register_runner()
+        self.write("demo_runner.script", "declare\nexit 0\n")
+        for zone, suffix in (("XXX-5:30", "+05:30"), ("XXX3", "-03:00"), ("UTC0", "Z")):
+            _, output = self.run_to_end("daemon", TZ=zone)
+            self.assertRegex(output.decode(), rf'^time="[-0-9]{{10}}T[:0-9]{{8}}{re.escape(suffix)}" ')
 
     def test_plays_a_job(self):
         child = self.start_daemon("job acme/site My Flow/push 120ms", "exit 0", stderr=subprocess.PIPE)
@@ -337,6 +359,7 @@ class DaemonTest(DemoRunnerTest):
             b"shutdown initiated", b"[Deploy/push] Failure - Main", b"this step has been cancelled",
             b"Worker 0 finished (", b"cancelled in progress jobs")]
         self.assertEqual(sorted(order), order)
+        self.assertEqual(1, output.count(b"shutdown initiated"))
 
     def test_tells_less_at_level_info(self):
         self.write("runner-config.yaml", "other:\n  level: debug\nlog:\n  level: info\n")

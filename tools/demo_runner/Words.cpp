@@ -84,7 +84,7 @@ std::string Words::word(const std::string& what) {
     if (rest_.empty()) {
         throw ScriptError(what + " is missing");
     }
-    const std::string taken(rest_.substr(0, rest_.find_first_of(blanks)));
+    std::string taken(rest_.substr(0, rest_.find_first_of(blanks)));
     rest_.remove_prefix(taken.size());
     skipBlanks();
     return taken;
@@ -94,7 +94,7 @@ std::string Words::rest(const std::string& what) {
     if (rest_.empty()) {
         throw ScriptError(what + " is missing");
     }
-    const std::string taken(rest_.substr(0, rest_.find_last_not_of(blanks) + 1));
+    std::string taken(rest_.substr(0, rest_.find_last_not_of(blanks) + 1));
     rest_ = {};
     return taken;
 }
