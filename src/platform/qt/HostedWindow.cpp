@@ -1,0 +1,115 @@
+#include "platform/qt/HostedWindow.h"
+
+#include <QAction>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include "platform/MenuModel.h"
+#include "platform/qt/MenuRenderer.h"
+
+namespace valdorn {
+
+namespace {
+
+QString objectNameOf(WindowKind kind) {
+    switch (kind) {
+        case WindowKind::settings:
+            return QStringLiteral("settingsWindow");
+        case WindowKind::log:
+            return QStringLiteral("logWindow");
+        case WindowKind::status:
+            return QStringLiteral("statusWindow");
+        case WindowKind::onboarding:
+            return QStringLiteral("onboardingWindow");
+    }
+    return {};
+}
+
+// A dialogue-like window has neither a minimise nor a maximise button.
+Qt::WindowFlags flagsFor(bool resizable) {
+    const Qt::WindowFlags closable = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                     Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+    return resizable ? closable | Qt::WindowMinMaxButtonsHint : closable;
+}
+
+}  // namespace
+
+HostedWindow::HostedWindow(const WindowDescription& description, QWidget* view)
+    : QWidget(nullptr, flagsFor(description.resizable)),
+      described_(description.contentWidthPoints, description.contentHeightPoints),
+      resizable_(description.resizable),
+      layout_(new QVBoxLayout(this)) {
+    setObjectName(objectNameOf(description.kind));
+    setWindowTitle(QString::fromStdString(description.title));
+    layout_->setContentsMargins(0, 0, 0, 0);
+    layout_->setSpacing(0);
+    layout_->addWidget(view);
+    auto* const closing = new QAction(this);
+    closing->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    connect(closing, &QAction::triggered, this, &QWidget::close);
+    addAction(closing);
+    resizeContent(described_);
+    center();
+}
+
+HostedWindow::~HostedWindow() = default;
+
+bool HostedWindow::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest && !resizable_)
+        resizeContent(described_);
+    return handled;
+}
+
+int HostedWindow::menuBarHeight() const {
+    return menuBar_ ? menuBar_->sizeHint().height() : 0;
+}
+
+void HostedWindow::resizeContent(QSize content) {
+    ensurePolished();
+    const QSize size = QSize(content.width(), content.height() + menuBarHeight())
+                           .expandedTo(layout_->totalMinimumSize());
+    if (resizable_)
+        resize(size);
+    else
+        setFixedSize(size);
+}
+
+void HostedWindow::center() {
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return;
+    QRect frame(QPoint(), size());
+    frame.moveCenter(screen->availableGeometry().center());
+    move(frame.topLeft());
+}
+
+void HostedWindow::present() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void HostedWindow::setMenu(MenuModel* menu) {
+    const QSize content(width(), height() - menuBarHeight());
+    menuRenderer_.reset();
+    delete menuBar_;
+    menuBar_ = nullptr;
+    if (menu) {
+        menuBar_ = new QMenuBar(this);
+        menuBar_->setNativeMenuBar(false);
+        menuRenderer_ = std::make_unique<MenuRenderer>(
+            *menu, *menuBar_->addMenu(QStringLiteral("Valdorn")), MenuDrawer::program);
+        layout_->setMenuBar(menuBar_);
+        menuBar_->show();
+    }
+    resizeContent(resizable_ ? content : described_);
+}
+
+}  // namespace valdorn

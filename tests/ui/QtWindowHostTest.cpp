@@ -1,0 +1,232 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include "platform/MenuModel.h"
+#include "platform/qt/QtWindowHost.h"
+#include "ui/EventLoop.h"
+
+namespace valdorn {
+namespace {
+
+// A view that says what its window went through.
+class View : public QWidget {
+public:
+    QByteArray tokenWhenShown;
+
+protected:
+    void showEvent(QShowEvent*) override { tokenWhenShown = qgetenv("XDG_ACTIVATION_TOKEN"); }
+};
+
+class QtWindowHostTest : public testing::Test {
+protected:
+    QtWindowHostTest() {
+        for (const WindowKind kind :
+             {WindowKind::settings, WindowKind::log, WindowKind::status, WindowKind::onboarding}) {
+            host.registerView(kind, [this] {
+                ++viewsMade;
+                return view = new View;
+            });
+        }
+    }
+
+    QWidget* window(const char* name) {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QLatin1String(name))
+                return widget;
+        }
+        return nullptr;
+    }
+
+    QMenuBar* menuBar(const char* name) { return window(name)->findChild<QMenuBar*>(); }
+
+    const WindowDescription settings{WindowKind::settings, "Valdorn", 480, 340, false};
+    const WindowDescription log{WindowKind::log, "Valdorn — Log", 720, 460, true};
+    const WindowDescription status{WindowKind::status, "Valdorn — Runner Status", 480, 260, true};
+
+    std::string activated;
+    MenuModel menu{
+        {{"title", "Valdorn — CI Runner", false, false, false, 0, nullptr},
+         {"quit", "Quit Valdorn", true, false, false, 'q', [this] { activated += "quit "; }}}};
+    int viewsMade = 0;
+    View* view = nullptr;  // the last one made
+    QtWindowHost host;
+};
+
+TEST_F(QtWindowHostTest, ViewIsMadeAtTheFirstShowAndKept) {
+    EXPECT_EQ(viewsMade, 0);
+    host.show(settings);
+    QWidget* const first = window("settingsWindow");
+    host.close(WindowKind::settings);
+    host.show(settings);
+    EXPECT_EQ(viewsMade, 1);
+    EXPECT_EQ(window("settingsWindow"), first);
+}
+
+TEST_F(QtWindowHostTest, ShownWindowIsVisibleActiveAndTitled) {
+    host.show(log);
+    QWidget* const shown = window("logWindow");
+    ASSERT_NE(shown, nullptr);
+    EXPECT_TRUE(shown->isVisible());
+    EXPECT_TRUE(runUntil([shown] { return shown->isActiveWindow(); }));
+    EXPECT_EQ(shown->windowTitle(), QStringLiteral("Valdorn — Log"));
+}
+
+TEST_F(QtWindowHostTest, LaterShowRaisesTheWindowAgain) {
+    host.show(log);
+    host.show(status);
+    EXPECT_TRUE(runUntil([this] { return window("statusWindow")->isActiveWindow(); }));
+    host.show(log);
+    EXPECT_TRUE(runUntil([this] { return window("logWindow")->isActiveWindow(); }));
+}
+
+TEST_F(QtWindowHostTest, MinimisedWindowIsBroughtBack) {
+    host.show(log);
+    window("logWindow")->showMinimized();
+    host.show(log);
+    EXPECT_FALSE(window("logWindow")->isMinimized());
+    EXPECT_TRUE(window("logWindow")->isVisible());
+}
+
+TEST_F(QtWindowHostTest, MaximisedWindowStaysMaximised) {
+    host.show(log);
+    window("logWindow")->showMaximized();
+    host.close(WindowKind::log);
+    host.show(log);
+    EXPECT_TRUE(window("logWindow")->isMaximized());
+}
+
+TEST_F(QtWindowHostTest, ContentHasTheDescribedSizeAndStandsInTheMiddle) {
+    host.show(log);
+    EXPECT_EQ(view->size(), QSize(720, 460));
+    const QPoint middle = QGuiApplication::primaryScreen()->availableGeometry().center();
+    const QRect frame = window("logWindow")->frameGeometry();
+    EXPECT_TRUE(frame.contains(middle));
+    EXPECT_NEAR(frame.center().x(), middle.x(), 10);
+    EXPECT_NEAR(frame.center().y(), middle.y(), 40);  // a title bar is not known before the show
+}
+
+TEST_F(QtWindowHostTest, OnlyResizableWindowsCanBeResizedMinimisedAndMaximised) {
+    host.show(settings);
+    host.show(log);
+    EXPECT_EQ(window("settingsWindow")->minimumSize(), window("settingsWindow")->maximumSize());
+    EXPECT_FALSE(window("settingsWindow")->windowFlags() & Qt::WindowMinMaxButtonsHint);
+    EXPECT_TRUE(window("settingsWindow")->windowFlags() & Qt::WindowCloseButtonHint);
+    EXPECT_GT(window("logWindow")->maximumSize().width(), 5000);
+    EXPECT_TRUE(window("logWindow")->windowFlags() & Qt::WindowMinMaxButtonsHint);
+}
+
+TEST_F(QtWindowHostTest, WindowGrowsWithAViewThatNeedsMore) {
+    host.registerView(WindowKind::settings, [this] {
+        view = new View;
+        view->setMinimumSize(600, 500);
+        return view;
+    });
+    host.show(settings);
+    EXPECT_EQ(window("settingsWindow")->size(), QSize(600, 500));
+    view->setMinimumSize(700, 100);
+    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->size() == QSize(700, 340); }));
+    view->setMinimumSize(10, 10);
+    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->size() == QSize(480, 340); }));
+}
+
+TEST_F(QtWindowHostTest, UsersSizeOfAResizableWindowIsKept) {
+    host.show(log);
+    window("logWindow")->resize(900, 600);
+    host.close(WindowKind::log);
+    host.show(log);
+    EXPECT_EQ(window("logWindow")->size(), QSize(900, 600));
+}
+
+TEST_F(QtWindowHostTest, ClosingHidesAndControlWCloses) {
+    host.show(log);
+    window("logWindow")->close();
+    EXPECT_FALSE(window("logWindow")->isVisible());
+    host.show(log);
+    EXPECT_TRUE(runUntil([this] { return window("logWindow")->isActiveWindow(); }));
+    QTest::keyClick(window("logWindow"), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window("logWindow")->isVisible());
+}
+
+TEST_F(QtWindowHostTest, EscapeDoesNotClose) {
+    host.show(settings);
+    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->isActiveWindow(); }));
+    QTest::keyClick(window("settingsWindow"), Qt::Key_Escape);
+    EXPECT_TRUE(window("settingsWindow")->isVisible());
+}
+
+TEST_F(QtWindowHostTest, ClosingAKindThatWasNeverShownDoesNothing) {
+    host.close(WindowKind::onboarding);
+    EXPECT_EQ(viewsMade, 0);
+}
+
+TEST_F(QtWindowHostTest, OfferedMenuStandsInTheStatusWindowOnly) {
+    host.offerMenu(menu);
+    host.show(settings);
+    host.show(status);
+    EXPECT_EQ(menuBar("settingsWindow"), nullptr);
+    ASSERT_NE(menuBar("statusWindow"), nullptr);
+    ASSERT_EQ(menuBar("statusWindow")->actions().size(), 1);
+    const QAction* const entry = menuBar("statusWindow")->actions()[0];
+    EXPECT_EQ(entry->text(), QStringLiteral("Valdorn"));
+    EXPECT_EQ(entry->menu()->actions().size(), 2);
+    EXPECT_EQ(view->size(), QSize(480, 260));
+}
+
+TEST_F(QtWindowHostTest, MenuComesAndGoesWhileTheWindowIsShown) {
+    host.show(status);
+    host.offerMenu(menu);
+    host.offerMenu(menu);
+    ASSERT_NE(menuBar("statusWindow"), nullptr);
+    runReadyEvents();
+    EXPECT_EQ(view->size(), QSize(480, 260));
+    host.withdrawMenu();
+    host.withdrawMenu();
+    EXPECT_EQ(menuBar("statusWindow"), nullptr);
+    runReadyEvents();
+    EXPECT_EQ(view->size(), QSize(480, 260));
+}
+
+TEST_F(QtWindowHostTest, ShortcutsWorkOnlyWhileTheMenuIsOffered) {
+    host.show(status);
+    EXPECT_TRUE(runUntil([this] { return window("statusWindow")->isActiveWindow(); }));
+    QTest::keyClick(window("statusWindow"), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(activated, "");
+    host.offerMenu(menu);
+    QTest::keyClick(window("statusWindow"), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(activated, "quit ");
+    host.withdrawMenu();
+    QTest::keyClick(window("statusWindow"), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(activated, "quit ");
+}
+
+TEST_F(QtWindowHostTest, ActivationTokenIsGoodForOneWindow) {
+    host.useActivationToken("leave-to-raise");
+    host.show(log);
+    EXPECT_EQ(view->tokenWhenShown, "leave-to-raise");
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "");
+    host.show(status);
+    EXPECT_EQ(view->tokenWhenShown, "");
+}
+
+TEST_F(QtWindowHostTest, EmptyTokenTakesNothingAway) {
+    host.useActivationToken("leave-to-raise");
+    host.useActivationToken("");
+    host.show(log);
+    EXPECT_EQ(view->tokenWhenShown, "leave-to-raise");
+}
+
+TEST_F(QtWindowHostTest, LaunchersTokenIsLeftForTheFirstWindow) {
+    qputenv("XDG_ACTIVATION_TOKEN", "from-the-launcher");
+    host.show(log);
+    EXPECT_EQ(view->tokenWhenShown, "from-the-launcher");
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "");
+}
+
+}  // namespace
+}  // namespace valdorn
