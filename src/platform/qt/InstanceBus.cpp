@@ -1,0 +1,107 @@
+#include "platform/qt/InstanceBus.h"
+
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <thread>
+#include <utility>
+
+#include "platform/ApplicationId.h"
+
+namespace valdorn {
+
+namespace {
+
+// How often a second start looks for the first: soon enough to feel like at once.
+constexpr std::chrono::milliseconds retryPause{50};
+
+QString busName(const std::string& key) {
+    return QLatin1String(applicationId) + QStringLiteral(".i") + QString::fromStdString(key);
+}
+
+QString objectPath() {
+    return QLatin1Char('/') +
+           QString(QLatin1String(applicationId)).replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
+QDBusMessage callToBus(const QString& method) {
+    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                          QStringLiteral("/org/freedesktop/DBus"),
+                                          QStringLiteral("org.freedesktop.DBus"), method);
+}
+
+// What the launcher of the second start has handed over: under Wayland's name and under X11's.
+QVariantMap platformData(const std::string& activationToken) {
+    if (activationToken.empty())
+        return {};
+    const QString token = QString::fromStdString(activationToken);
+    return {{QStringLiteral("activation-token"), token},
+            {QStringLiteral("desktop-startup-id"), token}};
+}
+
+std::string activationToken(const QVariantMap& platformData) {
+    const QVariant startupId = platformData.value(QStringLiteral("desktop-startup-id"));
+    return platformData.value(QStringLiteral("activation-token"), startupId)
+        .toString()
+        .toStdString();
+}
+
+// The instance has not come up yet, or went away while it was asked.
+bool isWorthARetry(const QDBusMessage& answer) {
+    const QDBusError::ErrorType error = QDBusError(answer).type();
+    return error == QDBusError::ServiceUnknown || error == QDBusError::NoReply ||
+           answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
+
+}  // namespace
+
+InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, OnActivate onActivate)
+    : bus_(std::move(bus)), name_(busName(key)), onActivate_(std::move(onActivate)) {
+    if (!bus_.isConnected())
+        return;
+    bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
+    constexpr unsigned doNotQueue = 4;
+    bus_.send(callToBus(QStringLiteral("RequestName")) << name_ << doNotQueue);
+}
+
+InstanceBus::~InstanceBus() {
+    if (!bus_.isConnected())
+        return;
+    bus_.send(callToBus(QStringLiteral("ReleaseName")) << name_);
+    bus_.unregisterObject(objectPath());
+}
+
+bool InstanceBus::activateRunningInstance(QDBusConnection bus, const std::string& key,
+                                          const std::string& activationToken,
+                                          std::chrono::milliseconds patience) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        busName(key), objectPath(), QStringLiteral("org.freedesktop.Application"),
+        QStringLiteral("Activate"));
+    call << platformData(activationToken);
+    call.setAutoStartService(false);
+    const QDeadlineTimer end(patience);
+    while (bus.isConnected()) {
+        const int left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
+        const QDBusMessage answer = bus.call(call, QDBus::Block, left);
+        if (answer.type() == QDBusMessage::ReplyMessage)
+            return true;
+        if (!isWorthARetry(answer) || end.hasExpired())
+            return false;
+        std::this_thread::sleep_for(retryPause);
+    }
+    return false;
+}
+
+void InstanceBus::Activate(const QVariantMap& platformData) {
+    onActivate_(activationToken(platformData));
+}
+
+void InstanceBus::Open(const QStringList&, const QVariantMap& platformData) {
+    onActivate_(activationToken(platformData));
+}
+
+void InstanceBus::ActivateAction(const QString& name, const QVariantList&, const QVariantMap&) {
+    sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no action ") + name);
+}
+
+}  // namespace valdorn

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace valdorn {
+
+// The running instance's place on the session bus, where a second start asks it to show itself.
+// There is one name per home folder, so that instances for different homes do not meet.
+//
+// Everything but activateRunningInstance() is asynchronous and on the main thread. Without a bus
+// nothing happens: the second start then says that it could not reach the first.
+class InstanceBus : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+public:
+    // Called with the activation token that came along, or with an empty one.
+    using OnActivate = std::function<void(const std::string& activationToken)>;
+
+    // `key` stands for the home folder: 16 hexadecimal digits. The object is there before the name
+    // is, so that nobody finds the one without the other.
+    InstanceBus(QDBusConnection bus, const std::string& key, OnActivate onActivate);
+
+    // Gives the name back.
+    ~InstanceBus() override;
+
+    // For a second start, which needs no more than a QCoreApplication: blocks until the running
+    // instance has been told, and returns true; or until it is clear that the bus cannot reach
+    // it, at the latest after `patience`. The first instance may still be starting, so a name
+    // that nobody owns yet is worth waiting for.
+    static bool activateRunningInstance(QDBusConnection bus, const std::string& key,
+                                        const std::string& activationToken,
+                                        std::chrono::milliseconds patience);
+
+public Q_SLOTS:
+    // The interface org.freedesktop.Application.
+    void Activate(const QVariantMap& platformData);
+    // We have no documents: opening some shows the program.
+    void Open(const QStringList& uris, const QVariantMap& platformData);
+    // We have no actions: any name is refused.
+    void ActivateAction(const QString& name, const QVariantList& parameter,
+                        const QVariantMap& platformData);
+
+private:
+    QDBusConnection bus_;
+    const QString name_;
+    const OnActivate onActivate_;
+};
+
+}  // namespace valdorn
