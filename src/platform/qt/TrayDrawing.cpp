@@ -74,7 +74,7 @@ QImage outlined(const QImage& shape) {
     QPainter painter(&result);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setOpacity(outlineColor.alphaF());
-    painter.drawImage(0, 0, widened(shape, shape.width() / 26.0));
+    painter.drawImage(0, 0, widened(shape, shape.width() / 30.0));
     painter.setOpacity(1);
     painter.drawImage(0, 0, shape);
     return result;
