@@ -73,7 +73,12 @@ TEST(InstalledResourcesTest, AFolderOfThatNameIsNoResource) {
 }
 
 TEST(InstalledResourcesTest, AnUnknownExecutableHasNoResources) {
+    const TemporaryFolder folder;
+    putFile(folder / "resources/act_runner");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
     EXPECT_EQ(InstalledResources("").path("act_runner"), std::nullopt);
+    std::filesystem::current_path(before);
 }
 
 TEST(ExecutablePathTest, IsThisProgram) {

@@ -184,6 +184,11 @@ TEST_F(PosixFileSystemTest, MakingFoldersIgnoresExtraSlashes) {
     EXPECT_TRUE(files.exists(folder / "a/b/c"));
 }
 
+TEST_F(PosixFileSystemTest, MakingFoldersGivesUpOnARelativePath) {
+    EXPECT_EQ(number(files.makeFolders("valdorn-none/deeper")), ENOENT);
+    EXPECT_EQ(number(files.makeFolders("")), ENOENT);
+}
+
 TEST_F(PosixFileSystemTest, ReplacingAtomicallyLeavesOnlyTheFile) {
     EXPECT_FALSE(files.replaceAtomically(folder / "file", "one"));
     EXPECT_FALSE(files.replaceAtomically(folder / "file", "two"));

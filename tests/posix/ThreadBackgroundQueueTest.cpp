@@ -71,6 +71,14 @@ TEST(ThreadBackgroundQueueTest, ATaskIsDestroyedOnTheThreadThatRanIt) {
     EXPECT_NE(ranOn, std::this_thread::get_id());
 }
 
+TEST(ThreadBackgroundQueueTest, TheDestructionOfATaskMayAddTasks) {
+    std::promise<void> ran;
+    ThreadBackgroundQueue queue;
+    std::shared_ptr<void> held(nullptr, [&](void*) { queue.run([&ran] { ran.set_value(); }); });
+    queue.run([held = std::move(held)] {});
+    EXPECT_EQ(ran.get_future().wait_for(patience), std::future_status::ready);
+}
+
 TEST(ThreadBackgroundQueueTest, EndedThreadsDoNotPileUp) {
     std::promise<void>* ended = nullptr;
     ThreadBackgroundQueue queue([&ended](std::function<void()> body) {

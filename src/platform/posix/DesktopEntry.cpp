@@ -107,7 +107,7 @@ void DesktopEntry::dropMalformedLines() {
 bool DesktopEntry::holdsOnly(const std::vector<std::string_view>& keys) const {
     return std::all_of(lines_.begin(), lines_.end(), [&keys](const Line& line) {
         if (line.kind == Line::Kind::key)
-            return line.ours && std::find(keys.begin(), keys.end(), line.key) != keys.end();
+            return std::find(keys.begin(), keys.end(), line.key) != keys.end();
         return line.kind == Line::Kind::blank || (line.kind == Line::Kind::group && line.ours);
     });
 }

@@ -49,6 +49,11 @@ int errorOfKind(const struct stat& status) {
     return S_ISDIR(status.st_mode) ? EISDIR : ENXIO;
 }
 
+bool isFolder(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 Result<Descriptor, FileError> openRegular(const std::string& path, int flags) {
     Descriptor file(openRetrying(path, flags));
     struct stat status {};
@@ -170,17 +175,19 @@ FileOutcome PosixFileSystem::makeFolders(const std::string& path) {
     if (::mkdir(path.c_str(), folderMode) == 0)
         return std::nullopt;
     const int error = errno;
-    struct stat status {};
-    if (error == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+    if (isFolder(path))
         return std::nullopt;
-    if (error != ENOENT || path.empty())
+    // A relative path is an error of the caller; it has no folder to go on with.
+    if (error != ENOENT || !path.starts_with('/'))
         return FileError{error, path};
     if (const FileOutcome failed = makeFolders(folderOf(path)))
         return FileError{failed->errorNumber, path};
     // Somebody else may have made it meanwhile.
-    if (::mkdir(path.c_str(), folderMode) == 0 || errno == EEXIST)
+    const bool made = ::mkdir(path.c_str(), folderMode) == 0;
+    const int laterError = errno;
+    if (made || isFolder(path))
         return std::nullopt;
-    return FileError{errno, path};
+    return FileError{laterError, path};
 }
 
 FileOutcome PosixFileSystem::removeTree(const std::string& path) {
