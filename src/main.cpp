@@ -1,0 +1,217 @@
+// The composition root: answers the command line, or makes everything, wires it and runs the loop.
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QIcon>
+#include <QWidget>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+#include "fleet/RunnersStore.h"
+#include "platform/ApplicationId.h"
+#include "platform/Path.h"
+#include "platform/Services.h"
+#include "platform/XdgFolders.h"
+#include "platform/posix/AutostartRegistry.h"
+#include "platform/posix/DaemonLedger.h"
+#include "platform/posix/ExecutablePath.h"
+#include "platform/posix/InstalledResources.h"
+#include "platform/posix/InstanceLock.h"
+#include "platform/posix/InstancePlace.h"
+#include "platform/posix/PosixChildLauncher.h"
+#include "platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixHostInfo.h"
+#include "platform/posix/PosixSystemLog.h"
+#include "platform/posix/RecordingChildLauncher.h"
+#include "platform/posix/ThreadBackgroundQueue.h"
+#include "platform/qt/IniUserDefaults.h"
+#include "platform/qt/InstanceBus.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtWindowHost.h"
+#include "platform/qt/QuitSignals.h"
+#include "platform/qt/SystemTraySurface.h"
+#include "platform/qt/TrayHostSearch.h"
+#include "platform/qt/TrayHostWatcher.h"
+#include "platform/qt/TrayStatusItem.h"
+#include "platform/qt/XembedTrayWatcher.h"
+
+namespace valdorn {
+namespace {
+
+// How long a start waits for the daemons that a killed instance has left. An idle daemon ends at
+// once; one that finishes a job may go on.
+constexpr std::chrono::seconds leftoverPatience{3};
+
+// How long a second start waits for the first one to come onto the bus: it may have just begun.
+constexpr std::chrono::seconds activationPatience{5};
+
+// What the program needs before there is a display.
+struct Ground {
+    PosixFileSystem files;
+    PosixHostInfo host;
+    std::string executable = executablePath();
+};
+
+// Where the instance keeps its lock and ledger; on failure the reason is on standard error.
+std::optional<InstancePlace> findPlace(const HostInfo& host) {
+    auto place = InstancePlace::forHome(host.environment(), host.homeFolder());
+    if (place)
+        return std::move(place.value());
+    std::fprintf(stderr, "valdorn: %s\n", place.error().c_str());
+    return std::nullopt;
+}
+
+// The running program: all that lives as long as the event loop, in the order of its making.
+class Application {
+public:
+    // `key` names the instance on the bus; without a ledger path nothing is remembered of the
+    // daemons.
+    Application(Ground& ground, const std::string& key, const std::string& ledgerPath);
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+    ~Application() = default;
+
+    // Runs until the program is asked to quit; the exit status.
+    int run();
+
+private:
+    void terminate();
+    void onHostMissing();
+    void activate(const std::string& token);
+
+    Ground& ground_;
+    DaemonLedger ledger_;
+    QtMainQueue mainQueue_;
+    PosixChildLauncher children_;
+    RecordingChildLauncher launcher_{children_, ledger_};
+    ThreadBackgroundQueue backgroundQueue_;
+    IniUserDefaults defaults_{
+        appendPathComponent(XdgFolders::configuration(ground_.host), "valdorn/valdorn.ini")};
+    InstalledResources resources_{ground_.executable};
+    const Services services_{mainQueue_, backgroundQueue_, launcher_,   ground_.files,
+                             defaults_,  resources_,       ground_.host};
+
+    QtWindowHost windows_;
+    TrayStatusItem statusItem_;
+    std::shared_ptr<AppDelegate> delegate_;
+    TrayHostWatcher notifierHosts_;
+    XembedTrayWatcher xembedTrays_;
+    TrayHostSearch hostSearch_;
+    InstanceBus instanceBus_;
+    QuitSignals quitSignals_;
+};
+
+std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
+    return std::make_unique<SystemTraySurface>(host, std::move(content));
+}
+
+Application::Application(Ground& ground, const std::string& key, const std::string& ledgerPath)
+    : ground_(ground),
+      ledger_(ground.files, ledgerPath),
+      statusItem_(mainQueue_, makeSurface),
+      delegate_(AppDelegate::create(
+          {services_, statusItem_, windows_,
+           [this]() -> RunnersStore& { return RunnersStore::shared(services_); },
+           [this] { terminate(); }})),
+      notifierHosts_(QDBusConnection::sessionBus(), [this] { hostSearch_.hostsChanged(); }),
+      xembedTrays_([this] { hostSearch_.hostsChanged(); }),
+      hostSearch_(mainQueue_,
+                  {[this] { return notifierHosts_.isHostPresent(); },
+                   [this] { return xembedTrays_.isTrayPresent(); }},
+                  {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
+                   [this] { windows_.withdrawMenu(); }}),
+      instanceBus_(QDBusConnection::sessionBus(), key,
+                   [this](const std::string& token) { activate(token); }),
+      quitSignals_([this] { delegate_->quit(); }) {
+    // The views come with what they show; until then a window is an empty one.
+    for (const WindowKind kind :
+         {WindowKind::settings, WindowKind::log, WindowKind::status, WindowKind::onboarding})
+        windows_.registerView(kind, [] { return new QWidget; });
+}
+
+void Application::terminate() {
+    quitSignals_.disarm();
+    QCoreApplication::quit();
+}
+
+void Application::onHostMissing() {
+    windows_.offerMenu(*delegate_->menu());
+    delegate_->openStatus();
+}
+
+void Application::activate(const std::string& token) {
+    windows_.useActivationToken(token);
+    delegate_->openStatus();
+}
+
+int Application::run() {
+    ledger_.endLeftovers(leftoverPatience);
+    mainQueue_.post([this] {
+        delegate_->applicationDidFinishLaunching();
+        hostSearch_.start();
+    });
+    const int status = QApplication::exec();
+    // Whoever still waits for a registration tool lets go of it, so that the threads can be joined.
+    launcher_.interruptRuns();
+    ledger_.clear();
+    return status;
+}
+
+int runApplication(Ground& ground, const std::optional<InstancePlace>& place, int argc,
+                   char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Valdorn"));
+    QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
+    QApplication::setQuitOnLastWindowClosed(false);
+    return Application(ground, place ? place->key : instanceKeyOf(ground.host.homeFolder()),
+                       place ? place->ledgerPath() : std::string())
+        .run();
+}
+
+// A second start for the same home: brings up the first one's status window.
+int activateRunningInstance(const InstancePlace& place, int argc, char** argv) {
+    const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
+    const QCoreApplication application(argc, argv);
+    if (InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
+                                             token != nullptr ? token : "", activationPatience))
+        return EXIT_SUCCESS;
+    std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n", stderr);
+    return EXIT_FAILURE;
+}
+
+int run(int argc, char** argv) {
+    Ground ground;
+    AutostartRegistry loginItems(ground.files, ground.host, ground.executable);
+    PosixSystemLog log;
+    if (const auto word = CommandLine::answer({argv, argv + argc}, loginItems, log)) {
+        std::puts(word->c_str());
+        return EXIT_SUCCESS;
+    }
+    const auto place = findPlace(ground.host);
+    if (!place)
+        return runApplication(ground, place, argc, argv);
+    const auto lock = InstanceLock::acquire(place->lockPath());
+    if (!lock && lock.error().kind == LockRefusal::Kind::held)
+        return activateRunningInstance(*place, argc, argv);
+    if (!lock)
+        std::fprintf(stderr, "valdorn: %s\n", lock.error().description.c_str());
+    loginItems.refreshMovedExecutable();
+    return runApplication(ground, place, argc, argv);
+}
+
+}  // namespace
+}  // namespace valdorn
+
+int main(int argc, char** argv) {
+    return valdorn::run(argc, argv);
+}

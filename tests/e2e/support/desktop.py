@@ -1,0 +1,120 @@
+"""A desktop of one's own: virtual display, session bus, window manager. All started here, all
+ended here by their process ids."""
+
+import os
+import select
+import shutil
+import subprocess
+import tempfile
+
+import dbus
+import dbus.bus
+import dbus.mainloop.glib
+
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+
+
+def _first_line(stream, seconds=20):
+    ready, _, _ = select.select([stream], [], [], seconds)
+    if not ready:
+        raise RuntimeError("a helper of the desktop did not start")
+    return stream.readline().strip()
+
+
+def _end(process):
+    process.terminate()
+    try:
+        process.wait(10)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+    for stream in (process.stdin, process.stdout, process.stderr):
+        if stream:
+            stream.close()
+
+
+class SessionBus:
+    """A private session bus."""
+
+    def __init__(self):
+        self._daemon = subprocess.Popen(
+            ["dbus-daemon", "--session", "--nofork", "--print-address=1"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.address = _first_line(self._daemon.stdout)
+        self._connections = []
+
+    def connect(self):
+        """A new connection: whoever wants to leave the bus alone takes one of his own."""
+        connection = dbus.bus.BusConnection(self.address)
+        connection.set_exit_on_disconnect(False)
+        self._connections.append(connection)
+        return connection
+
+    def close(self):
+        for connection in self._connections:
+            connection.close()
+        _end(self._daemon)
+
+
+class Desktop:
+    """Display, bus and, if asked for, a window manager. `environment` is what programs get."""
+
+    def __init__(self, display=True, window_manager=False, size="1280x800x24"):
+        self._processes = []
+        self.bus = SessionBus()
+        self.runtime = tempfile.mkdtemp(prefix="valdorn-runtime.")
+        os.chmod(self.runtime, 0o700)
+        # Nothing of the desktop that the tests happen to run on.
+        self.environment = {
+            name: value for name, value in os.environ.items()
+            if not name.startswith(("XDG_", "QT_", "DBUS_", "WAYLAND_", "DESKTOP_", "GTK_"))
+            and name not in ("DISPLAY", "XAUTHORITY", "SESSION_MANAGER")}
+        self.environment.update(
+            LC_ALL="C.UTF-8", DBUS_SESSION_BUS_ADDRESS=self.bus.address,
+            XDG_RUNTIME_DIR=self.runtime, NO_AT_BRIDGE="1")
+        self.display = None
+        if display:
+            self._start_display(size)
+        if window_manager:
+            self.start("openbox")
+
+    def _start_display(self, size):
+        server = subprocess.Popen(
+            ["Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self._processes.append(server)
+        self.display = ":" + _first_line(server.stdout)
+        self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
+
+    def start(self, *command):
+        process = subprocess.Popen(command, env=self.environment, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        self._processes.append(process)
+        return process
+
+    def end(self, process):
+        self._processes.remove(process)
+        _end(process)
+
+    def xdotool(self, *arguments):
+        """What xdotool prints; raises when it fails."""
+        return subprocess.run(["xdotool", *arguments], env=self.environment, check=True,
+                              capture_output=True, text=True, timeout=30).stdout.strip()
+
+    def windows(self):
+        """The titles of the visible windows that have one, by id."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "."],
+                               env=self.environment, capture_output=True, text=True, timeout=30)
+        titles = {}
+        for window in found.stdout.split():
+            name = subprocess.run(["xdotool", "getwindowname", window], env=self.environment,
+                                  capture_output=True, text=True, timeout=30)
+            if name.returncode == 0 and name.stdout.strip():
+                titles[window] = name.stdout.strip()
+        return titles
+
+    def close(self):
+        for process in reversed(self._processes):
+            _end(process)
+        self.bus.close()
+        shutil.rmtree(self.runtime, ignore_errors=True)

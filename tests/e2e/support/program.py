@@ -1,0 +1,158 @@
+"""Valdorn itself, started in a home folder of its own."""
+
+import json
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+from .waiting import pump, wait_until
+
+VALDORN = os.environ["VALDORN_PROGRAM"]
+DEMO_RUNNER = os.environ["VALDORN_DEMO_RUNNER"]
+
+
+class Home:
+    """A home folder. Nothing in it but what a test puts there."""
+
+    def __init__(self):
+        self.path = tempfile.mkdtemp(prefix="valdorn-home.")
+        self.support = os.path.join(self.path, "Library/Application Support/Valdorn")
+
+    def install_runner(self, executable=DEMO_RUNNER):
+        folder = os.path.join(self.path, "actrunner")
+        os.makedirs(folder, exist_ok=True)
+        shutil.copy(executable, os.path.join(folder, "act_runner"))
+
+    def data_folder(self, record):
+        return self.support if record["legacy"] else os.path.join(
+            self.support, "runners", record["id"])
+
+    def add_runners(self, *records, script="declare\n"):
+        """Writes the runner list and registers each runner; the demo runner plays `script`."""
+        records = [{"id": f"r{index}", "name": f"runner {index}", "instanceURL": "http://x.invalid",
+                    "labels": "macos:host", "extraPath": "", "legacy": False, **record}
+                   for index, record in enumerate(records)]
+        for record in records:
+            folder = self.data_folder(record)
+            os.makedirs(folder, exist_ok=True)
+            self.register(folder)
+            if script is not None:
+                with open(os.path.join(folder, "demo_runner.script"), "w") as file:
+                    file.write(script)
+        self.write_list(json.dumps(records))
+        return records
+
+    @staticmethod
+    def register(folder):
+        subprocess.run(
+            [DEMO_RUNNER, "register", "--no-interactive", "--instance", "http://x.invalid",
+             "--token", "t", "--name", "n", "--labels", "macos:host"],
+            cwd=folder, check=True, capture_output=True, timeout=30)
+
+    def write_list(self, text):
+        os.makedirs(self.support, exist_ok=True)
+        with open(os.path.join(self.support, "runners.json"), "w") as file:
+            file.write(text)
+
+    def read(self, name):
+        with open(os.path.join(self.support, name), encoding="utf-8") as file:
+            return file.read()
+
+    def set_default(self, key, value):
+        folder = os.path.join(self.path, ".config/valdorn")
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, "valdorn.ini"), "w") as file:
+            file.write(f"[General]\n{key}={value}\n")
+
+    def close(self):
+        shutil.rmtree(self.path, ignore_errors=True)
+
+
+def environment(desktop, home, **more):
+    return {**desktop.environment, "HOME": home.path, **more}
+
+
+def run_once(desktop, home, *arguments, **more):
+    """Runs a program that ends by itself."""
+    return subprocess.run([VALDORN, *arguments], env=environment(desktop, home, **more),
+                          capture_output=True, text=True, timeout=60)
+
+
+class Program:
+    """A running Valdorn."""
+
+    def __init__(self, desktop, home, *arguments, **more):
+        self._stderr = tempfile.TemporaryFile("w+")
+        self.process = subprocess.Popen([VALDORN, *arguments],
+                                        env=environment(desktop, home, **more),
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                        stderr=self._stderr)
+
+    def stderr(self):
+        self._stderr.seek(0)
+        return self._stderr.read()
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def children(self):
+        """Process ids of the living children, in order."""
+        return sorted(pid for pid in _processes() if _parent(pid) == self.process.pid)
+
+    def wait_for_end(self, seconds=20.0):
+        wait_until(lambda: not self.is_running(), "the end of Valdorn", seconds)
+        return self.process.returncode
+
+    def quit(self):
+        """Ends it politely, if it runs."""
+        if self.is_running():
+            self.process.send_signal(signal.SIGTERM)
+            self.wait_for_end()
+
+    def close(self):
+        children = self.children()
+        try:
+            self.quit()
+        finally:
+            if self.is_running():
+                self.process.kill()
+                self.process.wait()
+            self._stderr.close()
+            _end_all(children)
+
+
+def _end_all(pids):
+    """Nothing that a test started outlives it."""
+    deadline = time.monotonic() + 5
+    while any(is_alive(pid) for pid in pids) and time.monotonic() < deadline:
+        pump()
+        time.sleep(0.02)
+    for pid in pids:
+        if is_alive(pid):
+            os.kill(pid, signal.SIGKILL)
+
+
+def _processes():
+    return [int(name) for name in os.listdir("/proc") if name.isdigit()]
+
+
+def _stat(pid):
+    """The fields of /proc/PID/stat from the state on, or nothing."""
+    try:
+        with open(f"/proc/{pid}/stat") as file:
+            return file.read().rpartition(")")[2].split()
+    except (FileNotFoundError, ProcessLookupError):
+        return None
+
+
+def _parent(pid):
+    fields = _stat(pid)
+    return int(fields[1]) if fields and fields[0] != "Z" else None
+
+
+def is_alive(pid):
+    fields = _stat(pid)
+    return bool(fields) and fields[0] != "Z"

@@ -1,0 +1,142 @@
+"""The other end of the status item: a status-notifier watcher with a host, and what it sees of an
+item and its menu."""
+
+import dbus
+import dbus.service
+
+from .waiting import wait_until
+
+WATCHER = "org.kde.StatusNotifierWatcher"
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+PROPERTIES = "org.freedesktop.DBus.Properties"
+
+
+class TrayHost(dbus.service.Object):
+    """A watcher that is its own host. Items that register are kept in order."""
+
+    def __init__(self, bus):
+        self._session = bus.connect()
+        self._watcher_name = dbus.service.BusName(WATCHER, self._session, do_not_queue=True)
+        super().__init__(self._session, "/StatusNotifierWatcher")
+        self.items = []
+
+    @dbus.service.method(WATCHER, in_signature="s", sender_keyword="sender")
+    def RegisterStatusNotifierItem(self, service, sender=None):
+        # Either a bus name, or an object path on the sender's connection.
+        if service.startswith("/"):
+            self.items.append(Item(self._session, sender, service))
+        else:
+            self.items.append(Item(self._session, service, "/StatusNotifierItem"))
+        self.StatusNotifierItemRegistered(service)
+
+    @dbus.service.method(WATCHER, in_signature="s")
+    def RegisterStatusNotifierHost(self, service):
+        self.StatusNotifierHostRegistered()
+
+    @dbus.service.signal(WATCHER, signature="s")
+    def StatusNotifierItemRegistered(self, service):
+        pass
+
+    @dbus.service.signal(WATCHER, signature="")
+    def StatusNotifierHostRegistered(self):
+        pass
+
+    @dbus.service.method(PROPERTIES, in_signature="ss", out_signature="v")
+    def Get(self, interface, name):
+        return self.GetAll(interface)[name]
+
+    @dbus.service.method(PROPERTIES, in_signature="s", out_signature="a{sv}")
+    def GetAll(self, interface):
+        return {
+            "IsStatusNotifierHostRegistered": dbus.Boolean(True),
+            "ProtocolVersion": dbus.Int32(0),
+            "RegisteredStatusNotifierItems":
+                dbus.Array([item.service for item in self.items], signature="s"),
+        }
+
+    # Qt believes only in properties that the introspection names.
+    @dbus.service.method("org.freedesktop.DBus.Introspectable", out_signature="s",
+                         path_keyword="path", connection_keyword="connection")
+    def Introspect(self, path, connection):
+        xml = dbus.service.Object.Introspect(self, path, connection)
+        head = f'<interface name="{WATCHER}">'
+        return xml.replace(head, head + '''
+    <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
+    <property name="ProtocolVersion" type="i" access="read"/>
+    <property name="RegisteredStatusNotifierItems" type="as" access="read"/>''')
+
+    def wait_for_item(self, seconds=20.0):
+        """The item that registered last, once there is one."""
+        return wait_until(lambda: self.items and self.items[-1], "a status item", seconds)
+
+    def close(self):
+        """Leaves the bus, as a panel does that crashes."""
+        self.remove_from_connection()
+        del self._watcher_name  # gives the name back while the connection is open
+        self._session.close()
+
+
+class Item:
+    """A status item as a bar sees it."""
+
+    def __init__(self, connection, service, path):
+        self.service = service
+        self.connection = connection
+        self._object = connection.get_object(service, path, introspect=False)
+
+    def property(self, name):
+        return self._object.Get(ITEM, name, dbus_interface=PROPERTIES, timeout=10)
+
+    def pixmaps(self):
+        """Width, height and ARGB bytes of each size of the icon."""
+        return [(int(width), int(height), bytes(data))
+                for width, height, data in self.property("IconPixmap")]
+
+    def activate(self):
+        """A primary click."""
+        self._object.Activate(10, 10, dbus_interface=ITEM, timeout=10)
+
+    def menu(self):
+        return Menu(self.connection, self.service, self.property("Menu"))
+
+
+class Menu:
+    """The item's menu, read afresh by each call."""
+
+    def __init__(self, connection, service, path):
+        self._object = connection.get_object(service, path, introspect=False)
+
+    def entries(self):
+        """The entries as dictionaries with id, label, enabled, visible, type and shortcut."""
+        _, layout = self._object.GetLayout(0, -1, dbus.Array([], signature="s"),
+                                           dbus_interface=MENU, timeout=10)
+        return [self._entry(child) for child in layout[2]]
+
+    @staticmethod
+    def _entry(child):
+        number, properties, _ = child
+        shortcut = properties.get("shortcut")
+        return {
+            "id": int(number),
+            # A mnemonic's underscore is doubled when it is meant.
+            "label": str(properties.get("label", "")).replace("__", "_"),
+            "enabled": bool(properties.get("enabled", True)),
+            "visible": bool(properties.get("visible", True)),
+            "type": str(properties.get("type", "standard")),
+            "shortcut": [str(key) for key in shortcut[0]] if shortcut else None,
+        }
+
+    def labels(self):
+        """The visible labels, "---" for a separator."""
+        return ["---" if entry["type"] == "separator" else entry["label"]
+                for entry in self.entries() if entry["visible"]]
+
+    def choose(self, label):
+        """Clicks the entry of that label."""
+        for entry in self.entries():
+            if entry["label"] == label:
+                self._object.Event(entry["id"], "clicked", dbus.String("", variant_level=1),
+                                   dbus.UInt32(0), dbus_interface=MENU, timeout=10)
+                return
+        raise AssertionError(f"no menu entry {label!r} in {self.labels()}")

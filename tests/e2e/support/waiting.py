@@ -1,0 +1,39 @@
+"""Waiting for something to become true, while the tray host of this process goes on answering."""
+
+import time
+
+from gi.repository import GLib
+
+
+class TimedOut(AssertionError):
+    pass
+
+
+def pump():
+    """Answers what has come over the bus meanwhile."""
+    context = GLib.MainContext.default()
+    while context.iteration(False):
+        pass
+
+
+def wait_until(condition, what, seconds=20.0):
+    """Returns the first truthy answer of `condition`, looked at every 20 ms."""
+    deadline = time.monotonic() + seconds
+    while True:
+        pump()
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > deadline:
+            raise TimedOut(f"{what}: not within {seconds} s")
+        time.sleep(0.02)
+
+
+def stays_true(condition, what, seconds):
+    """Fails as soon as `condition` is not true during the time."""
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        pump()
+        if not condition():
+            raise AssertionError(f"{what}: did not stay so for {seconds} s")
+        time.sleep(0.02)
