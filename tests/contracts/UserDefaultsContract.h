@@ -72,6 +72,18 @@ TYPED_TEST_P(UserDefaultsContract, ATruthValueCanBeReadAsText) {
     EXPECT_EQ(this->defaults().string("no"), "false");
 }
 
+TYPED_TEST_P(UserDefaultsContract, TheValueStoredLastCountsWhateverItsType) {
+    this->defaults().setBoolean("key", true);
+    this->defaults().setString("key", "no");
+    EXPECT_FALSE(this->defaults().boolean("key"));
+    EXPECT_EQ(this->defaults().string("key"), "no");
+    this->defaults().setBoolean("key", true);
+    EXPECT_TRUE(this->defaults().boolean("key"));
+    EXPECT_EQ(this->defaults().string("key"), "true");
+    this->reopen();
+    EXPECT_EQ(this->defaults().string("key"), "true");
+}
+
 TYPED_TEST_P(UserDefaultsContract, KeysDoNotMix) {
     this->defaults().setString("one", "1st");
     this->defaults().setString("two", "2nd");
@@ -125,9 +137,9 @@ TYPED_TEST_P(UserDefaultsContract, FallbacksAreTextsOnly) {
 
 REGISTER_TYPED_TEST_SUITE_P(UserDefaultsContract, AKeyThatWasNeverSetHasNoText, KeepsText,
                             KeepsTruthValues, TextThatMeansYesIsTrue, ATruthValueCanBeReadAsText,
-                            KeysDoNotMix, AFallbackAnswersForAKeyThatWasNeverSet,
-                            AStoredValueGoesBeforeAFallback, FallbacksAreNeverWritten,
-                            AValueEqualToItsFallbackIsStoredAllTheSame, LaterFallbacksReplaceAndAdd,
-                            FallbacksAreTextsOnly);
+                            TheValueStoredLastCountsWhateverItsType, KeysDoNotMix,
+                            AFallbackAnswersForAKeyThatWasNeverSet, AStoredValueGoesBeforeAFallback,
+                            FallbacksAreNeverWritten, AValueEqualToItsFallbackIsStoredAllTheSame,
+                            LaterFallbacksReplaceAndAdd, FallbacksAreTextsOnly);
 
 }  // namespace valdorn

@@ -28,6 +28,9 @@ TEST(MemoryFileSystemTest, TheFoldersAboveAnEntryAreThere) {
     EXPECT_TRUE(files.exists("/a/b"));
     EXPECT_FALSE(files.replaceContent("/a/b/other", "y"));
     EXPECT_EQ(files.files["/a/b/other"], "y");
+    EXPECT_FALSE(files.removeTree("/a/b/other"));
+    EXPECT_FALSE(files.removeTree("/a/b/file"));
+    EXPECT_TRUE(files.exists("/a/b"));
 }
 
 TEST(MemoryFileSystemTest, RecordsWhatIsAskedForInOrder) {
