@@ -71,7 +71,7 @@ InstanceBus::~InstanceBus() {
     bus_.unregisterObject(objectPath());
 }
 
-bool InstanceBus::activateRunningInstance(QDBusConnection bus, const std::string& key,
+bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std::string& key,
                                           const std::string& activationToken,
                                           std::chrono::milliseconds patience) {
     QDBusMessage call = QDBusMessage::createMethodCall(

@@ -35,7 +35,7 @@ public:
     // instance has been told, and returns true; or until it is clear that the bus cannot reach
     // it, at the latest after `patience`. The first instance may still be starting, so a name
     // that nobody owns yet is worth waiting for.
-    static bool activateRunningInstance(QDBusConnection bus, const std::string& key,
+    static bool activateRunningInstance(const QDBusConnection& bus, const std::string& key,
                                         const std::string& activationToken,
                                         std::chrono::milliseconds patience);
 

@@ -13,7 +13,7 @@ namespace valdorn {
 namespace {
 
 // Only so much waits inside Qt to be read, so that the limit on the body holds for memory as well.
-constexpr qint64 readBufferBytes = 64 * 1024;
+constexpr qint64 readBufferBytes = qint64{64} * 1024;
 
 QUrl parse(const std::string& url) {
     const QUrl parsed(QString::fromStdString(url), QUrl::StrictMode);
