@@ -11,6 +11,8 @@ import dbus
 import dbus.bus
 import dbus.mainloop.glib
 
+from .waiting import wait_until
+
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 
 
@@ -73,10 +75,14 @@ class Desktop:
             LC_ALL="C.UTF-8", DBUS_SESSION_BUS_ADDRESS=self.bus.address,
             XDG_RUNTIME_DIR=self.runtime, NO_AT_BRIDGE="1")
         self.display = None
-        if display:
-            self._start_display(size)
-        if window_manager:
-            self.start("openbox")
+        try:
+            if display:
+                self._start_display(size)
+            if window_manager:
+                self._start_window_manager()
+        except BaseException:
+            self.close()
+            raise
 
     def _start_display(self, size):
         server = subprocess.Popen(
@@ -85,6 +91,12 @@ class Desktop:
         self._processes.append(server)
         self.display = ":" + _first_line(server.stdout)
         self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
+
+    def _start_window_manager(self):
+        self.start("openbox")
+        # A window that is mapped while the manager takes over may miss its frame.
+        wait_until(lambda: "window id" in self.property("-root", "_NET_SUPPORTING_WM_CHECK"),
+                   "the window manager")
 
     def start(self, *command):
         process = subprocess.Popen(command, env=self.environment, stdout=subprocess.DEVNULL,
@@ -100,6 +112,18 @@ class Desktop:
         """What xdotool prints; raises when it fails."""
         return subprocess.run(["xdotool", *arguments], env=self.environment, check=True,
                               capture_output=True, text=True, timeout=30).stdout.strip()
+
+    def property(self, *arguments):
+        """What xprop prints, empty when it fails. A window is named by "-id" and its number."""
+        return subprocess.run(["xprop", *arguments], env=self.environment, capture_output=True,
+                              text=True, timeout=30).stdout.strip()
+
+    def windows_of(self, program):
+        """The numbers of the program's visible windows, popups among them."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
+                                str(program.process.pid)], env=self.environment,
+                               capture_output=True, text=True, timeout=30)
+        return found.stdout.split()
 
     def windows(self):
         """The titles of the visible windows that have one, by id."""

@@ -52,6 +52,10 @@ class Home:
              "--token", "t", "--name", "n", "--labels", "macos:host"],
             cwd=folder, check=True, capture_output=True, timeout=30)
 
+    @staticmethod
+    def unregister(folder):
+        os.remove(os.path.join(folder, ".runner"))
+
     def write_list(self, text):
         os.makedirs(self.support, exist_ok=True)
         with open(os.path.join(self.support, "runners.json"), "w") as file:
@@ -67,7 +71,13 @@ class Home:
         with open(os.path.join(folder, "valdorn.ini"), "w") as file:
             file.write(f"[General]\n{key}={value}\n")
 
+    def processes(self):
+        """Process ids of all that work in this home."""
+        return [pid for pid in _processes() if _is_below(_working_folder(pid), self.path)]
+
     def close(self):
+        """Nothing that a test started outlives it."""
+        _end_all(self.processes(), patience=0)
         shutil.rmtree(self.path, ignore_errors=True)
 
 
@@ -124,15 +134,34 @@ class Program:
             _end_all(children)
 
 
-def _end_all(pids):
+def _end_all(pids, patience=5.0):
     """Nothing that a test started outlives it."""
-    deadline = time.monotonic() + 5
+    deadline = time.monotonic() + patience
     while any(is_alive(pid) for pid in pids) and time.monotonic() < deadline:
         pump()
         time.sleep(0.02)
     for pid in pids:
         if is_alive(pid):
-            os.kill(pid, signal.SIGKILL)
+            kill(pid, signal.SIGKILL)
+
+
+def kill(pid, number):
+    """Sends a signal; a process that has just ended is no error."""
+    try:
+        os.kill(pid, number)
+    except ProcessLookupError:
+        pass
+
+
+def _working_folder(pid):
+    try:
+        return os.readlink(f"/proc/{pid}/cwd")
+    except OSError:
+        return ""
+
+
+def _is_below(path, folder):
+    return path == folder or path.startswith(folder + "/")
 
 
 def _processes():

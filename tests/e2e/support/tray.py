@@ -1,6 +1,8 @@
 """The other end of the status item: a status-notifier watcher with a host, and what it sees of an
 item and its menu."""
 
+import re
+
 import dbus
 import dbus.service
 
@@ -100,6 +102,39 @@ class Item:
     def menu(self):
         return Menu(self.connection, self.service, self.property("Menu"))
 
+    def signals(self):
+        """The signals of the item and its menu from now on."""
+        return SignalRecorder(self.connection, self.service, (ITEM, MENU))
+
+
+class SignalRecorder:
+    """Signals of a service in the order of their coming, as pairs of a name and its arguments."""
+
+    def __init__(self, connection, service, interfaces):
+        self.seen = []
+        self._matches = [
+            connection.add_signal_receiver(self._on_signal, dbus_interface=interface,
+                                           bus_name=service, member_keyword="member")
+            for interface in interfaces]
+
+    def _on_signal(self, *arguments, member=None):
+        self.seen.append((member, arguments))
+
+    def count(self, name):
+        return sum(member == name for member, _ in self.seen)
+
+    def clear(self):
+        self.seen.clear()
+
+    def close(self):
+        for match in self._matches:
+            match.remove()
+
+
+def shown_label(label):
+    """What a bar shows: two underscores stand for one, a single one marks the next letter."""
+    return re.sub("_(_?)", r"\1", label)
+
 
 class Menu:
     """The item's menu, read afresh by each call."""
@@ -119,8 +154,7 @@ class Menu:
         shortcut = properties.get("shortcut")
         return {
             "id": int(number),
-            # A mnemonic's underscore is doubled when it is meant.
-            "label": str(properties.get("label", "")).replace("__", "_"),
+            "label": shown_label(str(properties.get("label", ""))),
             "enabled": bool(properties.get("enabled", True)),
             "visible": bool(properties.get("visible", True)),
             "type": str(properties.get("type", "standard")),

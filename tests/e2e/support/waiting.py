@@ -37,3 +37,8 @@ def stays_true(condition, what, seconds):
         if not condition():
             raise AssertionError(f"{what}: did not stay so for {seconds} s")
         time.sleep(0.02)
+
+
+def spend(seconds):
+    """Lets time pass, for what must not happen meanwhile."""
+    stays_true(lambda: True, "time", seconds)

@@ -1,0 +1,66 @@
+"""What the tests of the whole program have in common."""
+
+import unittest
+
+from .desktop import Desktop
+from .program import Home, Program
+from .puppet import DECLARED, PUPPET, Puppets
+from .tray import TrayHost
+
+
+class ProgramCase(unittest.TestCase):
+    """One desktop for the class, one home for each test. Valdorn is to keep its standard error
+    empty: whoever expects it to speak takes the text with `expect_stderr`."""
+
+    window_manager = False
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop(window_manager=cls.window_manager)
+        cls.addClassCleanup(cls.desktop.close)
+
+    def setUp(self):
+        self.home = self.new_home()
+        self._outspoken = set()
+
+    def new_home(self):
+        home = Home()
+        self.addCleanup(home.close)
+        return home
+
+    def host(self):
+        """A status bar."""
+        host = TrayHost(self.desktop.bus)
+        self.addCleanup(host.close)
+        return host
+
+    def start(self, *arguments, home=None, desktop=None, **environment):
+        program = Program(desktop or self.desktop, home or self.home, *arguments, **environment)
+        self.addCleanup(self._close, program)
+        return program
+
+    def _close(self, program):
+        try:
+            program.quit()
+            if program not in self._outspoken:
+                self.assertEqual(program.stderr(), "")
+        finally:
+            program.close()
+
+    def expect_stderr(self, program):
+        self._outspoken.add(program)
+
+    def start_with_item(self, **environment):
+        """The program, and its item in a status bar."""
+        host = self.host()
+        program = self.start(**environment)
+        return program, host.wait_for_item()
+
+    def puppet_runners(self, *records, home=None, first=DECLARED, stubborn=False, connected=True):
+        """Registered runners that are puppets; `connected` spares the introduction."""
+        home = home or self.home
+        home.install_runner(PUPPET)
+        records = home.add_runners(*records, script=None)
+        if connected:
+            home.set_default("hasConnected", "true")
+        return [Puppets(home.data_folder(record), first, stubborn) for record in records]

@@ -1,0 +1,71 @@
+"""The strings of puppet_runner.py, and the lines that a daemon prints."""
+
+import json
+import os
+
+from .program import is_alive
+from .waiting import wait_until
+
+PUPPET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "puppet_runner.py")
+
+
+def entry(message, level="info"):
+    return f'time="2026-11-21T08:00:00Z" level={level} msg="{message}"\n'
+
+
+DECLARED = entry("runner: n, with version: v1.0.8, with labels: [macos], declare successfully")
+JOB_STARTED = entry("Running job with maxParallel=1 for 1 matrix combinations")
+JOB_FINISHED = entry("Worker 0 finished (1 tasks executed)", "debug")
+BLOCKED = entry("failed to fetch task: dial tcp 10.0.0.5:443: connect: no route to host", "error")
+
+
+def task(repository):
+    return entry(f"task 7 repo is {repository} http://x.invalid http://x.invalid")
+
+
+class Puppets:
+    """The puppets of one runner, in the order of their launch."""
+
+    def __init__(self, data_folder, first=DECLARED, stubborn=False):
+        self.data_folder = data_folder
+        self._folder = os.path.join(data_folder, "puppet")
+        os.makedirs(self._folder, exist_ok=True)
+        with open(os.path.join(self._folder, "first"), "w") as file:
+            file.write(first)
+        if stubborn:
+            open(os.path.join(self._folder, "stubborn"), "w").close()
+
+    def pids(self):
+        """All that have ever lived."""
+        started = [name for name in os.listdir(self._folder) if name.endswith(".json")]
+        started.sort(key=lambda name: os.stat(os.path.join(self._folder, name)).st_mtime_ns)
+        return [int(name.partition(".")[0]) for name in started]
+
+    def living(self):
+        return [pid for pid in self.pids() if is_alive(pid)]
+
+    def wait_for_one(self, seconds=20.0):
+        """The process id of the only one that lives."""
+        wait_until(lambda: len(self.living()) == 1, "a living daemon", seconds)
+        return self.living()[0]
+
+    def wait_for_none(self, seconds=20.0):
+        wait_until(lambda: not self.living(), "the end of the daemon", seconds)
+
+    def facts(self, pid):
+        with open(os.path.join(self._folder, f"{pid}.json")) as file:
+            return json.load(file)
+
+    def signals(self, pid):
+        """The names of the signals it has got, in order."""
+        try:
+            with open(os.path.join(self._folder, f"{pid}.signals")) as file:
+                return file.read().split()
+        except FileNotFoundError:
+            return []
+
+    def say(self, *lines):
+        """Lets the living one print."""
+        pid = self.wait_for_one()
+        with open(os.path.join(self._folder, f"{pid}.says"), "a") as file:
+            file.write("".join(lines))
