@@ -2,6 +2,8 @@
 //   print:TEXT  writes the text          fill:COUNT  writes that many bytes of the pattern
 //   slow:TEXT   writes byte by byte      await       waits for SIGUSR1
 //   exit:CODE   exits                    raise:SIGNAL  ends by that signal
+//   leave:TEXT  leaves a process behind that keeps the output open, waits for SIGUSR1, writes the
+//               text and ends; says "grandchild PID"
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -19,6 +21,17 @@ void await() {
     sigwait(&nudge, &signal);
 }
 
+void leave(const std::string& text) {
+    const pid_t grandchild = fork();
+    if (grandchild == 0) {
+        alarm(children::lifetimeSeconds);
+        await();
+        children::print(text);
+        std::_Exit(0);
+    }
+    children::print("grandchild " + std::to_string(grandchild) + "\n");
+}
+
 void play(const std::string& step) {
     const auto colon = step.find(':');
     const std::string verb = step.substr(0, colon);
@@ -30,6 +43,8 @@ void play(const std::string& step) {
     else if (verb == "slow")
         for (const char byte : object)
             children::print({&byte, 1});
+    else if (verb == "leave")
+        leave(object);
     else if (verb == "await")
         await();
     else if (verb == "exit")

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/posix/DaemonLedger.h"
 #include "platform/posix/DaemonRecords.h"
@@ -272,6 +273,39 @@ TEST_F(DaemonLedgerTest, RecordingLauncherForgetsChildrenThatEndAtOnce) {
         ASSERT_TRUE(recorder.waitForRelease());
         ASSERT_TRUE(written().daemons.empty());
     }
+}
+
+// A launcher whose children end before launch() has returned, as this process.
+class HastyLauncher : public ChildLauncher {
+public:
+    Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand&,
+                                                              ChildHandlers handlers) override {
+        handlers.onExit({});
+        return std::unique_ptr<ChildProcess>(std::make_unique<Ended>());
+    }
+    Result<ChildExit, LaunchError> run(
+        const ChildCommand&, const std::function<void(std::string_view chunk)>&) override {
+        return ChildExit{};
+    }
+    void interruptRuns() override {}
+
+private:
+    class Ended : public ChildProcess {
+    public:
+        std::int64_t id() const override { return getpid(); }
+        bool isRunning() const override { return false; }
+        void terminate() override {}
+    };
+};
+
+TEST_F(DaemonLedgerTest, RecordingLauncherNotesNobodyElseUnderTheIdOfAnEndedChild) {
+    HastyLauncher hasty;
+    const auto ledger = newLedger();
+    RecordingChildLauncher recording(hasty, *ledger);
+    ChildRecorder recorder;
+    ASSERT_TRUE(recording.launch({}, recorder.handlers()).ok());
+    EXPECT_TRUE(recorder.waitForExit());
+    EXPECT_FALSE(files.exists(path()));
 }
 
 TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {

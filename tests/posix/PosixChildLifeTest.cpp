@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
@@ -137,6 +138,22 @@ TEST_F(PosixChildLifeTest, WhatWasReadableAtTheExitIsHeldBackAndThenHandedOver) 
     recorder.dropCredits();
     ASSERT_TRUE(recorder.waitForExit());
     EXPECT_EQ(recorder.output(), children::pattern(262145) + children::pattern(60000));
+}
+
+TEST_F(PosixChildLifeTest, WhatAGrandchildWritesAfterTheExitIsDiscarded) {
+    ChildRecorder& recorder = newRecorder(Credits::keep);
+    const auto child = launch(
+        childCommand("play", {"leave:too late", "fill:262145", "await", "print:end"}), recorder);
+    ASSERT_TRUE(recorder.waitForBytes(262145));
+    const std::int64_t grandchild = grandchildIn(recorder.output());
+    kill(static_cast<pid_t>(child->id()), SIGUSR1);
+    ASSERT_TRUE(waitForEndOf(child->id()));
+    letTheReaderGoRound();
+    kill(static_cast<pid_t>(grandchild), SIGUSR1);
+    ASSERT_TRUE(waitForEndOf(grandchild));
+    recorder.dropCredits();
+    ASSERT_TRUE(recorder.waitForExit());
+    EXPECT_TRUE(recorder.output().ends_with("end"));
 }
 
 TEST_F(PosixChildLifeTest, AFloodIsHeldBackAndNothingIsLost) {
@@ -313,6 +330,31 @@ TEST_F(PosixChildLifeTest, SleepsWhileAHeldBackPipeHasNoWriterLeft) {
     letTheReaderGoRound();
     EXPECT_LT(idleCost(), allowedIdleCost);
     child->terminate();
+}
+
+int countOpenDescriptors() {
+    int count = 0;
+    for (int number = 0; number < 1024; ++number)
+        count += fcntl(number, F_GETFD) != -1 ? 1 : 0;
+    return count;
+}
+
+TEST_F(PosixChildLifeTest, GivesThePipeBackAtTheEndOfTheOutput) {
+    ChildRecorder& recorder = newRecorder();
+    const int before = countOpenDescriptors();
+    const ChildCommand command{
+        "/bin/sh",
+        {"-c", "echo bye; exec >&- 2>&-; exec " + childPath("play") + " await"},
+        "/",
+        {}};
+    const auto child = launch(command, recorder);
+    ASSERT_TRUE(recorder.waitForText("bye"));
+    // The shell takes a moment to close it; each round takes longer than that.
+    for (int round = 0; round < 1000 && countOpenDescriptors() > before + 1; ++round)
+        letTheReaderGoRound();
+    EXPECT_EQ(countOpenDescriptors(), before + 1) << "the pidfd is left";
+    child->terminate();
+    EXPECT_TRUE(recorder.waitForExit());
 }
 
 TEST_F(PosixChildLifeTest, SleepsAfterTheEndOfTheOutput) {

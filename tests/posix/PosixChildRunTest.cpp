@@ -97,6 +97,14 @@ TEST_F(PosixChildRunTest, InterruptionFromAnotherThreadLeavesTheChildAliveAndRea
     EXPECT_TRUE(isGone(id));
 }
 
+TEST_F(PosixChildRunTest, NothingIsStartedAfterAnInterruption) {
+    launcher.interruptRuns();
+    // A launch would fail otherwise.
+    const auto outcome = launcher.run(childCommand("no_such_child"), collect);
+    ASSERT_FALSE(outcome.ok());
+    EXPECT_EQ(outcome.error(), (LaunchError{LaunchError::Step::interrupted, 0, {}}));
+}
+
 TEST_F(PosixChildRunTest, InterruptionReachesTheWaitForTheExitToo) {
     std::promise<std::int64_t> started;
     std::thread waiter([&] {

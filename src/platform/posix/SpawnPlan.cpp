@@ -28,8 +28,8 @@ void SpawnPlan::placeDescriptors(int input, int output, int folder) {
 }
 
 // Blocked and ignored signals outlive exec. Ours are our own business: a child that ignores
-// SIGPIPE or has SIGTERM blocked because we do would not behave as in a terminal. The group of its
-// own keeps a Ctrl-C in our terminal from it.
+// SIGPIPE or has SIGTERM blocked because we do would not behave as in a terminal. The group, which
+// is its own unless another is named, keeps a Ctrl-C in our terminal from it.
 void SpawnPlan::resetSignals() {
     sigset_t none;
     sigset_t all;
@@ -37,7 +37,6 @@ void SpawnPlan::resetSignals() {
     sigfillset(&all);
     check(posix_spawnattr_setsigmask(&attributes_, &none));
     check(posix_spawnattr_setsigdefault(&attributes_, &all));
-    check(posix_spawnattr_setpgroup(&attributes_, 0));
     check(posix_spawnattr_setflags(
         &attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP));
 }

@@ -33,12 +33,14 @@ void WatchedChild::noteEnd() {
         leftAtExitBytes_ = static_cast<std::size_t>(readable);
 }
 
+// A read that falls short is not the last one: if the writers were gone already by then, the kernel
+// has told so together with the bytes and does not tell again.
 WatchedChild::Turn WatchedChild::readOnce(std::span<char> buffer) {
     const auto wanted = exit_ ? buffer.first(std::min(buffer.size(), leftAtExitBytes_)) : buffer;
     const ssize_t got = read(child_.output.number(), wanted.data(), wanted.size());
     if (got > 0) {
-        const auto chunk = wanted.first(static_cast<std::size_t>(got));
-        return handOver(chunk, chunk.size() < wanted.size());
+        handOver(wanted.first(static_cast<std::size_t>(got)));
+        return Turn::again;
     }
     if (got < 0 && errno == EINTR)
         return Turn::again;
@@ -48,12 +50,10 @@ WatchedChild::Turn WatchedChild::readOnce(std::span<char> buffer) {
     return exit_ ? Turn::again : Turn::wait;
 }
 
-// A read that falls short has emptied the pipe, and the kernel tells of the next byte by itself.
-WatchedChild::Turn WatchedChild::handOver(std::span<const char> chunk, bool isPipeEmpty) {
+void WatchedChild::handOver(std::span<const char> chunk) {
     if (exit_)
         leftAtExitBytes_ -= chunk.size();
     handlers_->onOutput({chunk.data(), chunk.size()}, budget_->take(chunk.size()));
-    return isPipeEmpty && !exit_ ? Turn::wait : Turn::again;
 }
 
 WatchedChild::Turn WatchedChild::reportExit() {
@@ -63,7 +63,7 @@ WatchedChild::Turn WatchedChild::reportExit() {
     return Turn::finished;
 }
 
-// Closed at once: the end of a pipe stays readable for ever.
+// Nothing more can come, or is to: gives the descriptor back.
 void WatchedChild::endOutput() {
     leftAtExitBytes_ = 0;
     child_.output.reset();

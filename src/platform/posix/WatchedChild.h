@@ -41,7 +41,7 @@ public:
 
 private:
     Turn readOnce(std::span<char> buffer);
-    Turn handOver(std::span<const char> chunk, bool isPipeEmpty);
+    void handOver(std::span<const char> chunk);
     Turn reportExit();
     void endOutput();
 
