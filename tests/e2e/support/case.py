@@ -6,6 +6,7 @@ from .desktop import Desktop
 from .program import Home, Program
 from .puppet import DECLARED, PUPPET, Puppets
 from .tray import TrayHost
+from .waiting import wait_until
 
 
 class ProgramCase(unittest.TestCase):
@@ -22,6 +23,7 @@ class ProgramCase(unittest.TestCase):
     def setUp(self):
         self.home = self.new_home()
         self._outspoken = set()
+        self._host = None
 
     def new_home(self):
         home = Home()
@@ -29,10 +31,11 @@ class ProgramCase(unittest.TestCase):
         return home
 
     def host(self):
-        """A status bar."""
-        host = TrayHost(self.desktop.bus)
-        self.addCleanup(host.close)
-        return host
+        """The test's status bar."""
+        if not self._host:
+            self._host = TrayHost(self.desktop.bus)
+            self.addCleanup(self._host.close)
+        return self._host
 
     def start(self, *arguments, home=None, desktop=None, **environment):
         program = Program(desktop or self.desktop, home or self.home, *arguments, **environment)
@@ -53,8 +56,10 @@ class ProgramCase(unittest.TestCase):
     def start_with_item(self, **environment):
         """The program, and its item in a status bar."""
         host = self.host()
+        before = len(host.items)
         program = self.start(**environment)
-        return program, host.wait_for_item()
+        wait_until(lambda: len(host.items) > before, "a status item")
+        return program, host.items[-1]
 
     def puppet_runners(self, *records, home=None, first=DECLARED, stubborn=False, connected=True):
         """Registered runners that are puppets; `connected` spares the introduction."""

@@ -20,11 +20,24 @@ class Home:
     def __init__(self):
         self.path = tempfile.mkdtemp(prefix="valdorn-home.")
         self.support = os.path.join(self.path, "Library/Application Support/Valdorn")
+        self.runner_path = os.path.join(self.path, "actrunner/act_runner")
 
     def install_runner(self, executable=DEMO_RUNNER):
-        folder = os.path.join(self.path, "actrunner")
-        os.makedirs(folder, exist_ok=True)
-        shutil.copy(executable, os.path.join(folder, "act_runner"))
+        os.makedirs(os.path.dirname(self.runner_path), exist_ok=True)
+        shutil.copy(executable, self.runner_path)
+
+    def remove_runner(self):
+        """Removes what stands in the executable's place, if anything does."""
+        if os.path.isdir(self.runner_path):
+            os.rmdir(self.runner_path)
+        elif os.path.exists(self.runner_path):
+            os.remove(self.runner_path)
+
+    def start_by_hand(self, desktop, folder):
+        """A daemon that nobody supervises; the caller ends it."""
+        return subprocess.Popen([self.runner_path, "daemon"], cwd=folder,
+                                env=environment(desktop, self), stdin=subprocess.DEVNULL,
+                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def data_folder(self, record):
         return self.support if record["legacy"] else os.path.join(
@@ -60,6 +73,9 @@ class Home:
         os.makedirs(self.support, exist_ok=True)
         with open(os.path.join(self.support, "runners.json"), "w") as file:
             file.write(text)
+
+    def has_file(self, name):
+        return os.path.exists(os.path.join(self.support, name))
 
     def read(self, name):
         with open(os.path.join(self.support, name), encoding="utf-8") as file:
@@ -111,6 +127,10 @@ class Program:
     def children(self):
         """Process ids of the living children, in order."""
         return sorted(pid for pid in _processes() if _parent(pid) == self.process.pid)
+
+    def zombies(self):
+        """Process ids of the children that have ended and were not waited for."""
+        return [pid for pid in _processes() if _is_zombie_of(pid, self.process.pid)]
 
     def wait_for_end(self, seconds=20.0):
         wait_until(lambda: not self.is_running(), "the end of Valdorn", seconds)
@@ -180,6 +200,11 @@ def _stat(pid):
 def _parent(pid):
     fields = _stat(pid)
     return int(fields[1]) if fields and fields[0] != "Z" else None
+
+
+def _is_zombie_of(pid, parent):
+    fields = _stat(pid)
+    return bool(fields) and fields[0] == "Z" and int(fields[1]) == parent
 
 
 def is_alive(pid):

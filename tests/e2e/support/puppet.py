@@ -56,6 +56,17 @@ class Puppets:
         with open(os.path.join(self._folder, f"{pid}.json")) as file:
             return json.load(file)
 
+    def started_at(self, pid):
+        """In seconds, on the clock of `ended_at`."""
+        return self._modified(f"{pid}.json")
+
+    def ended_at(self, pid):
+        """When it has got the signal that ended it."""
+        return self._modified(f"{pid}.signals")
+
+    def _modified(self, name):
+        return os.stat(os.path.join(self._folder, name)).st_mtime
+
     def signals(self, pid):
         """The names of the signals it has got, in order."""
         try:
