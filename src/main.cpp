@@ -165,9 +165,23 @@ int Application::run() {
     return status;
 }
 
+// Qt ends the process with a core dump where it gets no display; to us that is an ordinary failure.
+// Qt's own last words, to install the program anew, would lead nowhere.
+void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
+                            const QString& text) {
+    if (type != QtFatalMsg) {
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
+        return;
+    }
+    std::fputs("valdorn: There is no display to show anything on\n", stderr);
+    std::_Exit(EXIT_FAILURE);
+}
+
 int runApplication(Ground& ground, const std::optional<InstancePlace>& place, int argc,
                    char** argv) {
+    const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
     QApplication application(argc, argv);
+    qInstallMessageHandler(usual);
     QApplication::setApplicationName(QStringLiteral("Valdorn"));
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
