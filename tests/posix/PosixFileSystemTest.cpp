@@ -29,27 +29,21 @@ private:
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixFixture);
 
-// Lowers one of the process's limits, and what comes with it, until the end of the scope.
+// Lowers one of the process's limits until the end of the scope.
 class LoweredLimit {
 public:
     LoweredLimit(__rlimit_resource resource, rlim_t limit) : resource_(resource) {
         getrlimit(resource_, &before_);
         const rlimit lowered{limit, before_.rlim_max};
         setrlimit(resource_, &lowered);
-        // The signal of a write beyond the limit would end the program; then it is EFBIG.
-        handler_ = std::signal(SIGXFSZ, SIG_IGN);
     }
     LoweredLimit(const LoweredLimit&) = delete;
     LoweredLimit& operator=(const LoweredLimit&) = delete;
-    ~LoweredLimit() {
-        setrlimit(resource_, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
+    ~LoweredLimit() { setrlimit(resource_, &before_); }
 
 private:
     const __rlimit_resource resource_;
     rlimit before_{};
-    void (*handler_)(int) = nullptr;
 };
 
 class PosixFileSystemTest : public testing::Test {
@@ -264,6 +258,23 @@ TEST_F(PosixFileSystemTest, AnAppendThatFailsSaysSoAndTheHandleStaysUsable) {
     EXPECT_EQ(content("log"), "1234");
     EXPECT_FALSE(opened.value()->append("!"));
     EXPECT_EQ(content("log"), "1234!");
+}
+
+TEST_F(PosixFileSystemTest, ALogThatReachesTheSizeLimitDoesNotEndTheProgram) {
+    const auto writeTooMuch = [this] {
+        std::signal(SIGXFSZ, SIG_DFL);  // as a program finds it
+        PosixFileSystem own;
+        const LoweredLimit full(RLIMIT_FSIZE, 4);
+        return number(own.replaceContent(folder / "file", "12345678"));
+    };
+    EXPECT_EXIT(_exit(writeTooMuch()), testing::ExitedWithCode(EFBIG), "");
+}
+
+TEST_F(PosixFileSystemTest, SomebodysHandlerOfTheSizeLimitStays) {
+    const auto handler = [](int) {};
+    const auto before = std::signal(SIGXFSZ, handler);
+    const PosixFileSystem own;
+    EXPECT_EQ(std::signal(SIGXFSZ, before), +handler);
 }
 
 TEST_F(PosixFileSystemTest, ReadersSeeTheOldContentOrTheNewWhole) {

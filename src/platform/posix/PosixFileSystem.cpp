@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -93,6 +94,15 @@ std::string folderOf(const std::string& path) {
     return end == std::string::npos ? "/" : path.substr(0, end + 1);
 }
 
+void surviveTheSizeLimit() {
+    struct sigaction action {};
+    sigaction(SIGXFSZ, nullptr, &action);
+    if (action.sa_handler != SIG_DFL)
+        return;
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &action, nullptr);
+}
+
 class PosixAppendHandle : public AppendHandle {
 public:
     PosixAppendHandle(Descriptor file, std::string path)
@@ -110,6 +120,10 @@ private:
 };
 
 }  // namespace
+
+PosixFileSystem::PosixFileSystem() {
+    surviveTheSizeLimit();
+}
 
 Result<std::string, FileError> PosixFileSystem::read(const std::string& path) const {
     auto opened = openRegular(path, O_RDONLY);

@@ -12,10 +12,13 @@ namespace valdorn {
 // for. Files are made with mode 0666 and folders with 0777, less the umask. replaceAtomically()
 // replaces a link itself, not what it leads to. Every descriptor is close-on-exec from birth.
 //
-// A write beyond the file size limit of the process raises SIGXFSZ, which ends the program unless
-// it ignores the signal; then the write fails with EFBIG.
+// A write beyond the file size limit of the process fails with EFBIG.
 class PosixFileSystem : public FileSystem {
 public:
+    // Makes the process ignore SIGXFSZ, unless somebody handles it: a log that reaches the limit
+    // would otherwise end the program.
+    PosixFileSystem();
+
     Result<std::string, FileError> read(const std::string& path) const override;
     FileOutcome replaceContent(const std::string& path, std::string_view bytes) override;
     FileOutcome replaceAtomically(const std::string& path, std::string_view bytes) override;
