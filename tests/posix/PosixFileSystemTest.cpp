@@ -299,6 +299,7 @@ TEST_F(PosixFileSystemTest, ReadersSeeTheOldContentOrTheNewWhole) {
 
 TEST_F(PosixFileSystemTest, SeveralThreadsMayMakeTheSameFolders) {
     std::vector<std::thread> makers;
+    makers.reserve(4);
     for (int i = 0; i < 4; ++i) {
         makers.emplace_back([this] {
             for (int n = 0; n < 50; ++n)

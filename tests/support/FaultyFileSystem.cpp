@@ -11,7 +11,7 @@ public:
         : owner_(owner), path_(std::move(path)), inner_(std::move(inner)) {}
 
     FileOutcome append(std::string_view bytes) override {
-        const FileOutcome fault = owner_.nextFault(path_, Access::changes);
+        FileOutcome fault = owner_.nextFault(path_, Access::changes);
         if (!fault)
             return inner_->append(bytes);
         if (const std::string_view left = owner_.leftBehind(bytes); !left.empty()) {
@@ -70,7 +70,7 @@ Result<std::string, FileError> FaultyFileSystem::read(const std::string& path) c
 }
 
 FileOutcome FaultyFileSystem::replaceContent(const std::string& path, std::string_view bytes) {
-    const FileOutcome fault = nextFault(path, Access::changes);
+    FileOutcome fault = nextFault(path, Access::changes);
     if (!fault)
         return inner_.replaceContent(path, bytes);
     if (damage_ == Damage::half) {

@@ -44,7 +44,7 @@ public:
     ~Handle() override { --*openHandles_; }
 
     FileOutcome append(std::string_view bytes) override {
-        if (const FileOutcome failed = fileSystem_.failure(path_))
+        if (FileOutcome failed = fileSystem_.failure(path_))
             return failed;
         const auto file = fileSystem_.files.find(path_);
         if (node_->named && file != fileSystem_.files.end())
@@ -84,9 +84,9 @@ FileOutcome MemoryFileSystem::reachable(const std::string& path) const {
 }
 
 FileOutcome MemoryFileSystem::readable(const std::string& path) const {
-    if (const FileOutcome failed = failure(path))
+    if (FileOutcome failed = failure(path))
         return failed;
-    if (const FileOutcome unreachable = reachable(path))
+    if (FileOutcome unreachable = reachable(path))
         return unreachable;
     if (files.contains(path))
         return std::nullopt;
@@ -145,7 +145,7 @@ FileOutcome MemoryFileSystem::makeFolders(const std::string& path) {
         return failed;
     if (files.contains(path))
         return FileError{EEXIST, path};
-    if (const FileOutcome unreachable = reachable(path);
+    if (FileOutcome unreachable = reachable(path);
         unreachable && unreachable->errorNumber == ENOTDIR)
         return unreachable;
     keepFoldersAbove(path);
