@@ -76,7 +76,7 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
     auto child = spawnChild(command);
     if (!child)
         return child.error();
-    const auto outcome = ForegroundRun(child.value(), interrupt_, onOutput).wait();
+    auto outcome = ForegroundRun(child.value(), interrupt_, onOutput).wait();
     // Failing to watch it costs only its remaining output, and a zombie until the program ends.
     if (!outcome)
         reader_.watch(std::move(child.value()), nobody());
