@@ -37,8 +37,9 @@ class ProgramCase(unittest.TestCase):
             self.addCleanup(self._host.close)
         return self._host
 
-    def start(self, *arguments, home=None, desktop=None, **environment):
-        program = Program(desktop or self.desktop, home or self.home, *arguments, **environment)
+    def start(self, *arguments, home=None, desktop=None, **options):
+        """Valdorn with arguments; the options are those of `Program`."""
+        program = Program(desktop or self.desktop, home or self.home, *arguments, **options)
         self.addCleanup(self._close, program)
         return program
 
@@ -53,11 +54,11 @@ class ProgramCase(unittest.TestCase):
     def expect_stderr(self, program):
         self._outspoken.add(program)
 
-    def start_with_item(self, **environment):
+    def start_with_item(self, **options):
         """The program, and its item in a status bar."""
         host = self.host()
         before = len(host.items)
-        program = self.start(**environment)
+        program = self.start(**options)
         wait_until(lambda: len(host.items) > before, "a status item")
         return program, host.items[-1]
 

@@ -118,6 +118,12 @@ class Desktop:
         return subprocess.run(["xprop", *arguments], env=self.environment, capture_output=True,
                               text=True, timeout=30).stdout.strip()
 
+    def active_window(self):
+        """The number of the window that has the focus; needs a window manager."""
+        shown = subprocess.run(["xdotool", "getactivewindow"], env=self.environment,
+                               capture_output=True, text=True, timeout=30)
+        return shown.stdout.strip()
+
     def windows_of(self, program):
         """The numbers of the program's visible windows, popups among them."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",

@@ -108,11 +108,11 @@ def run_once(desktop, home, *arguments, **more):
 
 
 class Program:
-    """A running Valdorn."""
+    """A running Valdorn. A `command` in front is to replace itself by Valdorn, as env does."""
 
-    def __init__(self, desktop, home, *arguments, **more):
+    def __init__(self, desktop, home, *arguments, command=(), **more):
         self._stderr = tempfile.TemporaryFile("w+")
-        self.process = subprocess.Popen([VALDORN, *arguments],
+        self.process = subprocess.Popen([*command, VALDORN, *arguments],
                                         env=environment(desktop, home, **more),
                                         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                         stderr=self._stderr)

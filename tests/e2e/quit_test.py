@@ -1,0 +1,140 @@
+"""Every way of quitting asks each daemon once, politely, and waits for none."""
+
+import os
+import signal
+import time
+import unittest
+
+from support.case import ProgramCase
+from support.program import kill
+from support.waiting import spend, wait_until
+
+PROMPTLY = 2.0
+
+
+class QuitTest(ProgramCase):
+    def begin(self, **options):
+        """The program with three connected runners."""
+        command = options.pop("command", ())
+        self.puppets = self.puppet_runners({}, {}, {}, **options)
+        self.program, self.item = self.start_with_item(command=command)
+        self.daemons = [puppet.wait_for_one() for puppet in self.puppets]
+        wait_until(lambda: "Status: Connected — idle · 3 runners" in self.item.menu().labels(),
+                   "three connected runners")
+
+    def signals(self):
+        return [puppet.signals(pid) for puppet, pid in zip(self.puppets, self.daemons)]
+
+    def ledger(self):
+        folder = os.path.join(self.desktop.runtime, "valdorn")
+        names = [name for name in os.listdir(folder) if name.endswith(".daemons")]
+        texts = []
+        for name in names:
+            with open(os.path.join(folder, name)) as file:
+                texts.append(file.read())
+        return "".join(texts)
+
+    def assert_quits(self, ask):
+        for pid in self.daemons:
+            self.assertIn(f"\t{pid}\t", self.ledger())
+        begun = time.monotonic()
+        ask()
+        self.assertEqual(self.program.wait_for_end(10), 0)
+        self.assertLess(time.monotonic() - begun, PROMPTLY)
+        wait_until(lambda: all(self.signals()), "the daemons' signals", 5)
+        spend(0.2)  # for a second signal to arrive
+        self.assertEqual(self.signals(), [["SIGTERM"]] * 3)
+        for pid in self.daemons:
+            self.assertNotIn(f"\t{pid}\t", self.ledger())
+
+    def assert_nothing_left(self):
+        for puppet in self.puppets:
+            puppet.wait_for_none(5)
+        self.assertEqual(self.home.processes(), [])
+
+    def test_from_the_menu(self):
+        self.begin()
+        self.assert_quits(lambda: self.item.menu().choose("Quit Valdorn"))
+        self.assert_nothing_left()
+
+    def test_by_each_signal(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(number.name):
+                self.home = self.new_home()
+                self.begin()
+                self.assert_quits(lambda: self.program.process.send_signal(number))
+                self.assert_nothing_left()
+
+    def test_by_many_signals_at_once(self):
+        self.begin()
+
+        def ask():
+            for number in (signal.SIGTERM, signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                kill(self.program.process.pid, number)
+        self.assert_quits(ask)
+        self.assert_nothing_left()
+
+    def test_waits_for_no_daemon_that_does_not_end(self):
+        self.begin(stubborn=True)
+        self.assert_quits(lambda: self.program.process.send_signal(signal.SIGTERM))
+        self.assertEqual([puppet.living() for puppet in self.puppets],
+                         [[pid] for pid in self.daemons])
+
+    def test_what_goes_on_after_a_quit_is_not_asked_again(self):
+        self.begin(stubborn=True)
+        self.assert_quits(lambda: self.item.menu().choose("Quit Valdorn"))
+        self.start()
+        wait_until(lambda: all(len(puppet.pids()) == 2 for puppet in self.puppets),
+                   "the next daemons")
+        self.assertEqual(self.signals(), [["SIGTERM"]] * 3)
+
+    def test_within_the_wait_for_a_relaunch(self):
+        self.begin()
+        kill(self.daemons[0], signal.SIGKILL)
+        self.puppets[0].wait_for_none()
+        self.item.menu().choose("Quit Valdorn")
+        self.assertEqual(self.program.wait_for_end(PROMPTLY), 0)
+        self.assertEqual(len(self.puppets[0].pids()), 1)
+
+    def test_a_hangup_that_was_ignored_stays_so(self):
+        self.begin(command=("env", "--ignore-signal=HUP"))
+        kill(self.program.process.pid, signal.SIGHUP)
+        spend(0.5)
+        self.assertTrue(self.program.is_running())
+        self.assertEqual(self.signals(), [[]] * 3)
+
+    def test_with_its_windows_open(self):
+        self.begin(connected=False)
+        for entry in ("Settings…", "Show Log…", "Runner Status…"):
+            self.item.menu().choose(entry)
+        wait_until(lambda: len(self.desktop.windows_of(self.program)) == 4, "four windows")
+        self.assert_quits(lambda: self.item.menu().choose("Quit Valdorn"))
+
+    def test_while_a_job_is_being_built(self):
+        self.begin()
+        self.puppets[1].say('time="x" level=info msg="Running job with maxParallel=1"\n')
+        wait_until(lambda: "Status: Building a job · 3 runners" in self.item.menu().labels(),
+                   "the job")
+        self.assert_quits(lambda: self.item.menu().choose("Quit Valdorn"))
+        self.assert_nothing_left()
+
+
+class ChildrenTest(ProgramCase):
+    def test_no_zombie_stays_while_it_runs(self):
+        puppets = self.puppet_runners({}, {})
+        program, item = self.start_with_item()
+        for puppet in puppets:
+            puppet.wait_for_one()
+        for _ in range(3):
+            item.menu().choose("Stop All")
+            for puppet in puppets:
+                puppet.wait_for_none()
+            wait_until(lambda: not program.zombies(), "the last rites", 2)
+            item.menu().choose("Start All")
+            for puppet in puppets:
+                puppet.wait_for_one()
+        self.assertEqual(len(program.children()), 2)
+
+
+if __name__ == "__main__":
+    unittest.main()

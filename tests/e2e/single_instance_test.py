@@ -1,0 +1,153 @@
+"""One instance for each home, and what a second start does."""
+
+import os
+import signal
+import subprocess
+import tempfile
+import unittest
+
+from support.case import ProgramCase
+from support.program import VALDORN, environment, kill, run_once
+from support.puppet import DECLARED
+from support.waiting import spend, wait_until
+
+STATUS_WINDOW = "Valdorn — Runner Status"
+NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+
+
+class SecondStartTest(ProgramCase):
+    window_manager = True
+
+    def test_brings_up_the_status_window_of_the_first(self):
+        puppets, = self.puppet_runners({})
+        self.start_with_item()
+        puppets.wait_for_one()
+        self.assertEqual(self.desktop.windows(), {})
+        for _ in range(2):
+            done = run_once(self.desktop, self.home)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+            wait_until(lambda: list(self.desktop.windows().values()) == [STATUS_WINDOW],
+                       "the status window")
+            window, = self.desktop.windows()
+            wait_until(lambda: self.desktop.active_window() == window, "an active status window")
+            self.desktop.xdotool("key", "ctrl+w")
+            wait_until(lambda: not self.desktop.windows(), "no window")
+        self.assertEqual(len(puppets.pids()), 1)
+
+    def test_needs_no_display(self):
+        self.puppet_runners({})
+        self.start_with_item()
+        variables = environment(self.desktop, self.home)
+        for name in ("DISPLAY", "QT_QPA_PLATFORM"):
+            del variables[name]
+        done = subprocess.run([VALDORN], env=variables, capture_output=True, text=True, timeout=30)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+    def test_waits_for_a_first_one_that_has_just_begun(self):
+        self.puppet_runners({})
+        first = self.start()
+        lock = os.path.join(self.desktop.runtime, "valdorn")
+        wait_until(lambda: os.path.isdir(lock) and os.listdir(lock), "the lock", 5)
+        done = run_once(self.desktop, self.home)
+        # Whichever of the two has got the lock first, the other has found it.
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertTrue(first.is_running())
+
+    def test_finds_the_first_one_through_another_name_of_the_home(self):
+        self.puppet_runners({})
+        self.start_with_item()
+        link = tempfile.mktemp(prefix="valdorn-link.")
+        os.symlink(self.home.path, link)
+        self.addCleanup(os.remove, link)
+        done = run_once(self.desktop, self.home, HOME=link)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_says_so_where_the_bus_does_not_reach_the_first(self):
+        self.puppet_runners({})
+        program, _ = self.start_with_item()
+        done = run_once(self.desktop, self.home, **NO_BUS)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
+        self.assertIn("runs already", done.stderr)
+        self.assertTrue(program.is_running())
+        self.assertEqual(self.desktop.windows(), {})
+
+    def test_each_home_has_an_instance_of_its_own(self):
+        other = self.new_home()
+        first, = self.puppet_runners({}, home=self.home)
+        second, = self.puppet_runners({}, home=other)
+        programs = [self.start_with_item()[0], self.start_with_item(home=other)[0]]
+        first.wait_for_one()
+        second.wait_for_one()
+        for home, program in zip((self.home, other), programs):
+            self.assertEqual(run_once(self.desktop, home).returncode, 0)
+            wait_until(lambda: self.desktop.windows_of(program), "its status window")
+            self.desktop.xdotool("key", "ctrl+w")
+            wait_until(lambda: not self.desktop.windows(), "no window")
+        programs[0].quit()
+        self.assertTrue(programs[1].is_running())
+
+
+class LockTest(ProgramCase):
+    def test_a_killed_instance_is_no_obstacle(self):
+        puppets, = self.puppet_runners({})
+        for launched in (1, 2, 3):
+            program, _ = self.start_with_item()
+            wait_until(lambda: len(puppets.pids()) == launched, "a daemon")
+            wait_until(lambda: len(puppets.living()) == 1, "only one daemon")
+            kill(program.process.pid, signal.SIGKILL)
+            program.wait_for_end()
+        self.start_with_item()
+
+    def test_a_daemon_that_is_left_does_not_hold_the_lock(self):
+        puppets, = self.puppet_runners({}, stubborn=True)
+        program, item = self.start_with_item()
+        puppets.wait_for_one()
+        item.menu().choose("Quit Valdorn")
+        program.wait_for_end()
+        self.start_with_item()
+        wait_until(lambda: len(puppets.living()) == 2, "the next daemon")
+
+    def test_the_lock_stands_in_the_state_folder_where_there_is_no_runtime_folder(self):
+        self.puppet_runners({})
+        host = self.host()
+        variables = {"XDG_RUNTIME_DIR": ""}
+        # Qt remarks on that.
+        self.expect_stderr(self.start(**variables))
+        host.wait_for_item()
+        names = os.listdir(os.path.join(self.home.path, ".local/state/valdorn"))
+        self.assertEqual(sorted(name.partition(".")[2] for name in names), ["daemons", "lock"])
+        self.assertEqual(run_once(self.desktop, self.home, **variables).returncode, 0)
+
+    def test_nothing_of_the_instance_stands_in_the_support_folder(self):
+        self.puppet_runners({})
+        self.start_with_item()
+        self.assertEqual(sorted(os.listdir(self.home.support)), ["runners", "runners.json"])
+
+
+class NoDisplayTest(ProgramCase):
+    def test_says_so_and_dumps_no_core(self):
+        puppets, = self.puppet_runners({}, first=DECLARED)
+        for display in (None, ":1", self.desktop.display + "9"):
+            with self.subTest(display):
+                variables = environment(self.desktop, self.home)
+                del variables["QT_QPA_PLATFORM"]
+                variables.pop("DISPLAY")
+                if display:
+                    variables["DISPLAY"] = display + "0"
+                done = subprocess.run([VALDORN], env=variables, capture_output=True, text=True,
+                                      timeout=30)
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertEqual(done.stderr.splitlines()[-1],
+                                 "valdorn: There is no display to show anything on")
+        spend(0.2)
+        self.assertEqual(puppets.pids(), [])
+
+    def test_is_no_obstacle_for_the_next_start(self):
+        self.puppet_runners({})
+        self.assertEqual(run_once(self.desktop, self.home, DISPLAY="").returncode, 1)
+        self.start_with_item()
+
+
+if __name__ == "__main__":
+    unittest.main()
