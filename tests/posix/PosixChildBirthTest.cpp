@@ -194,8 +194,7 @@ TEST_F(PosixChildBirthTest, TooLongAnArgumentIsExecute) {
 
 // Launches with fewer and fewer free descriptors until none is left, in a process of its own: each
 // of the steps that need one has its turn to fail. Returns 0 when all of them say so.
-int launchWithFewDescriptors() {
-    PosixChildLauncher own;
+int launchWithFewDescriptors(PosixChildLauncher& own) {
     // Once with enough of them: sanitizers take descriptors of their own for what they see first.
     for (const char* child : {"play", "no_such_child"}) {
         ChildRecorder recorder;
@@ -222,7 +221,12 @@ int launchWithFewDescriptors() {
 
 TEST_F(PosixChildBirthTest, RunningOutOfDescriptorsIsPrepare) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(_exit(launchWithFewDescriptors()), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            PosixChildLauncher own;
+            _exit(launchWithFewDescriptors(own));
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 int countDescriptors() {
