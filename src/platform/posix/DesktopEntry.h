@@ -60,7 +60,8 @@ std::string escapedValue(std::string_view text);
 std::string unescapedValue(std::string_view value);
 
 // An Exec value that starts the program at that path without arguments, whatever characters the
-// path is made of.
+// path is made of. (GLib 2.74 looks for the program before it reads "%%" as "%", so desktops built
+// on it cannot start a program with a percent sign in its path; no spelling helps.)
 std::string execValue(std::string_view program);
 
 // The program that an Exec value starts, as written there: a path or a bare name.
