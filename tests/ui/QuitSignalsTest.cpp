@@ -1,4 +1,5 @@
 #include <QCoreApplication>
+#include <QTimer>
 #include <csignal>
 #include <memory>
 #include <thread>
@@ -78,7 +79,7 @@ TEST(QuitSignalsSessionTest, HangUpThatWasSwitchedOffStaysOff) {
 TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
     int told = 0;
     QuitSignals signals([&told] { ++told; });
-    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
     QCoreApplication::exec();
     EXPECT_EQ(told, 1);
 }

@@ -22,7 +22,7 @@ struct Bar {
 
 class RecordingSurface : public TraySurface {
 public:
-    RecordingSurface(Bar& bar, Content content) : bar_(bar) {
+    RecordingSurface(Bar& bar, const Content& content) : bar_(bar) {
         bar.icons.push_back(content.icon);
         bar.menu = content.menu;
         bar.openMenu = content.onOpenMenu;
@@ -76,7 +76,7 @@ protected:
         {{"status", "Status: —", false, false, false, 0, nullptr},
          {"", "", true, false, true, 0, nullptr},
          {"quit", "Quit Valdorn", true, false, false, 'q', [this] { activated += "quit "; }}}};
-    TrayStatusItem item{queue, [this](TrayHost, TraySurface::Content content) {
+    TrayStatusItem item{queue, [this](TrayHost, const TraySurface::Content& content) {
                             ++surfaces;
                             return std::make_unique<RecordingSurface>(bar, content);
                         }};

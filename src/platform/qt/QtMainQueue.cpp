@@ -18,8 +18,8 @@ constexpr milliseconds sliceLength{8};
 
 constexpr auto wakeUp = static_cast<QEvent::Type>(QEvent::User + 1);
 
-// Rounded up, because a delay never ends early, and cut to what QTimer can count: a timer that
-// fires too soon finds nothing due and is set again.
+// Rounded up, and cut to what QTimer can count: a timer that fires too soon finds nothing due and
+// is set again, at the cost of one more wake-up.
 milliseconds timerInterval(std::chrono::nanoseconds left) {
     const auto rounded = std::chrono::ceil<milliseconds>(left);
     return std::clamp(rounded, milliseconds{0}, milliseconds{std::numeric_limits<int>::max()});
