@@ -2,6 +2,7 @@
 ended here by their process ids."""
 
 import os
+import re
 import select
 import shutil
 import subprocess
@@ -85,8 +86,10 @@ class Desktop:
             raise
 
     def _start_display(self, size):
+        # Without -noreset it begins anew when its last client leaves, and turns away whoever comes
+        # just then.
         server = subprocess.Popen(
-            ["Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset"],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self._processes.append(server)
         self.display = ":" + _first_line(server.stdout)
@@ -117,6 +120,20 @@ class Desktop:
         """What xprop prints, empty when it fails. A window is named by "-id" and its number."""
         return subprocess.run(["xprop", *arguments], env=self.environment, capture_output=True,
                               text=True, timeout=30).stdout.strip()
+
+    def geometry(self, window):
+        """Left, top, width and height of the content."""
+        # xdotool counts the frame twice.
+        shown = subprocess.run(["xwininfo", "-id", window], env=self.environment, check=True,
+                               capture_output=True, text=True, timeout=30).stdout
+        return tuple(int(re.search(rf"{name}:\s+(-?\d+)", shown).group(1)) for name in (
+            "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+
+    def all_visible(self):
+        """The numbers of all visible windows that have a class, popups among them."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "."],
+                               env=self.environment, capture_output=True, text=True, timeout=30)
+        return found.stdout.split()
 
     def active_window(self):
         """The number of the window that has the focus; needs a window manager."""

@@ -15,9 +15,11 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 
 
 class TrayHost(dbus.service.Object):
-    """A watcher that is its own host. Items that register are kept in order."""
+    """A watcher that is its own host, from the beginning or later. Items that register are kept
+    in order."""
 
-    def __init__(self, bus):
+    def __init__(self, bus, hosted=True):
+        self._hosted = hosted
         self._session = bus.connect()
         self._watcher_name = dbus.service.BusName(WATCHER, self._session, do_not_queue=True)
         super().__init__(self._session, "/StatusNotifierWatcher")
@@ -51,7 +53,7 @@ class TrayHost(dbus.service.Object):
     @dbus.service.method(PROPERTIES, in_signature="s", out_signature="a{sv}")
     def GetAll(self, interface):
         return {
-            "IsStatusNotifierHostRegistered": dbus.Boolean(True),
+            "IsStatusNotifierHostRegistered": dbus.Boolean(self._hosted),
             "ProtocolVersion": dbus.Int32(0),
             "RegisteredStatusNotifierItems":
                 dbus.Array([item.service for item in self.items], signature="s"),
@@ -72,10 +74,16 @@ class TrayHost(dbus.service.Object):
         """The item that registered last, once there is one."""
         return wait_until(lambda: self.items and self.items[-1], "a status item", seconds)
 
+    def begin_hosting(self):
+        self._hosted = True
+        self.StatusNotifierHostRegistered()
+
     def close(self):
-        """Leaves the bus, as a panel does that crashes."""
+        """Leaves the bus, as a panel does that crashes; harmless when called twice."""
+        if not self._watcher_name:
+            return
         self.remove_from_connection()
-        del self._watcher_name  # gives the name back while the connection is open
+        self._watcher_name = None  # gives the name back while the connection is open
         self._session.close()
 
 
