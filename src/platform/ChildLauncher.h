@@ -100,7 +100,7 @@ public:
 // never the end of the pipe.
 //
 // Destruction stops and joins the reader thread: no handler is called after it has returned.
-// Children live on; credits may still be dropped later.
+// Children live on, and what they print then is thrown away; credits may still be dropped later.
 class ChildLauncher {
 public:
     ChildLauncher() = default;

@@ -418,6 +418,19 @@ TEST_F(PosixChildLifeTest, LeavesTheDescriptorLimitAloneForAFewChildren) {
     setrlimit(RLIMIT_NOFILE, &before);
 }
 
+TEST_F(PosixChildLifeTest, ChildThatPrintsAfterTheLauncherIsGoneEndsAsItWants) {
+    // More than a pipe holds, so that somebody has to read.
+    const auto child =
+        launch(childCommand("play", {"await", "fill:1048576", "exit:7"}), newRecorder());
+    const auto id = static_cast<pid_t>(child->id());
+    launcher.reset();
+    kill(id, SIGUSR1);
+    int status = 0;
+    ASSERT_EQ(waitpid(id, &status, 0), id);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
 }  // namespace
 
 }  // namespace valdorn

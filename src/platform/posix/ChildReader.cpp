@@ -56,6 +56,8 @@ ChildReader::ChildReader()
 ChildReader::~ChildReader() {
     mailbox_->stop();
     thread_.join();
+    for (const auto& [key, child] : children_)
+        child->leave();
 }
 
 std::optional<int> ChildReader::watch(SpawnedChild child, ChildHandlers handlers) {

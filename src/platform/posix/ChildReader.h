@@ -21,8 +21,8 @@ class WatchedChild;
 // The one thread that reads the output of all children and learns of their ends. It sleeps while
 // there is nothing to do, however many children are held back or have closed their output.
 //
-// Destruction joins the thread; children that are still watched live on unobserved, and their
-// handlers are released uncalled.
+// Destruction joins the thread; children that are still watched live on unobserved, what they print
+// is thrown away, and their handlers are released uncalled.
 class ChildReader {
 public:
     // Throws std::system_error when the kernel gives no descriptor or no thread.

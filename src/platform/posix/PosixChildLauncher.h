@@ -9,9 +9,9 @@ namespace valdorn {
 // Starts processes of this computer. Each child costs two descriptors while it runs; the soft
 // limit on descriptors is raised when a fleet comes near it.
 //
-// Children that live on after the destruction find nobody at the other end of their output: the
-// next write gives them SIGPIPE. Those that end are reaped by whoever is their parent then, so the
-// launcher is to live as long as the program.
+// For each child that lives on after the destruction a small process is left behind that reads its
+// output (see OutputDrain.h). Both are reaped by whoever is their parent then, so the launcher is to
+// live as long as the program.
 class PosixChildLauncher : public ChildLauncher {
 public:
     // Throws std::system_error when the kernel gives no descriptor or no thread. Takes back an

@@ -8,6 +8,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "platform/posix/OutputDrain.h"
+
 namespace valdorn {
 
 WatchedChild::WatchedChild(SpawnedChild child, ChildHandlers handlers,
@@ -54,6 +56,12 @@ void WatchedChild::handOver(std::span<const char> chunk) {
     if (exit_)
         leftAtExitBytes_ -= chunk.size();
     handlers_->onOutput({chunk.data(), chunk.size()}, budget_->take(chunk.size()));
+}
+
+void WatchedChild::leave() {
+    noteEnd();
+    if (!exit_ && child_.output)
+        leaveToDrain(child_.output.number());
 }
 
 WatchedChild::Turn WatchedChild::reportExit() {

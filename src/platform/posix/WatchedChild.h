@@ -36,6 +36,9 @@ public:
     // is left to read, so that a grandchild which goes on writing cannot put off the exit.
     void noteEnd();
 
+    // Nobody reads here any more: a child that still runs gets somebody else to print to.
+    void leave();
+
     // What the kernel is asked about; fixed until the first turn.
     const SpawnedChild& child() const { return child_; }
 

@@ -1,5 +1,4 @@
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -182,10 +181,6 @@ TEST_F(RunnersStoreTest, AddedRunnersHaveIdsOfTheirOwn) {
     const std::string one = store->add("same")->id();
     const std::string two = store->add("same")->id();
     EXPECT_NE(one, two);
-    const std::regex canonical(
-        "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
-    EXPECT_TRUE(std::regex_match(one, canonical)) << one;
-    EXPECT_TRUE(std::regex_match(two, canonical)) << two;
     EXPECT_EQ(saved().size(), 3U);
 }
 
