@@ -1,5 +1,4 @@
 #include <QCoreApplication>
-#include <QTimer>
 #include <csignal>
 #include <memory>
 #include <thread>
@@ -7,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QuitSignals.h"
 #include "ui/EventLoop.h"
 
@@ -79,7 +79,8 @@ TEST(QuitSignalsSessionTest, HangUpThatWasSwitchedOffStaysOff) {
 TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
     int told = 0;
     QuitSignals signals([&told] { ++told; });
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QtMainQueue queue;
+    queue.post([] { QCoreApplication::quit(); });
     QCoreApplication::exec();
     EXPECT_EQ(told, 1);
 }
