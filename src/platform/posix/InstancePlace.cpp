@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/XdgFolders.h"
 #include "platform/posix/Descriptor.h"
 
 namespace valdorn {
@@ -22,18 +23,6 @@ namespace {
 
 constexpr mode_t onlyForTheUser = 0700;
 constexpr const char* ownFolder = "/valdorn";
-
-// The folder that a variable names. The rules for these variables say that a relative one is to be
-// ignored.
-std::optional<std::string> folderIn(const std::vector<std::string>& environment,
-                                    std::string_view name) {
-    const std::string start = std::string(name) + "=";
-    for (const std::string& variable : environment) {
-        if (variable.starts_with(start + "/"))
-            return variable.substr(start.size());
-    }
-    return std::nullopt;
-}
 
 // 0, or why the folder cannot be made private to us. Somebody else's folder is none for a lock
 // that others must not be able to take.
@@ -85,13 +74,13 @@ std::string resolved(const std::string& path) {
 Result<InstancePlace, std::string> InstancePlace::forHome(
     const std::vector<std::string>& environment, const std::string& home) {
     const std::string key = instanceKeyOf(home);
-    if (const auto runtime = folderIn(environment, "XDG_RUNTIME_DIR")) {
+    if (const auto runtime = XdgFolders::named(environment, "XDG_RUNTIME_DIR")) {
         // The session makes the runtime folder itself; where it has not, there is none.
         const std::string folder = *runtime + ownFolder;
         if (prepare(folder, makeFolder(folder)) == 0)
             return InstancePlace{folder, key};
     }
-    const auto state = folderIn(environment, "XDG_STATE_HOME");
+    const auto state = XdgFolders::named(environment, "XDG_STATE_HOME");
     const std::string folder = state.value_or(home + "/.local/state") + ownFolder;
     if (const int failed = prepare(folder, makeFolderWithParents(folder)); failed != 0)
         return refusal(folder, failed);
