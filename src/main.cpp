@@ -177,10 +177,13 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
     std::_Exit(EXIT_FAILURE);
 }
 
-int runApplication(Ground& ground, const std::optional<InstancePlace>& place, int argc,
-                   char** argv) {
+// How many of the arguments Qt gets to see: the program's name. The others mean nothing to us, and
+// are not to mean something to Qt.
+int argumentsForQt = 1;
+
+int runApplication(Ground& ground, const std::optional<InstancePlace>& place, char** argv) {
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
-    QApplication application(argc, argv);
+    QApplication application(argumentsForQt, argv);
     qInstallMessageHandler(usual);
     QApplication::setApplicationName(QStringLiteral("Valdorn"));
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
@@ -193,9 +196,9 @@ int runApplication(Ground& ground, const std::optional<InstancePlace>& place, in
 }
 
 // A second start for the same home: brings up the first one's status window.
-int activateRunningInstance(const InstancePlace& place, int argc, char** argv) {
+int activateRunningInstance(const InstancePlace& place, char** argv) {
     const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
-    const QCoreApplication application(argc, argv);
+    const QCoreApplication application(argumentsForQt, argv);
     if (InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
                                              token != nullptr ? token : "", activationPatience))
         return EXIT_SUCCESS;
@@ -213,14 +216,14 @@ int run(int argc, char** argv) {
     }
     const auto place = findPlace(ground.host);
     if (!place)
-        return runApplication(ground, place, argc, argv);
+        return runApplication(ground, place, argv);
     const auto lock = InstanceLock::acquire(place->lockPath());
     if (!lock && lock.error().kind == LockRefusal::Kind::held)
-        return activateRunningInstance(*place, argc, argv);
+        return activateRunningInstance(*place, argv);
     if (!lock)
         std::fprintf(stderr, "valdorn: %s\n", lock.error().description.c_str());
     loginItems.refreshMovedExecutable();
-    return runApplication(ground, place, argc, argv);
+    return runApplication(ground, place, argv);
 }
 
 }  // namespace
