@@ -1,26 +1,36 @@
 # ./dev run: starts the program that was just built. Sourced by ./dev.
 
-program=build/dev/bin/valdorn
 started=()     # what was started besides the program, ended with it
 throw_away=()  # folders that go with it
 
 end_what_was_started() {
     local pid
     for pid in "${started[@]}"; do kill "$pid" 2>/dev/null || true; done
+    for pid in "${started[@]}"; do wait "$pid" 2>/dev/null || true; done
     rm -rf "${throw_away[@]}"
+}
+
+# start COMMAND...: beside the program, in a session of its own, which Ctrl+C does not reach: what
+# the program stands on has to outlive it.
+start() {
+    setsid "$@" >/dev/null 2>&1 &
+    started+=($!)
+}
+
+make_throw_away_folder() {
+    throw_away_folder=$(mktemp -d "${TMPDIR:-/tmp}/valdorn-$1.XXXXXX")
+    throw_away+=("$throw_away_folder")
 }
 
 # A home folder with one registered runner whose executable is the demo runner.
 make_throw_away_home() {
-    throw_away_home=$(mktemp -d "${TMPDIR:-/tmp}/valdorn-demo.XXXXXX")
-    throw_away+=("$throw_away_home")
-    local support="$throw_away_home/Library/Application Support/Valdorn"
-    mkdir -p "$support" "$throw_away_home/actrunner" "$throw_away_home/run"
-    chmod 700 "$throw_away_home/run"
-    cp build/dev/bin/demo_runner "$throw_away_home/actrunner/act_runner"
+    make_throw_away_folder demo
+    local support="$throw_away_folder/Library/Application Support/Valdorn"
+    mkdir -p "$support" "$throw_away_folder/actrunner"
+    cp "$build/bin/demo_runner" "$throw_away_folder/actrunner/act_runner"
     printf '%s' '[{"id":"legacy","name":"demo","instanceURL":"http:\/\/demo.invalid","labels":"linux:host","extraPath":"","legacy":true}]' \
         >"$support/runners.json"
-    (cd "$support" && "$throw_away_home/actrunner/act_runner" register --no-interactive \
+    (cd "$support" && "$throw_away_folder/actrunner/act_runner" register --no-interactive \
         --instance http://demo.invalid --token demo --name demo --labels linux:host >/dev/null 2>&1)
 }
 
@@ -30,51 +40,45 @@ choose_home() {
         return
     fi
     make_throw_away_home
-    export HOME=$throw_away_home XDG_RUNTIME_DIR=$throw_away_home/run
+    # Where the display's key is looked for when nothing else is said.
+    export XAUTHORITY=${XAUTHORITY:-$HOME/.Xauthority}
+    export HOME=$throw_away_folder
     unset XDG_CONFIG_HOME XDG_STATE_HOME XDG_DATA_HOME XDG_CACHE_HOME
     echo "No ~/actrunner/act_runner: Valdorn runs with the demo runner in a throw-away home,"
     echo "  $HOME (removed at the end)"
 }
 
-# The first display number that nobody uses.
-free_display() {
-    local number=90
-    while [ -e "/tmp/.X$number-lock" ] || [ -e "/tmp/.X11-unix/X$number" ]; do
-        number=$((number + 1))
-    done
-    echo ":$number"
-}
-
-wait_for_display() {
+# await FILE WHAT: until somebody has written a line into the file.
+await() {
     local tries
-    for tries in $(seq 100); do
-        [ -e "/tmp/.X11-unix/X${DISPLAY#:}" ] && return
-        sleep 0.1
+    for tries in $(seq 200); do
+        [ "$(wc -l <"$1")" -gt 0 ] && return
+        sleep 0.05
     done
-    echo "./dev: the virtual display $DISPLAY did not start" >&2
+    echo "./dev: $2 did not start" >&2
     exit 1
 }
 
 # Display, session bus, window manager and a panel with a tray, all our own.
 start_virtual_desktop() {
     install_packages "${desktop_packages[@]}"
-    export DISPLAY
-    DISPLAY=$(free_display)
-    Xvfb "$DISPLAY" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
-    started+=($!)
-    wait_for_display
-    local settings address
-    settings=$(mktemp -d "${TMPDIR:-/tmp}/valdorn-desktop.XXXXXX")
-    throw_away+=("$settings")
-    write_panel_settings "$settings"
+    make_throw_away_folder desktop
+    local folder=$throw_away_folder
+    unset XAUTHORITY
+    export XDG_RUNTIME_DIR=$folder/run DISPLAY DBUS_SESSION_BUS_ADDRESS
+    mkdir --mode=700 "$XDG_RUNTIME_DIR"
+    : >"$folder/display" >"$folder/bus"
+
+    start Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$folder/display"
+    await "$folder/display" "the virtual display"
+    DISPLAY=:$(cat "$folder/display")
     # The panel's settings come through a service of this bus, so the bus gets the folder, too.
-    address=$(XDG_CONFIG_HOME=$settings dbus-daemon --session --fork --print-address=1 --print-pid=1)
-    export DBUS_SESSION_BUS_ADDRESS=${address%%$'\n'*}
-    started+=("${address##*$'\n'}")
-    openbox >/dev/null 2>&1 &
-    started+=($!)
-    XDG_CONFIG_HOME=$settings xfce4-panel --disable-wm-check >/dev/null 2>&1 &
-    started+=($!)
+    write_panel_settings "$folder"
+    XDG_CONFIG_HOME=$folder start dbus-daemon --session --nofork --print-address=3 3>"$folder/bus"
+    await "$folder/bus" "the session bus"
+    DBUS_SESSION_BUS_ADDRESS=$(cat "$folder/bus")
+    start openbox
+    XDG_CONFIG_HOME=$folder start xfce4-panel --disable-wm-check
     cat <<EOT
 No display here: Valdorn runs on the virtual display $DISPLAY.
   To look at it:   DISPLAY=$DISPLAY import -window root valdorn.png
@@ -91,7 +95,9 @@ write_panel_settings() {
 <channel name="xfce4-panel" version="1.0">
   <property name="panels" type="array">
     <value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value="true"/>
     <property name="panel-1" type="empty">
+      <property name="position-locked" type="bool" value="true"/>
       <property name="position" type="string" value="p=6;x=0;y=0"/>
       <property name="length" type="uint" value="100"/>
       <property name="size" type="uint" value="30"/>
@@ -112,11 +118,27 @@ write_panel_settings() {
 EOT
 }
 
+# Waits for the program to end by itself. Ctrl+C, and the end of the terminal, reach the program
+# too; whoever ends this script alone ends the program first.
+run_to_its_end() {
+    "$@" &
+    local pid=$! status=0
+    trap : INT HUP
+    trap 'kill -TERM '$pid' 2>/dev/null || true' TERM
+    while kill -0 "$pid" 2>/dev/null; do
+        status=0
+        wait "$pid" || status=$?
+    done
+    trap - INT TERM HUP
+    [ "$status" -eq 0 ] || echo "Valdorn ended with status $status." >&2
+}
+
+# run_valdorn BUILD-FOLDER
 run_valdorn() {
+    build=$1
     trap end_what_was_started EXIT
     choose_home
     [ -n "${DISPLAY-}${WAYLAND_DISPLAY-}" ] || start_virtual_desktop
     echo "Valdorn starts. Ctrl+C ends it."
-    # Not exec: what was started here has to be ended afterwards.
-    "$program" || echo "Valdorn ended with status $?." >&2
+    run_to_its_end "$build/bin/valdorn"
 }
