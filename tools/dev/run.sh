@@ -67,7 +67,7 @@ start_virtual_desktop() {
     unset XAUTHORITY
     export XDG_RUNTIME_DIR=$folder/run DISPLAY DBUS_SESSION_BUS_ADDRESS
     mkdir --mode=700 "$XDG_RUNTIME_DIR"
-    : >"$folder/display" >"$folder/bus"
+    touch "$folder/display" "$folder/bus"
 
     start Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$folder/display"
     await "$folder/display" "the virtual display"
