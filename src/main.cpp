@@ -42,6 +42,7 @@
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/XembedTrayWatcher.h"
+#include "ui/TrayDrawing.h"
 
 namespace valdorn {
 namespace {
@@ -116,7 +117,10 @@ std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content con
 Application::Application(Ground& ground, const std::string& key, const std::string& ledgerPath)
     : ground_(ground),
       ledger_(ground.files, ledgerPath),
-      statusItem_(mainQueue_, makeSurface),
+      statusItem_(
+          mainQueue_,
+          {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
+          makeSurface),
       delegate_(AppDelegate::create(
           {services_, statusItem_, windows_,
            [this]() -> RunnersStore& { return RunnersStore::shared(services_); },

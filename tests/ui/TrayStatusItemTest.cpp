@@ -7,6 +7,7 @@
 
 #include "platform/qt/TrayStatusItem.h"
 #include "support/VirtualMainQueue.h"
+#include "ui/TrayDrawing.h"
 
 namespace valdorn {
 namespace {
@@ -68,6 +69,8 @@ protected:
     const StatusIcon green{"bird.fill", SystemColor::green, "Valdorn"};
     const StatusIcon red{"bird", SystemColor::red, "Valdorn"};
 
+    const TrayPictures pictures{TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner,
+                                TrayDrawing::empty};
     VirtualMainQueue queue;
     Bar bar;
     int surfaces = 0;
@@ -76,7 +79,7 @@ protected:
         {{"status", "Status: —", false, false, false, 0, nullptr},
          {"", "", true, false, true, 0, nullptr},
          {"quit", "Quit Valdorn", true, false, false, 'q', [this] { activated += "quit "; }}}};
-    TrayStatusItem item{queue, [this](TrayHost, const TraySurface::Content& content) {
+    TrayStatusItem item{queue, pictures, [this](TrayHost, const TraySurface::Content& content) {
                             ++surfaces;
                             return std::make_unique<RecordingSurface>(bar, content);
                         }};

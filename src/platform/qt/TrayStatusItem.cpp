@@ -4,8 +4,6 @@
 #include <QIcon>
 #include <utility>
 
-#include "platform/qt/TrayDrawing.h"
-
 namespace valdorn {
 
 namespace {
@@ -15,8 +13,9 @@ constexpr std::chrono::milliseconds spinnerPeriod{200};
 
 }  // namespace
 
-TrayStatusItem::TrayStatusItem(MainQueue& mainQueue, TraySurface::Factory makeSurface)
-    : mainQueue_(mainQueue), makeSurface_(std::move(makeSurface)) {}
+TrayStatusItem::TrayStatusItem(MainQueue& mainQueue, TrayPictures pictures,
+                               TraySurface::Factory makeSurface)
+    : mainQueue_(mainQueue), pictures_(std::move(pictures)), makeSurface_(std::move(makeSurface)) {}
 
 void TrayStatusItem::show(TrayHost host) {
     if (surface_)
@@ -65,7 +64,7 @@ void TrayStatusItem::turnSpinner() {
     if (!spinning_ || !surface_)
         return;
     turning_ = mainQueue_.every(spinnerPeriod, [this] {
-        frame_ = (frame_ + 1) % TrayDrawing::spinnerFrames;
+        frame_ = (frame_ + 1) % pictures_.spinnerFrames;
         update();
     });
 }
@@ -76,10 +75,10 @@ TrayStatusItem::Picture TrayStatusItem::wanted() const {
     return {icon_, std::nullopt, variableLength};
 }
 
-QIcon TrayStatusItem::draw(const Picture& picture) {
+QIcon TrayStatusItem::draw(const Picture& picture) const {
     if (picture.spinnerFrame)
-        return TrayDrawing::spinner(*picture.spinnerFrame, picture.length);
-    return picture.icon ? TrayDrawing::icon(*picture.icon) : TrayDrawing::empty();
+        return pictures_.spinner(*picture.spinnerFrame, picture.length);
+    return picture.icon ? pictures_.icon(*picture.icon) : pictures_.empty();
 }
 
 void TrayStatusItem::updateLater() {

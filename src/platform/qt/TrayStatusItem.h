@@ -7,6 +7,7 @@
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
 #include "platform/qt/MenuRenderer.h"
+#include "platform/qt/TrayPictures.h"
 #include "platform/qt/TraySurface.h"
 
 namespace valdorn {
@@ -16,7 +17,7 @@ namespace valdorn {
 class TrayStatusItem : public StatusItem {
 public:
     // The queue outlives this. The surface is made by `makeSurface` when show() is called.
-    TrayStatusItem(MainQueue& mainQueue, TraySurface::Factory makeSurface);
+    TrayStatusItem(MainQueue& mainQueue, TrayPictures pictures, TraySurface::Factory makeSurface);
 
     // A host is there: from now on the bar shows the item. The menu was set before.
     void show(TrayHost host);
@@ -46,13 +47,14 @@ private:
     };
 
     Picture wanted() const;
-    static QIcon draw(const Picture& picture);
+    QIcon draw(const Picture& picture) const;
     void updateLater();
     void update();
     void turnSpinner();
     void openMenu();
 
     MainQueue& mainQueue_;
+    const TrayPictures pictures_;
     const TraySurface::Factory makeSurface_;
     std::optional<StatusIcon> icon_;
     int length_ = variableLength;

@@ -1,4 +1,4 @@
-#include "platform/qt/TrayDrawing.h"
+#include "ui/TrayDrawing.h"
 
 #include <QImage>
 #include <QPainter>
