@@ -31,6 +31,7 @@
 #include "platform/posix/PosixHostInfo.h"
 #include "platform/posix/PosixSystemLog.h"
 #include "platform/posix/RecordingChildLauncher.h"
+#include "platform/posix/StandardStreams.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/InstanceBus.h"
@@ -143,6 +144,7 @@ Application::Application(Ground& ground, const std::string& key, const std::stri
 
 void Application::terminate() {
     quitSignals_.disarm();
+    ledger_.clear();
     QCoreApplication::quit();
 }
 
@@ -165,7 +167,6 @@ int Application::run() {
     const int status = QApplication::exec();
     // Whoever still waits for a registration tool lets go of it, so that the threads can be joined.
     launcher_.interruptRuns();
-    ledger_.clear();
     return status;
 }
 
@@ -234,5 +235,6 @@ int run(int argc, char** argv) {
 }  // namespace valdorn
 
 int main(int argc, char** argv) {
+    valdorn::openMissingStandardStreams();
     return valdorn::run(argc, argv);
 }

@@ -260,7 +260,7 @@ TEST_F(PosixFileSystemTest, AnAppendThatFailsSaysSoAndTheHandleStaysUsable) {
     EXPECT_EQ(content("log"), "1234!");
 }
 
-TEST_F(PosixFileSystemTest, ALogThatReachesTheSizeLimitDoesNotEndTheProgram) {
+TEST_F(PosixFileSystemTest, AFileThatReachesTheSizeLimitDoesNotEndTheProgram) {
     const auto writeTooMuch = [this] {
         std::signal(SIGXFSZ, SIG_DFL);  // as a program finds it
         PosixFileSystem own;

@@ -6,8 +6,8 @@
 
 #include "platform/ApplicationId.h"
 #include "platform/FileSystem.h"
-#include "platform/HostInfo.h"
 #include "platform/Path.h"
+#include "platform/XdgFolders.h"
 #include "platform/posix/DesktopEntry.h"
 
 namespace valdorn {
@@ -21,16 +21,6 @@ constexpr std::string_view tryExecKey = "TryExec";
 // What an entry of ours may be made of and still be nobody else's.
 const std::vector<std::string_view> ourKeys = {"Type",     "Name",    "Exec",  "Icon",
                                                "Terminal", hiddenKey, gnomeKey};
-
-std::string configFolder(const HostInfo& host) {
-    constexpr std::string_view name = "XDG_CONFIG_HOME=";
-    for (const std::string& variable : host.environment()) {
-        // A relative folder is to be ignored by the base directory rules.
-        if (variable.starts_with(name) && variable.substr(name.size()).starts_with('/'))
-            return variable.substr(name.size());
-    }
-    return appendPathComponent(host.homeFolder(), ".config");
-}
 
 bool says(const DesktopEntry& entry, std::string_view key, bool truth) {
     const auto value = entry.value(key);
@@ -49,7 +39,7 @@ AutostartRegistry::AutostartRegistry(FileSystem& files, const HostInfo& host,
                                      std::string executable)
     : files_(files),
       executable_(std::move(executable)),
-      folder_(appendPathComponent(configFolder(host), "autostart")),
+      folder_(appendPathComponent(XdgFolders::configuration(host), "autostart")),
       path_(appendPathComponent(folder_, std::string(applicationId) + ".desktop")) {}
 
 LoginItemStatus AutostartRegistry::status() const {

@@ -15,8 +15,8 @@ namespace valdorn {
 // A write beyond the file size limit of the process fails with EFBIG.
 class PosixFileSystem : public FileSystem {
 public:
-    // Makes the process ignore SIGXFSZ, unless somebody handles it: a log that reaches the limit
-    // would otherwise end the program.
+    // Makes the process ignore SIGXFSZ, unless somebody handles it: a file that reaches the limit
+    // would otherwise end the program, on any thread that does not block signals.
     PosixFileSystem();
 
     Result<std::string, FileError> read(const std::string& path) const override;

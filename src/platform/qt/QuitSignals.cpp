@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cassert>
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -19,6 +20,9 @@ namespace {
 std::atomic<int> wakeUpPipe{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
 
+// Whom the end of the process is told to; null while there is nobody.
+QuitSignals* present = nullptr;
+
 void onSignal(int) {
     const int savedError = errno;
     const char byte = 0;
@@ -30,7 +34,12 @@ void onSignal(int) {
 }  // namespace
 
 QuitSignals::QuitSignals(std::function<void()> onQuit) : onQuit_(std::move(onQuit)) {
-    assert(wakeUpPipe == -1);
+    assert(!present);
+    present = this;
+    [[maybe_unused]] static const int registered = std::atexit([] {
+        if (present)
+            present->tell();
+    });
     openPipe();
     installHandlers();
     // The session manager asks first whether all is saved (nothing to do, nothing to object to)
@@ -46,6 +55,7 @@ QuitSignals::QuitSignals(std::function<void()> onQuit) : onQuit_(std::move(onQui
 QuitSignals::~QuitSignals() {
     for (std::size_t i = 0; i < signals_.size(); ++i)
         sigaction(signals_[i], &before_[i], nullptr);
+    present = nullptr;
     wakeUpPipe = -1;
     notifier_.reset();
     close(pipe_[0]);

@@ -16,12 +16,11 @@ enum class TrayHost { notifier, xembed };
 // Qt settles for one kind for the life of the process, and at login a panel's tray may come before
 // its notifier host. Main thread only.
 //
-// | state      | a host comes                     | the host goes   | the waiting time is over |
-// |------------|----------------------------------|-----------------|-------------------------------|
-// | searching  | found (notifier only), shown     | -               | found (either), else missing
-// | | shown      | -                                | lost            | - | | lost       | shown |
-// -               | missing                       | | missing    | found if none was before; shown
-// | -               | -                             |
+//   state      a host comes                   the host goes  the waiting time is over
+//   searching  notifier: found, shown         -              any kind: found, shown; none: missing
+//   shown      -                              lost           -
+//   lost       shown                          -              missing
+//   missing    shown (found, if none was yet) -              -
 class TrayHostSearch {
 public:
     // Whether a host of each kind is there at this moment.

@@ -1,0 +1,18 @@
+#include "platform/posix/StandardStreams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace valdorn {
+
+void openMissingStandardStreams() {
+    // The kernel gives the lowest free number.
+    int opened = 0;
+    do
+        opened = open("/dev/null", O_RDWR);
+    while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0)
+        close(opened);
+}
+
+}  // namespace valdorn
