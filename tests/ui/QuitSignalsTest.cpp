@@ -1,5 +1,6 @@
 #include <QCoreApplication>
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -83,6 +84,26 @@ TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
     queue.post([] { QCoreApplication::quit(); });
     QCoreApplication::exec();
     EXPECT_EQ(told, 1);
+}
+
+TEST(QuitSignalsDeathTest, ExitPastTheEventLoopIsTold) {
+    EXPECT_EXIT(
+        {
+            const QuitSignals signals([] { (void)write(STDERR_FILENO, "told", 4); });
+            std::exit(3);
+        },
+        testing::ExitedWithCode(3), "^told$");
+}
+
+TEST(QuitSignalsDeathTest, ExitAfterItsTimeIsNotTold) {
+    EXPECT_EXIT(
+        {
+            {
+                const QuitSignals signals([] { (void)write(STDERR_FILENO, "told", 4); });
+            }
+            std::exit(3);
+        },
+        testing::ExitedWithCode(3), "^$");
 }
 
 }  // namespace
