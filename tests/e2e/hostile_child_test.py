@@ -244,6 +244,12 @@ class FullDiskTest(HostileChildCase):
         self.fill(command=("prlimit", f"--fsize={limit}"))
         self.assertEqual(limit, os.path.getsize(self.log_path))
 
+    def test_a_size_limit_that_no_file_fits_in_ends_nothing(self):
+        self.begin("hang", connected=False, command=("prlimit", "--fsize=10"))
+        # Its configuration could not be written, and so the daemon says.
+        wait_until(lambda: self.raw_log() == "Error: inv", "a complaint that was cut", 20)
+        stays_true(lambda: self.sees(STARTING), STARTING, 1)
+
     def test_a_full_file_system_ends_nothing(self):
         space = ("unshare", "--map-current-user", "--keep-caps", "--mount")
         if subprocess.run([*space, "true"], capture_output=True).returncode:
