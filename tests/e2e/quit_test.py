@@ -6,6 +6,7 @@ import time
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import Desktop
 from support.program import kill
 from support.waiting import spend, wait_until
 
@@ -117,6 +118,33 @@ class QuitTest(ProgramCase):
                    "the job")
         self.assert_quits(lambda: self.item.menu().choose("Quit Valdorn"))
         self.assert_nothing_left()
+
+
+class LostDisplayTest(ProgramCase):
+    def test_when_the_display_is_taken_away(self):
+        puppets, = self.puppet_runners({})
+        program, item = self.start_with_item()
+        daemon = puppets.wait_for_one()
+        item.menu().choose("Settings…")
+        wait_until(lambda: self.desktop.windows_of(program), "a window")
+        self.desktop.end_display()
+        # Qt leaves that way, and says why.
+        self.assertEqual(program.wait_for_end(5), 1)
+        self.assertEqual(program.stderr().count("\n"), 1, program.stderr())
+        self.expect_stderr(program)
+        puppets.wait_for_none(5)
+        self.assertEqual(puppets.signals(daemon), ["SIGTERM"])
+
+    def test_not_when_only_the_bus_goes(self):
+        puppets, = self.puppet_runners({})
+        desktop = Desktop()
+        self.addCleanup(desktop.close)
+        program = self.start(desktop=desktop)
+        daemon = puppets.wait_for_one()
+        desktop.bus.end()
+        spend(0.5)
+        self.assertTrue(program.is_running())
+        self.assertEqual(puppets.living(), [daemon])
 
 
 class ChildrenTest(ProgramCase):

@@ -53,10 +53,15 @@ class SessionBus:
         self._connections.append(connection)
         return connection
 
+    def end(self):
+        """Takes the bus away from whoever is on it."""
+        if self._daemon.returncode is None:
+            _end(self._daemon)
+
     def close(self):
         for connection in self._connections:
             connection.close()
-        _end(self._daemon)
+        self.end()
 
 
 class Desktop:
@@ -92,6 +97,7 @@ class Desktop:
             ["Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset"],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self._processes.append(server)
+        self._server = server
         self.display = ":" + _first_line(server.stdout)
         self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
 
@@ -110,6 +116,10 @@ class Desktop:
     def end(self, process):
         self._processes.remove(process)
         _end(process)
+
+    def end_display(self):
+        """Takes the display away from whoever is on it."""
+        self.end(self._server)
 
     def xdotool(self, *arguments):
         """What xdotool prints; raises when it fails."""
