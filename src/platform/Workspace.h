@@ -16,7 +16,7 @@ public:
     // Opens a file, by absolute path, with its default program.
     virtual bool openFile(const std::string& path) = 0;
 
-    // Opens a URL with the program for its scheme.
+    // Opens a URL with the program for its scheme; text without a scheme is opened by nothing.
     virtual bool openUrl(const std::string& url) = 0;
 };
 

@@ -1,10 +1,15 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QImage>
+#include <QMimeData>
 #include <QUrl>
+#include <memory>
 
 #include <gtest/gtest.h>
 
+#include "contracts/PasteboardContract.h"
+#include "contracts/WorkspaceContract.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWorkspace.h"
 
@@ -29,30 +34,51 @@ private:
     const QString scheme_;
 };
 
-TEST(QtPasteboardTest, TextReplacesTheClipboard) {
-    QtPasteboard pasteboard;
-    pasteboard.setText("before");
-    pasteboard.setText("chmod +x “act_runner” — ✓");
-    EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), "chmod +x “act_runner” — ✓");
-}
+class RealPasteboard {
+public:
+    Pasteboard& pasteboard() { return pasteboard_; }
+    std::string content() const { return QGuiApplication::clipboard()->text().toStdString(); }
 
-TEST(QtWorkspaceTest, FileIsOpenedByItsPathWhateverCharactersItHas) {
-    Opener opener(QStringLiteral("file"));
-    EXPECT_TRUE(QtWorkspace().openFile("/tmp/a b#c?d%20/Übersicht.log"));
-    ASSERT_EQ(opener.opened.size(), 1);
-    EXPECT_EQ(opener.opened[0].toLocalFile().toStdString(), "/tmp/a b#c?d%20/Übersicht.log");
-}
+private:
+    QtPasteboard pasteboard_;
+};
 
-TEST(QtWorkspaceTest, UrlIsHandedToTheProgramForItsScheme) {
-    Opener opener(QStringLiteral("x-settings"));
-    EXPECT_TRUE(QtWorkspace().openUrl("x-settings:privacy?Network"));
-    ASSERT_EQ(opener.opened.size(), 1);
-    EXPECT_EQ(opener.opened[0].toString().toStdString(), "x-settings:privacy?Network");
+class RealWorkspace {
+public:
+    Workspace& workspace() { return workspace_; }
+    void removePrograms() {
+        files_.reset();
+        settings_.reset();
+    }
+    std::vector<std::string> filesOpened() const {
+        std::vector<std::string> paths;
+        for (const QUrl& url : files_->opened)
+            paths.push_back(url.toLocalFile().toStdString());
+        return paths;
+    }
+    std::vector<std::string> urlsOpened() const {
+        std::vector<std::string> urls;
+        for (const QUrl& url : settings_->opened)
+            urls.push_back(url.toString(QUrl::FullyEncoded).toStdString());
+        return urls;
+    }
+
+private:
+    QtWorkspace workspace_;
+    std::unique_ptr<Opener> files_ = std::make_unique<Opener>(QStringLiteral("file"));
+    std::unique_ptr<Opener> settings_ = std::make_unique<Opener>(QStringLiteral("x-settings"));
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, PasteboardContract, RealPasteboard);
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, WorkspaceContract, RealWorkspace);
+
+TEST(QtPasteboardTest, TextReplacesAPictureToo) {
+    QGuiApplication::clipboard()->setImage(QImage(1, 1, QImage::Format_ARGB32));
+    QtPasteboard().setText("text");
+    EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasImage());
 }
 
 TEST(QtWorkspaceTest, TextThatIsNoUrlIsNotOpened) {
-    EXPECT_FALSE(QtWorkspace().openUrl(""));
-    EXPECT_FALSE(QtWorkspace().openUrl("/just/a/path"));
     EXPECT_FALSE(QtWorkspace().openUrl("http://[broken"));
 }
 
