@@ -1,9 +1,11 @@
+#include <sstream>
 #include <string>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "contracts/SystemLogContract.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/PosixSystemLog.h"
 #include "support/TemporaryFolder.h"
@@ -31,23 +33,35 @@ private:
     const int before_;
 };
 
-std::string written(std::string_view line) {
-    const TemporaryFolder folder;
-    {
-        const RedirectedStandardError redirected(folder / "stderr");
-        PosixSystemLog().write(line);
-    }
-    const auto content = PosixFileSystem().read(folder / "stderr");
-    return content.ok() ? content.value() : content.error().description();
-}
+class CapturedSystemLog {
+public:
+    SystemLog& log() { return log_; }
 
-TEST(PosixSystemLogTest, WritesOneLineToStandardError) {
-    EXPECT_EQ(written("Valdorn: 100%s of é failed"), "Valdorn: 100%s of é failed\n");
-    EXPECT_EQ(written(""), "\n");
-}
+    std::string written() const {
+        const auto content = PosixFileSystem().read(folder_ / "stderr");
+        return content.ok() ? content.value() : content.error().description();
+    }
+
+    std::vector<std::string> lines() const {
+        std::vector<std::string> lines;
+        std::istringstream text(written());
+        for (std::string line; std::getline(text, line);)
+            lines.push_back(line);
+        return lines;
+    }
+
+private:
+    const TemporaryFolder folder_;
+    const RedirectedStandardError redirected_{folder_ / "stderr"};
+    PosixSystemLog log_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, SystemLogContract, CapturedSystemLog);
 
 TEST(PosixSystemLogTest, AControlCharacterDoesNotMakeTwoLines) {
-    EXPECT_EQ(written(std::string_view("a\nb\r\tc\0d\x1b[1m\x7f", 13)), "a b  c d [1m \n");
+    CapturedSystemLog captured;
+    captured.log().write(std::string_view("a\nb\r\tc\0d\x1b[1m\x7f", 13));
+    EXPECT_EQ(captured.written(), "a b  c d [1m \n");
 }
 
 TEST(PosixSystemLogTest, AFullStandardErrorIsNoFailure) {
