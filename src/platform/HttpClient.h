@@ -24,8 +24,8 @@ struct HttpError {
     std::string description;  // one readable line
 };
 
-// A request under way. Owned by the caller; dropping it cancels, and the completion is then never
-// called. Main thread only.
+// A request under way. Owned by the caller; dropping it cancels, and so does the end of the client,
+// which may come first: the completion is then never called. Main thread only.
 class HttpRequest {
 public:
     HttpRequest() = default;

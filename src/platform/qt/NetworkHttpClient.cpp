@@ -53,6 +53,8 @@ public:
     ~Exchange() override { release(); }
 
     void start(MainQueue& queue, QNetworkAccessManager& manager, const HttpQuery& query) {
+        // The end of the client takes the reply with it; the time-out must not speak up after that.
+        connect(&manager, &QObject::destroyed, this, [this] { outcome_.cancel(); });
         const QUrl url = parse(query.url);
         if (url.isEmpty()) {
             outcome_ = queue.after(std::chrono::milliseconds{0}, [this] {

@@ -9,7 +9,7 @@ namespace valdorn {
 class MainQueue;
 
 // The HTTP client of Qt: its own headers, the system's certificates, the application's proxy.
-// The main queue outlives it; it outlives its requests or cancels them.
+// The main queue outlives it.
 class NetworkHttpClient : public HttpClient {
 public:
     explicit NetworkHttpClient(MainQueue& mainQueue);
