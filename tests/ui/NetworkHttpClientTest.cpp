@@ -1,11 +1,14 @@
+#include <QPointer>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslKey>
 #include <QSslServer>
 #include <optional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
+#include "contracts/HttpClientContract.h"
 #include "platform/qt/NetworkHttpClient.h"
 #include "support/VirtualMainQueue.h"
 #include "ui/EventLoop.h"
@@ -15,6 +18,55 @@ namespace valdorn {
 namespace {
 
 using namespace std::chrono_literals;
+
+// A server that keeps connections waiting until it is told how to answer.
+class WaitingServer {
+public:
+    HttpClient& client() { return *client_; }
+    void destroyClient() { client_.reset(); }
+    std::string url() const { return server_.url(); }
+    void answer(const std::string& status, const std::string& body) {
+        answer_ = httpAnswer(QByteArray::fromStdString(status), QByteArray::fromStdString(body));
+        answerWaiting();
+    }
+    void breakConnections() {
+        answer_ = QByteArray();
+        answerWaiting();
+    }
+    void pass(std::chrono::milliseconds time) {
+        runReadyEvents();
+        queue_.advance(time);
+        runReadyEvents();
+    }
+    bool runUntil(const std::function<bool()>& condition) {
+        return valdorn::runUntil([this, &condition] {
+            queue_.advance(0ms);
+            return condition();
+        });
+    }
+
+private:
+    void answerWaiting() {
+        for (const QPointer<QTcpSocket>& connection : std::exchange(waiting_, {})) {
+            if (connection) {
+                connection->write(*answer_);
+                connection->disconnectFromHost();
+            }
+        }
+    }
+
+    VirtualMainQueue queue_;
+    std::optional<NetworkHttpClient> client_{queue_};
+    std::optional<QByteArray> answer_;
+    QList<QPointer<QTcpSocket>> waiting_;
+    LoopbackServer server_{[this](QTcpSocket& connection, const QByteArray&) {
+        waiting_.append(&connection);
+        if (answer_)
+            answerWaiting();
+    }};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Network, HttpClientContract, WaitingServer);
 
 class NetworkHttpClientTest : public testing::Test {
 protected:
@@ -48,29 +100,12 @@ LoopbackServer::Answer always(const QByteArray& bytes) {
     };
 }
 
-TEST_F(NetworkHttpClientTest, BodyIsHandedOverOnceAndNoTimerStays) {
+TEST_F(NetworkHttpClientTest, NoTimerStaysAfterTheAnswer) {
     LoopbackServer server(always(httpAnswer("200 OK", "hello")));
     fetch(server.url());
-    EXPECT_FALSE(outcome);
-    EXPECT_EQ(awaited().value(), "hello");
+    EXPECT_EQ(queue.pending(), 1U);
+    EXPECT_TRUE(awaited().ok());
     EXPECT_EQ(queue.pending(), 0U);
-}
-
-TEST_F(NetworkHttpClientTest, EmptyBodyIsABody) {
-    LoopbackServer server(always(httpAnswer("200 OK", "")));
-    fetch(server.url());
-    EXPECT_EQ(awaited().value(), "");
-}
-
-TEST_F(NetworkHttpClientTest, BodyIsHandedOverWhateverTheStatus) {
-    for (const char* const status : {"400 Bad Request", "401 Unauthorized", "403 Forbidden",
-                                     "404 Not Found", "418 Teapot", "500 Error", "503 Busy"}) {
-        LoopbackServer server(always(httpAnswer(status, "{\"message\":\"no\"}")));
-        completions = 0;
-        outcome.reset();
-        fetch(server.url());
-        EXPECT_EQ(awaited().value(), "{\"message\":\"no\"}") << status;
-    }
 }
 
 TEST_F(NetworkHttpClientTest, GetIsSentWithThePathAndNoHeadersOfOurs) {
@@ -91,13 +126,11 @@ TEST_F(NetworkHttpClientTest, GetIsSentWithThePathAndNoHeadersOfOurs) {
     }
 }
 
-TEST_F(NetworkHttpClientTest, SilentServerTimesOut) {
+TEST_F(NetworkHttpClientTest, TimeOutClosesTheConnection) {
     LoopbackServer server([](QTcpSocket&, const QByteArray&) {});
     fetch(server.url());
     EXPECT_TRUE(runUntil([&server] { return server.requests == 1; }));
-    queue.advance(9999ms);
-    EXPECT_FALSE(outcome);
-    queue.advance(1ms);
+    queue.advance(10s);
     EXPECT_EQ(awaited().error().kind, HttpError::Kind::timeout);
     EXPECT_TRUE(runUntil([&server] { return server.disconnections == 1; }));
 }
@@ -118,24 +151,6 @@ TEST_F(NetworkHttpClientTest, TricklingServerTimesOutAllTheSame) {
     }
     queue.advance(1s);
     EXPECT_EQ(awaited().error().kind, HttpError::Kind::timeout);
-}
-
-TEST_F(NetworkHttpClientTest, NoTimeoutMeansNoTimer) {
-    LoopbackServer server([](QTcpSocket&, const QByteArray&) {});
-    request = client.get({server.url(), 0ms, 10}, [](const Outcome&) {});
-    EXPECT_EQ(queue.pending(), 0U);
-}
-
-TEST_F(NetworkHttpClientTest, BodyAtTheLimitIsAccepted) {
-    LoopbackServer server(always(httpAnswer("200 OK", QByteArray(1000, 'x'))));
-    fetch(server.url(), 1000);
-    EXPECT_EQ(awaited().value().size(), 1000U);
-}
-
-TEST_F(NetworkHttpClientTest, BodyOverTheLimitIsAFailure) {
-    LoopbackServer server(always(httpAnswer("200 OK", QByteArray(1001, 'x'))));
-    fetch(server.url(), 1000);
-    EXPECT_EQ(awaited().error().kind, HttpError::Kind::tooLarge);
 }
 
 TEST_F(NetworkHttpClientTest, EndlessBodyIsCutOffWhileItIsRead) {
@@ -183,20 +198,18 @@ TEST_F(NetworkHttpClientTest, ClosedPortIsAReadableFailure) {
     EXPECT_FALSE(error.description.empty());
 }
 
-TEST_F(NetworkHttpClientTest, AddressThatCannotBeFetchedFailsAfterTheCall) {
-    for (const char* const url : {"", "nonsense", "ftp://127.0.0.1/", "file:///etc/hostname",
-                                  "http://", "http://[broken", "http://bad host/"}) {
+TEST_F(NetworkHttpClientTest, MalformedAddressIsNotFetched) {
+    for (const char* const url : {"http://[broken", "http://bad host/"}) {
         completions = 0;
         outcome.reset();
         fetch(url);
-        EXPECT_FALSE(outcome);
         queue.advance(0ms);
         ASSERT_TRUE(outcome) << url;
         EXPECT_EQ(outcome->error().kind, HttpError::Kind::invalidUrl) << url;
     }
 }
 
-TEST_F(NetworkHttpClientTest, DroppingBeforeTheAnswerCancels) {
+TEST_F(NetworkHttpClientTest, DroppingBeforeTheAnswerClosesTheConnection) {
     LoopbackServer server([](QTcpSocket&, const QByteArray&) {});
     fetch(server.url());
     EXPECT_TRUE(runUntil([&server] { return server.requests == 1; }));
@@ -206,7 +219,7 @@ TEST_F(NetworkHttpClientTest, DroppingBeforeTheAnswerCancels) {
     EXPECT_EQ(completions, 0);
 }
 
-TEST_F(NetworkHttpClientTest, DroppingInTheMiddleOfTheBodyCancels) {
+TEST_F(NetworkHttpClientTest, DroppingInTheMiddleOfTheBodyClosesTheConnection) {
     LoopbackServer server([](QTcpSocket& connection, const QByteArray&) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
     });
@@ -218,34 +231,10 @@ TEST_F(NetworkHttpClientTest, DroppingInTheMiddleOfTheBodyCancels) {
     EXPECT_EQ(completions, 0);
 }
 
-TEST_F(NetworkHttpClientTest, DroppingAtOnceCancelsAnInvalidAddressToo) {
+TEST_F(NetworkHttpClientTest, DroppingLeavesNothingArmed) {
     fetch("nonsense");
     request.reset();
-    queue.advance(1h);
-    EXPECT_EQ(completions, 0);
     EXPECT_EQ(queue.pending(), 0U);
-}
-
-TEST_F(NetworkHttpClientTest, CompletionMayDropItsRequest) {
-    LoopbackServer server(always(httpAnswer("200 OK", "hello")));
-    request = client.get({server.url(), 10s, 1000}, [this](const Outcome& result) {
-        outcome = result;
-        request.reset();
-    });
-    EXPECT_TRUE(runUntil([this] { return outcome.has_value(); }));
-    EXPECT_EQ(outcome->value(), "hello");
-}
-
-TEST_F(NetworkHttpClientTest, RequestMayOutliveTheClient) {
-    LoopbackServer server([](QTcpSocket&, const QByteArray&) {});
-    std::unique_ptr<HttpRequest> left;
-    {
-        NetworkHttpClient shortLived(queue);
-        left = shortLived.get({server.url(), 10s, 10}, [this](const Outcome&) { ++completions; });
-    }
-    runReadyEvents();
-    left.reset();
-    EXPECT_EQ(completions, 0);
 }
 
 TEST_F(NetworkHttpClientTest, RedirectIsFollowed) {
