@@ -53,11 +53,11 @@ def main():
     os.makedirs("puppet", exist_ok=True)
     signal.pthread_sigmask(signal.SIG_BLOCK, NOTED)
     here = f"puppet/{os.getpid()}"
+    leave(here + ".json", json.dumps(given))
     if os.path.exists("puppet/first"):
         with open("puppet/first", "rb") as file:
             say(file.read())
     said = 0
-    leave(here + ".json", json.dumps(given))
     while True:
         got = signal.sigtimedwait(NOTED, LOOK_PERIOD)
         if got:
