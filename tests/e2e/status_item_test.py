@@ -109,6 +109,22 @@ class MenuTest(StatusItemCase):
         spend(1.0)
         self.assertEqual(signals.seen, [])
 
+    def test_says_nothing_of_changes_that_it_does_not_show(self):
+        self.begin({})
+        self.wait_for_status("Connected — idle")
+        spend(0.3)
+        signals = self.watch()
+        for number in range(20):
+            self.puppets[0].say(entry(f"x, with version: v1.0.{number}, y"),
+                                f"[CI/build{number}] | step\n")
+            spend(0.03)
+        self.puppets[0].say(task("acme/site"))
+        self.wait_for_label("Building: acme/site")
+        spend(0.3)
+        self.assertEqual(signals.count("NewIcon"), 0)
+        self.assertEqual(signals.count("NewToolTip"), 0)
+        self.assertLessEqual(signals.count("ItemsPropertiesUpdated"), 2)
+
 
 class BuildLineTest(StatusItemCase):
     def test_names_the_build_of_the_only_runner(self):
