@@ -20,7 +20,7 @@ protected:
     Workspace& workspace() { return fixture.workspace(); }
 
     Fixture fixture;
-    const std::vector<std::string> nothing;
+    const std::vector<std::string> nothing{};
 };
 
 TYPED_TEST_SUITE_P(WorkspaceContract);

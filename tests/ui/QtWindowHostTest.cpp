@@ -135,9 +135,9 @@ TEST_F(QtWindowHostTest, WindowGrowsWithAViewThatNeedsMore) {
     host.show(settings);
     EXPECT_EQ(window("settingsWindow")->size(), QSize(600, 500));
     view->setMinimumSize(700, 100);
-    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->size() == QSize(700, 340); }));
+    EXPECT_TRUE(runUntil([] { return window("settingsWindow")->size() == QSize(700, 340); }));
     view->setMinimumSize(10, 10);
-    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->size() == QSize(480, 340); }));
+    EXPECT_TRUE(runUntil([] { return window("settingsWindow")->size() == QSize(480, 340); }));
 }
 
 TEST_F(QtWindowHostTest, UsersSizeOfAResizableWindowIsKept) {
@@ -150,14 +150,14 @@ TEST_F(QtWindowHostTest, UsersSizeOfAResizableWindowIsKept) {
 
 TEST_F(QtWindowHostTest, ControlWCloses) {
     host.show(log);
-    EXPECT_TRUE(runUntil([this] { return window("logWindow")->isActiveWindow(); }));
+    EXPECT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
     QTest::keyClick(window("logWindow"), Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(window("logWindow")->isVisible());
 }
 
 TEST_F(QtWindowHostTest, EscapeDoesNotClose) {
     host.show(settings);
-    EXPECT_TRUE(runUntil([this] { return window("settingsWindow")->isActiveWindow(); }));
+    EXPECT_TRUE(runUntil([] { return window("settingsWindow")->isActiveWindow(); }));
     QTest::keyClick(window("settingsWindow"), Qt::Key_Escape);
     EXPECT_TRUE(window("settingsWindow")->isVisible());
 }
@@ -191,7 +191,7 @@ TEST_F(QtWindowHostTest, MenuComesAndGoesWhileTheWindowIsShown) {
 
 TEST_F(QtWindowHostTest, ShortcutsWorkOnlyWhileTheMenuIsOffered) {
     host.show(status);
-    EXPECT_TRUE(runUntil([this] { return window("statusWindow")->isActiveWindow(); }));
+    EXPECT_TRUE(runUntil([] { return window("statusWindow")->isActiveWindow(); }));
     QTest::keyClick(window("statusWindow"), Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(activated, "");
     host.offerMenu(menu);
