@@ -1,8 +1,10 @@
 """The status item and its menu, as a bar on the session bus sees them."""
 
+import signal
 import unittest
 
 from support.case import ProgramCase
+from support.program import kill
 from support.puppet import BLOCKED, DECLARED, JOB_FINISHED, JOB_STARTED, entry, task
 from support.waiting import spend, wait_until
 
@@ -214,6 +216,17 @@ class StartStopTest(StatusItemCase):
         self.wait_for_label("Start Runner")
         self.assertEqual(len(self.puppets[0].living()), 1)
 
+    def test_starts_at_once_what_waits_for_its_relaunch(self):
+        self.begin({})
+        self.wait_for_status("Connected — idle")
+        kill(self.puppets[0].wait_for_one(), signal.SIGKILL)
+        self.puppets[0].wait_for_none()
+        spend(0.3)
+        # The text is as old as the last change of the runner; the choice looks at the process.
+        self.menu.choose(next(label for label in self.menu.labels()
+                              if label in ("Start Runner", "Stop Runner")))
+        self.puppets[0].wait_for_one(2)
+
 
 class LooksTest(StatusItemCase):
     def test_introduces_itself(self):
@@ -262,6 +275,7 @@ class LooksTest(StatusItemCase):
         self.program, self.item = self.start_with_item()
         self.menu = self.item.menu()
         self.wait_for_status("Not registered")
+        self.assertIn("Start Runner", self.menu.labels())
         self.assert_hue(self.settled_icon(), "gray")
 
     def test_the_spinner_turns_a_few_times_a_second_and_stops(self):
