@@ -420,8 +420,10 @@ TEST_F(PosixChildLifeTest, LeavesTheDescriptorLimitAloneForAFewChildren) {
 
 TEST_F(PosixChildLifeTest, ChildThatPrintsAfterTheLauncherIsGoneEndsAsItWants) {
     // More than a pipe holds, so that somebody has to read.
+    ChildRecorder& recorder = newRecorder();
     const auto child =
-        launch(childCommand("play", {"await", "fill:1048576", "exit:7"}), newRecorder());
+        launch(childCommand("play", {"print:ready", "await", "fill:1048576", "exit:7"}), recorder);
+    ASSERT_TRUE(recorder.waitForBytes(5));
     const auto id = static_cast<pid_t>(child->id());
     launcher.reset();
     kill(id, SIGUSR1);
