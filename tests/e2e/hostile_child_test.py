@@ -77,7 +77,8 @@ class HostileChildCase(ProgramCase):
 
     def check_pauses(self, moments):
         for before, after in zip(moments, moments[1:]):
-            self.assertGreaterEqual(after - before, RELAUNCH_SECONDS - 0.1)
+            # The first of two may have been seen late, too.
+            self.assertGreaterEqual(after - before, RELAUNCH_SECONDS - 0.5)
             self.assertLessEqual(after - before, RELAUNCH_SECONDS + LATE_SECONDS)
 
 
