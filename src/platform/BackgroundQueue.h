@@ -8,7 +8,7 @@ namespace valdorn {
 //
 // Tasks may run at the same time as one another: one that never ends delays no other. Outcomes go
 // back through MainQueue::post. Destruction joins: it waits until every task has returned, so
-// whoever owns the queue first ends what its tasks wait for (ChildLauncher::interruptRuns).
+// whoever owns the queue first ends what its tasks wait for (ChildLauncher::shutDown).
 class BackgroundQueue {
 public:
     using Task = std::function<void()>;

@@ -35,7 +35,7 @@ struct LaunchError {
         prepare,        // pipes, descriptors, memory, process table
         workingFolder,  // the child could not enter its folder
         execute,        // the executable is missing, not executable, or not a program
-        interrupted,    // run(): the launcher was told to give up waiting
+        interrupted,    // the launcher was told that the program is quitting
     };
     Step step = Step::prepare;
     int errorNumber = 0;  // errno of the failing step; 0 for `interrupted`
@@ -56,11 +56,14 @@ using OutputCredit = std::shared_ptr<void>;
 // pipe buffers of 64 KiB, enough that the reader never waits for a main thread that keeps up.
 inline constexpr std::size_t maxPendingOutputBytes = std::size_t{256} * 1024;
 
+// The most that one chunk of output holds: what a pipe holds.
+inline constexpr std::size_t maxChunkBytes = std::size_t{64} * 1024;
+
 // Called on the launcher's reader thread, one call at a time for one child. Neither may block for
 // long or throw: all children share that thread.
 struct ChildHandlers {
     // The next bytes of the child's output, standard output and standard error merged in the order
-    // written; at most 64 KiB, never empty, valid during the call only. While more than
+    // written; at most maxChunkBytes, never empty, valid during the call only. While more than
     // maxPendingOutputBytes of this child's credits are alive, no further bytes are read: the pipe
     // fills and holds the child back, and nothing is lost.
     std::function<void(std::string_view chunk, OutputCredit credit)> onOutput;
@@ -96,8 +99,8 @@ public:
 //
 // A child gets: null as its standard input, one pipe as both standard output and standard error,
 // no other descriptor, an empty signal mask, default signal dispositions, and a process group of
-// its own (a Ctrl-C in the terminal reaches only this program). Its exit is what the kernel says,
-// never the end of the pipe.
+// its own (a Ctrl-C in the terminal reaches only this program). The exit of a launched child is
+// what the kernel says, never the end of the pipe.
 //
 // Destruction stops and joins the reader thread: no handler is called after it has returned.
 // Children live on, and what they print then is thrown away; credits may still be dropped later.
@@ -115,14 +118,16 @@ public:
 
     // Blocks the calling thread, never the main thread: starts a child, hands each chunk of its
     // output to `onOutput` on the calling thread until the end of the stream, then waits for the
-    // child to end. No time-out. Returns LaunchError::interrupted early after interruptRuns(); the
+    // child to end. A grandchild that keeps the pipe thus keeps the caller. No time-out. Returns LaunchError::interrupted early after shutDown(); the
     // child then lives on without us.
     virtual Result<ChildExit, LaunchError> run(
         const ChildCommand& command,
         const std::function<void(std::string_view chunk)>& onOutput) = 0;
 
-    // Any thread. Makes every run(), present and future, return soon. For shutdown.
-    virtual void interruptRuns() = 0;
+    // Any thread. The program is quitting: every run() returns soon, and from here on run() and
+    // launch() start nothing and answer LaunchError::interrupted. Children that run are left alone,
+    // and their handlers go on being called.
+    virtual void shutDown() = 0;
 };
 
 }  // namespace valdorn

@@ -238,8 +238,26 @@ TYPED_TEST_P(ChildLauncherContract, RunHandsOverTheOutputOnTheCallingThreadAndRe
     EXPECT_EQ(output, "one two");
 }
 
+TYPED_TEST_P(ChildLauncherContract, ShutDownLeavesChildrenAloneAndLaunchesNoMore) {
+    auto& before = this->newRecorder();
+    const auto child = this->launch({ChildStep::print("ready"), ChildStep::await(),
+                                     ChildStep::print("later"), ChildStep::exit(4)},
+                                    before);
+    ASSERT_TRUE(before.waitForBytes(5));
+    this->stage.launcher().shutDown();
+
+    auto& after = this->newRecorder();
+    const auto refused = this->stage.launch({ChildStep::exit(0)}, after.handlers());
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error(), (LaunchError{LaunchError::Step::interrupted, 0, {}}));
+
+    this->stage.nudge(child->id());
+    EXPECT_TRUE(before.waitForExit());
+    EXPECT_EQ(before.output(), "readylater");
+}
+
 TYPED_TEST_P(ChildLauncherContract, InterruptedRunsReturnAndLaterOnesDoNotStart) {
-    const auto interrupt = [&](std::string_view) { this->stage.launcher().interruptRuns(); };
+    const auto interrupt = [&](std::string_view) { this->stage.launcher().shutDown(); };
     const auto first = this->stage.run({ChildStep::print("ready"), ChildStep::await()}, interrupt);
     ASSERT_FALSE(first.ok());
     EXPECT_EQ(first.error(), (LaunchError{LaunchError::Step::interrupted, 0, {}}));
@@ -261,6 +279,6 @@ REGISTER_TYPED_TEST_SUITE_P(
     TerminatesPolitelyAndOnlyWhenAsked, TerminatingAnEndedChildIsHarmless,
     GivesEachChildAnIdOfItsOwn, AFailedLaunchSaysWhyAndReleasesTheHandlersUncalled,
     CallsNoHandlerAfterItIsGone, RunHandsOverTheOutputOnTheCallingThreadAndReturnsTheExit,
-    InterruptedRunsReturnAndLaterOnesDoNotStart);
+    ShutDownLeavesChildrenAloneAndLaunchesNoMore, InterruptedRunsReturnAndLaterOnesDoNotStart);
 
 }  // namespace valdorn

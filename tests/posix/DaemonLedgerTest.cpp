@@ -287,7 +287,7 @@ public:
         const ChildCommand&, const std::function<void(std::string_view chunk)>&) override {
         return ChildExit{};
     }
-    void interruptRuns() override {}
+    void shutDown() override {}
 
 private:
     class Ended : public ChildProcess {
@@ -317,7 +317,7 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     inner.failNextLaunch = LaunchError{LaunchError::Step::execute, ENOENT, "/x"};
     EXPECT_FALSE(recording.launch({}, recorder.handlers()).ok());
     EXPECT_TRUE(recording.run({}, [](std::string_view) {}).ok());
-    recording.interruptRuns();
+    recording.shutDown();
     EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());
     EXPECT_TRUE(memory.atomicReplacements.empty());
 }

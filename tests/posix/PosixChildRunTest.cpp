@@ -85,20 +85,23 @@ TEST_F(PosixChildRunTest, InterruptionFromAnotherThreadLeavesTheChildAliveAndRea
         EXPECT_EQ(outcome.error().step, LaunchError::Step::interrupted);
     });
     const std::int64_t id = std::stoll(greeting.get_future().get());
-    launcher.interruptRuns();
+    ChildRecorder recorder;
+    const auto later =
+        launcher.launch(childCommand("play", {"print:ready", "await"}), recorder.handlers());
+    ASSERT_TRUE(recorder.waitForBytes(5));
+    launcher.shutDown();
     waiter.join();
     EXPECT_FALSE(isGone(id));
     // Its end is noticed by the reader that took it over, in order with that of a later child.
     kill(static_cast<pid_t>(id), SIGTERM);
     ASSERT_TRUE(waitForEndOf(id));
-    ChildRecorder recorder;
-    const auto later = launcher.launch(childCommand("play", {"exit:0"}), recorder.handlers());
+    kill(static_cast<pid_t>(later.value()->id()), SIGUSR1);
     ASSERT_TRUE(recorder.waitForRelease());
     EXPECT_TRUE(isGone(id));
 }
 
 TEST_F(PosixChildRunTest, NothingIsStartedAfterAnInterruption) {
-    launcher.interruptRuns();
+    launcher.shutDown();
     // A launch would fail otherwise.
     const auto outcome = launcher.run(childCommand("no_such_child"), collect);
     ASSERT_FALSE(outcome.ok());
@@ -119,7 +122,7 @@ TEST_F(PosixChildRunTest, InterruptionReachesTheWaitForTheExitToo) {
         EXPECT_EQ(outcome.error().step, LaunchError::Step::interrupted);
     });
     const std::int64_t id = started.get_future().get();
-    launcher.interruptRuns();
+    launcher.shutDown();
     waiter.join();
     EXPECT_FALSE(isGone(id));
     kill(static_cast<pid_t>(id), SIGTERM);

@@ -34,6 +34,8 @@ MemoryChildLauncher::~MemoryChildLauncher() {
 Result<std::unique_ptr<ChildProcess>, LaunchError> MemoryChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
     launches.push_back(command);
+    if (isShutDown_)
+        return interrupted();
     if (auto failure = nextFailure())
         return *failure;
     const auto id = firstId + static_cast<std::int64_t>(children_.size());
@@ -44,7 +46,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> MemoryChildLauncher::launch(
 Result<ChildExit, LaunchError> MemoryChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
     runs.push_back(command);
-    if (isInterrupted_)
+    if (isShutDown_)
         return interrupted();
     std::variant<ScriptedRun, LaunchError> script;
     if (!runScript.empty()) {
@@ -56,9 +58,9 @@ Result<ChildExit, LaunchError> MemoryChildLauncher::run(
     if (duringRun)
         duringRun();
     const auto& scripted = std::get<ScriptedRun>(script);
-    for (std::size_t next = 0; next < scripted.chunks.size() && !isInterrupted_; ++next)
+    for (std::size_t next = 0; next < scripted.chunks.size() && !isShutDown_; ++next)
         onOutput(scripted.chunks[next]);
-    if (isInterrupted_)
+    if (isShutDown_)
         return interrupted();
     return scripted.exit;
 }

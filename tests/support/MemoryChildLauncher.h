@@ -31,7 +31,7 @@ public:
     Result<ChildExit, LaunchError> run(
         const ChildCommand& command,
         const std::function<void(std::string_view chunk)>& onOutput) override;
-    void interruptRuns() override { isInterrupted_ = true; }
+    void shutDown() override { isShutDown_ = true; }
 
     // The child of the index-th launch that succeeded, which must have happened. Stays valid as
     // long as the launcher, whatever happens to the handle.
@@ -57,7 +57,7 @@ private:
     std::optional<LaunchError> nextFailure();
 
     std::vector<std::shared_ptr<ScriptedChild>> children_;
-    bool isInterrupted_ = false;
+    bool isShutDown_ = false;
 };
 
 }  // namespace valdorn

@@ -5,11 +5,7 @@
 
 namespace valdorn {
 
-namespace {
-
-constexpr std::size_t maxChunkBytes = std::size_t{64} * 1024;
-
-}  // namespace
+namespace {}  // namespace
 
 ScriptedChild::ScriptedChild(std::int64_t id, ChildHandlers handlers)
     : id_(id), handlers_(std::move(handlers)) {}

@@ -14,7 +14,6 @@ namespace valdorn {
 
 namespace {
 
-constexpr std::size_t bufferBytes = std::size_t{64} * 1024;  // what a pipe holds
 constexpr std::size_t eventsAtOnce = 64;
 
 constexpr ChildKey mailboxKey = 0;  // never a child's
@@ -47,7 +46,7 @@ private:
 ChildReader::ChildReader()
     : epoll_(orThrow(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
       mailbox_(std::make_shared<ChildMailbox>()),
-      buffer_(bufferBytes) {
+      buffer_(maxChunkBytes) {
     requireSuccess(listen(epoll_, mailbox_->number(), EPOLLIN, mailboxKey), "epoll_ctl");
     const WithoutSignals inherited;
     thread_ = std::thread([this] { loop(); });

@@ -8,15 +8,11 @@
 
 namespace valdorn {
 
-namespace {
-
-constexpr std::size_t bufferBytes = std::size_t{64} * 1024;  // what a pipe holds
-
-}  // namespace
+namespace {}  // namespace
 
 ForegroundRun::ForegroundRun(SpawnedChild& child, const Descriptor& interrupt,
                              const OnOutput& onOutput)
-    : child_(child), interrupt_(interrupt), onOutput_(onOutput), buffer_(bufferBytes) {}
+    : child_(child), interrupt_(interrupt), onOutput_(onOutput), buffer_(maxChunkBytes) {}
 
 Result<ChildExit, LaunchError> ForegroundRun::wait() {
     const LaunchError interrupted{LaunchError::Step::interrupted, 0, {}};

@@ -42,6 +42,10 @@ bool isReadable(const Descriptor& descriptor) {
     return poll(&now, 1, 0) > 0;
 }
 
+LaunchError quitting() {
+    return {LaunchError::Step::interrupted, 0, {}};
+}
+
 // For a child that nobody listens to: its pipe is emptied so that it can go on, and it is reaped.
 ChildHandlers nobody() {
     return {[](std::string_view, const OutputCredit&) {}, [](ChildExit) {}};
@@ -50,7 +54,7 @@ ChildHandlers nobody() {
 }  // namespace
 
 PosixChildLauncher::PosixChildLauncher()
-    : interrupt_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    : quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
     heedEndsOfChildren();
 }
 
@@ -58,6 +62,8 @@ PosixChildLauncher::~PosixChildLauncher() = default;
 
 Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
+    if (isReadable(quitting_))
+        return quitting();
     auto child = spawnChild(command);
     if (!child)
         return child.error();
@@ -71,20 +77,20 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
 
 Result<ChildExit, LaunchError> PosixChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
-    if (isReadable(interrupt_))
-        return LaunchError{LaunchError::Step::interrupted, 0, {}};
+    if (isReadable(quitting_))
+        return quitting();
     auto child = spawnChild(command);
     if (!child)
         return child.error();
-    auto outcome = ForegroundRun(child.value(), interrupt_, onOutput).wait();
+    auto outcome = ForegroundRun(child.value(), quitting_, onOutput).wait();
     // Failing to watch it costs only its remaining output, and a zombie until the program ends.
     if (!outcome)
         reader_.watch(std::move(child.value()), nobody());
     return outcome;
 }
 
-void PosixChildLauncher::interruptRuns() {
-    eventfd_write(interrupt_.number(), 1);
+void PosixChildLauncher::shutDown() {
+    eventfd_write(quitting_.number(), 1);
 }
 
 }  // namespace valdorn

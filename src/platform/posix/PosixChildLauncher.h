@@ -26,10 +26,10 @@ public:
     Result<ChildExit, LaunchError> run(
         const ChildCommand& command,
         const std::function<void(std::string_view chunk)>& onOutput) override;
-    void interruptRuns() override;
+    void shutDown() override;
 
 private:
-    const Descriptor interrupt_;  // an eventfd, readable for ever once runs are interrupted
+    const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;
 };
 

@@ -57,8 +57,8 @@ Result<ChildExit, LaunchError> RecordingChildLauncher::run(
     return launcher_.run(command, onOutput);
 }
 
-void RecordingChildLauncher::interruptRuns() {
-    launcher_.interruptRuns();
+void RecordingChildLauncher::shutDown() {
+    launcher_.shutDown();
 }
 
 }  // namespace valdorn

@@ -17,7 +17,7 @@ public:
     Result<ChildExit, LaunchError> run(
         const ChildCommand& command,
         const std::function<void(std::string_view chunk)>& onOutput) override;
-    void interruptRuns() override;
+    void shutDown() override;
 
 private:
     ChildLauncher& launcher_;

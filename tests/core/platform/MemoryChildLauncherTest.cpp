@@ -130,7 +130,7 @@ TEST_F(MemoryChildLauncherTest, PlaysOneEntryOfTheScriptForEachRun) {
 
 TEST_F(MemoryChildLauncherTest, LetsTheTestActInsideARun) {
     launcher.runScript.emplace_back(ScriptedRun{{"unheard"}, {}});
-    launcher.duringRun = [this] { launcher.interruptRuns(); };
+    launcher.duringRun = [this] { launcher.shutDown(); };
     const auto outcome = launcher.run({}, [this](std::string_view chunk) { output += chunk; });
     EXPECT_EQ(outcome.error().step, LaunchError::Step::interrupted);
     EXPECT_EQ(output, "");
