@@ -69,10 +69,15 @@ std::size_t completeLength(std::string_view text) {
 }
 
 std::string_view lastCharacters(std::string_view text, std::size_t count) {
+    if (text.size() > longestTailBytes) {
+        std::size_t cut = text.size() - longestTailBytes;
+        while (cut < text.size() && U8_IS_TRAIL(static_cast<unsigned char>(text[cut])))
+            ++cut;
+        text.remove_prefix(cut);
+    }
     // A character has at least one byte, so short texts need no breaking.
     if (text.size() <= count)
         return text;
-    assert(text.size() <= INT32_MAX);  // what ICU can address
 
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<icu::BreakIterator> breaks(

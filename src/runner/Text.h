@@ -14,8 +14,13 @@ bool isUtf8(std::string_view bytes);
 // The length in bytes of the text without a last character of which only the beginning is there.
 std::size_t completeLength(std::string_view text);
 
-// The last `count` user-perceived characters of well-formed text: a letter with its marks, a flag
-// or a CR LF pair counts as one and is never cut. The whole text when it has no more.
+// The most that lastCharacters() gives: one perceived character may have any number of marks, and
+// what is kept of a hostile child's output must not grow with them.
+inline constexpr std::size_t longestTailBytes = std::size_t{1024} * 1024;
+
+// The last `count` user-perceived characters of well-formed text, at most longestTailBytes of it: a
+// letter with its marks, a flag or a CR LF pair counts as one and is not cut within that limit. The
+// whole text when it has no more.
 std::string_view lastCharacters(std::string_view text, std::size_t count);
 
 }  // namespace Text

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "runner/RunnerOutput.h"
+#include "runner/Text.h"
 #include "support/FaultyFileSystem.h"
 #include "support/MemoryFileSystem.h"
 
@@ -201,6 +202,16 @@ TEST_F(RunnerOutputTest, CutKeepsPairsWhole) {
 TEST_F(RunnerOutputTest, CutHappensOnlyAfterTheLinesAreTaken) {
     EXPECT_EQ(ingest(std::string(70000, 'x') + "\nrest"), (Lines{std::string(70000, 'x')}));
     EXPECT_EQ(output.lineBuffer(), "rest");
+}
+
+TEST_F(RunnerOutputTest, FloodOfCombiningMarksStaysBounded) {
+    std::string chunk;
+    while (chunk.size() < 65536)
+        chunk += "\xCC\x81";
+    for (int count = 0; count < 40; ++count) {
+        ingest(chunk);
+        ASSERT_LE(output.lineBuffer().size(), Text::longestTailBytes);
+    }
 }
 
 TEST_F(RunnerOutputTest, FloodWithoutLineEndsStaysBounded) {

@@ -44,6 +44,16 @@ TEST(TextLastCharacters, CountsWhatPeoplePerceive) {
     EXPECT_EQ(Text::lastCharacters("ab" + family, 1), family);
 }
 
+TEST(TextLastCharacters, AreBoundedHoweverManyMarksTheyHave) {
+    std::string marks = "e";
+    while (marks.size() < 2 * Text::longestTailBytes)
+        marks += "\xCC\x81";
+    const std::string_view tail = Text::lastCharacters(marks, 1);
+    EXPECT_LE(tail.size(), Text::longestTailBytes);
+    EXPECT_GE(tail.size(), Text::longestTailBytes - 1);
+    EXPECT_TRUE(Text::isUtf8(tail));
+}
+
 TEST(TextCompleteLength, LeavesOutACharacterThatHasOnlyBegun) {
     EXPECT_EQ(Text::completeLength(""), 0U);
     EXPECT_EQ(Text::completeLength("abc"), 3U);
