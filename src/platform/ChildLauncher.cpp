@@ -1,6 +1,6 @@
 #include "platform/ChildLauncher.h"
 
-#include <cstring>
+#include "platform/ErrorText.h"
 
 namespace valdorn {
 
@@ -26,9 +26,8 @@ std::string LaunchError::description() const {
     std::string text = act(step);
     if (!subject.empty())
         text += ": " + subject;
-    // strerror's buffer is the calling thread's own in glibc.
     if (errorNumber != 0)
-        text += std::string(": ") + std::strerror(errorNumber);
+        text += ": " + errorText(errorNumber);
     return text;
 }
 

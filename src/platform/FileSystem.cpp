@@ -1,12 +1,11 @@
 #include "platform/FileSystem.h"
 
-#include <cstring>
+#include "platform/ErrorText.h"
 
 namespace valdorn {
 
 std::string FileError::description() const {
-    // strerror's buffer is the calling thread's own in glibc.
-    return path + ": " + std::strerror(errorNumber);
+    return path + ": " + errorText(errorNumber);
 }
 
 }  // namespace valdorn

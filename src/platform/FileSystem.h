@@ -71,7 +71,8 @@ public:
     // error. After a failure a part may be gone.
     [[nodiscard]] virtual FileOutcome removeTree(const std::string& path) = 0;
 
-    // True when an entry of any kind stands there (a link that leads nowhere does not count).
+    // True when an entry of any kind stands there (a link that leads nowhere does not count). False
+    // also when the path cannot be looked at.
     virtual bool exists(const std::string& path) const = 0;
 
     // Size of a regular file in bytes; errors as for read().

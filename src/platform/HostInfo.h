@@ -7,7 +7,7 @@
 namespace valdorn {
 
 // The computer and the account that we run on. Any thread; the answers are those of the moment of
-// construction, except for the environment.
+// construction.
 class HostInfo {
 public:
     HostInfo() = default;
@@ -21,7 +21,7 @@ public:
     // The computer's name as its owner wrote it, or nothing when it has none.
     virtual std::optional<std::string> computerName() const = 0;
 
-    // This process's own environment, "NAME=value" each, in its own order.
+    // The environment that this process was started with, "NAME=value" each, in its own order.
     virtual std::vector<std::string> environment() const = 0;
 };
 

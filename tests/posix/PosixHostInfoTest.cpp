@@ -132,12 +132,14 @@ TEST_F(PosixHostInfoTest, AKernelNameThatSaysNothingIsNoName) {
     EXPECT_EQ(PosixHostInfo(sources).computerName(), "localhost7");
 }
 
-TEST_F(PosixHostInfoTest, HomeAndNameAreThoseOfTheStart) {
+TEST_F(PosixHostInfoTest, EverythingIsAsItWasAtTheStart) {
     const PosixHostInfo host(sources);
+    const std::vector<std::string> environment = host.environment();
     const ScopedVariable later("HOME", "/home/later");
     kernelName = "later";
     EXPECT_EQ(host.homeFolder(), "/home/ada");
     EXPECT_EQ(host.computerName(), "kernel");
+    EXPECT_EQ(host.environment(), environment);
 }
 
 TEST_F(PosixHostInfoTest, TheEnvironmentKeepsItsOrder) {

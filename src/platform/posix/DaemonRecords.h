@@ -13,10 +13,10 @@ namespace valdorn {
 //
 //   valdorn daemons 1
 //   boot BOOT-ID
-//   daemon PID START-TICKS OWNER EXECUTABLE FOLDER     (fields parted by one tab, any number of
-//   lines) end
+//   daemon PID START-TICKS OWNER EXECUTABLE FOLDER
+//   end
 //
-// In the two paths a backslash, a tab and a line feed are written as \\, \t and \n. The last line
+// There may be any number of daemon lines, with one tab between two fields. In the two paths a backslash, a tab and a line feed are written as \\, \t and \n. The last line
 // tells a whole file from one that was cut short.
 struct DaemonRecords {
     std::string boot;

@@ -1,12 +1,13 @@
 #include "platform/posix/InstanceLock.h"
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+
+#include "platform/ErrorText.h"
 
 namespace valdorn {
 
@@ -14,7 +15,7 @@ namespace {
 
 LockRefusal failure(const std::string& path, int errorNumber) {
     return {LockRefusal::Kind::failed,
-            "The lock file " + path + " cannot be used: " + std::strerror(errorNumber)};
+            "The lock file " + path + " cannot be used: " + errorText(errorNumber)};
 }
 
 bool isRegular(const Descriptor& file) {

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -14,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/ErrorText.h"
 #include "platform/XdgFolders.h"
 #include "platform/posix/Descriptor.h"
 
@@ -60,7 +60,7 @@ int prepare(const std::string& folder, int made) {
 }
 
 std::string refusal(const std::string& folder, int errorNumber) {
-    return "No private folder can be had at " + folder + ": " + std::strerror(errorNumber);
+    return "No private folder can be had at " + folder + ": " + errorText(errorNumber);
 }
 
 std::string resolved(const std::string& path) {

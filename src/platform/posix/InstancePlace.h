@@ -9,7 +9,8 @@ namespace valdorn {
 
 // Where the instance that serves one home folder keeps what is about the instance and not about
 // the fleet: outside the home's own data, private to the user, and the same for every start with
-// that home.
+// that home in the same session. A start without the session's XDG_RUNTIME_DIR (over ssh, say) has
+// another place and does not meet the first.
 //
 // The folder is `valdorn` in $XDG_RUNTIME_DIR; where that is unset or unusable, in $XDG_STATE_HOME,
 // whose default is .local/state in the home folder. It is made, with mode 0700, when it is missing.

@@ -113,6 +113,13 @@ std::optional<std::string> nameFrom(const HostSources& sources) {
     return name;
 }
 
+std::vector<std::string> environmentNow() {
+    std::vector<std::string> variables;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+        variables.emplace_back(*variable);
+    return variables;
+}
+
 }  // namespace
 
 HostSources HostSources::ofThisComputer() {
@@ -120,13 +127,8 @@ HostSources HostSources::ofThisComputer() {
 }
 
 PosixHostInfo::PosixHostInfo(const HostSources& sources)
-    : homeFolder_(homeFrom(sources)), computerName_(nameFrom(sources)) {}
-
-std::vector<std::string> PosixHostInfo::environment() const {
-    std::vector<std::string> variables;
-    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
-        variables.emplace_back(*variable);
-    return variables;
-}
+    : homeFolder_(homeFrom(sources)),
+      computerName_(nameFrom(sources)),
+      environment_(environmentNow()) {}
 
 }  // namespace valdorn

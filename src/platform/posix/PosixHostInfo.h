@@ -28,18 +28,20 @@ struct HostSources {
 // Computer name: PRETTY_HOSTNAME of the machine-info file, else the host name, unless that only
 // says that the computer has none ("localhost", "(none)").
 //
-// The environment is read from the process at each call; nobody may change it at the same time.
+// Environment: as the process was started with it. Libraries of ours change the process's own while
+// other threads may read it, which no lock could make safe.
 class PosixHostInfo : public HostInfo {
 public:
     explicit PosixHostInfo(const HostSources& sources = HostSources::ofThisComputer());
 
     std::string homeFolder() const override { return homeFolder_; }
     std::optional<std::string> computerName() const override { return computerName_; }
-    std::vector<std::string> environment() const override;
+    std::vector<std::string> environment() const override { return environment_; }
 
 private:
     const std::string homeFolder_;
     const std::optional<std::string> computerName_;
+    const std::vector<std::string> environment_;
 };
 
 }  // namespace valdorn

@@ -20,7 +20,7 @@ struct SpawnedChild {
 Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command);
 
 // Kills and reaps a child that nobody has heard of yet, because something that it needs could not
-// be had. The one place where a child is killed.
+// be had. A child that somebody knows of is never killed.
 void abandon(const PidDescriptor& process);
 
 }  // namespace valdorn
