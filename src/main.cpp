@@ -15,6 +15,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/TrayHostSearch.h"
 #include "fleet/RunnersStore.h"
 #include "platform/ApplicationId.h"
 #include "platform/Path.h"
@@ -39,7 +40,6 @@
 #include "platform/qt/QtWindowHost.h"
 #include "platform/qt/QuitSignals.h"
 #include "platform/qt/SystemTraySurface.h"
-#include "platform/qt/TrayHostSearch.h"
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/XembedTrayWatcher.h"
@@ -74,9 +74,9 @@ std::optional<InstancePlace> findPlace(const HostInfo& host) {
 // The running program: all that lives as long as the event loop, in the order of its making.
 class Application {
 public:
-    // `key` names the instance on the bus; without a ledger path nothing is remembered of the
-    // daemons.
-    Application(Ground& ground, const std::string& key, const std::string& ledgerPath);
+    // `key` names the instance on the bus. The ledger belongs to whoever holds the instance lock;
+    // without it nothing is remembered of the daemons.
+    Application(Ground& ground, const std::string& key, const std::optional<std::string>& ledger);
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
     ~Application() = default;
@@ -85,47 +85,54 @@ public:
     int run();
 
 private:
+    ChildLauncher& launcher();
+    void launch();
     void terminate();
     void onHostMissing();
     void activate(const std::string& token);
 
     Ground& ground_;
-    DaemonLedger ledger_;
+    const std::string key_;
     QtMainQueue mainQueue_;
-    PosixChildLauncher children_;
-    RecordingChildLauncher launcher_{children_, ledger_};
+    std::optional<DaemonLedger> ledger_;
+    std::optional<PosixChildLauncher> children_{std::in_place};
+    std::optional<RecordingChildLauncher> recorder_;
     ThreadBackgroundQueue backgroundQueue_;
     IniUserDefaults defaults_{
         appendPathComponent(XdgFolders::configuration(ground_.host), "valdorn/valdorn.ini")};
     InstalledResources resources_{ground_.executable};
-    const Services services_{mainQueue_, backgroundQueue_, launcher_,   ground_.files,
-                             defaults_,  resources_,       ground_.host};
+    const Services services_;
 
+    std::shared_ptr<AppDelegate> delegate_;  // owns the menu that the next two show
     QtWindowHost windows_;
     TrayStatusItem statusItem_;
-    std::shared_ptr<AppDelegate> delegate_;
     TrayHostWatcher notifierHosts_;
     XembedTrayWatcher xembedTrays_;
     TrayHostSearch hostSearch_;
-    InstanceBus instanceBus_;
+    std::optional<InstanceBus> instanceBus_;  // once there is something to show
     QuitSignals quitSignals_;
+    bool isQuitting_ = false;
 };
 
 std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
     return std::make_unique<SystemTraySurface>(host, std::move(content));
 }
 
-Application::Application(Ground& ground, const std::string& key, const std::string& ledgerPath)
+Application::Application(Ground& ground, const std::string& key,
+                         const std::optional<std::string>& ledger)
     : ground_(ground),
-      ledger_(ground.files, ledgerPath),
-      statusItem_(
-          mainQueue_,
-          {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
-          makeSurface),
+      key_(key),
+      ledger_(ledger ? std::make_optional<DaemonLedger>(ground.files, *ledger) : std::nullopt),
+      services_{mainQueue_, backgroundQueue_, launcher(),  ground_.files,
+                defaults_,  resources_,       ground_.host},
       delegate_(AppDelegate::create(
           {services_, statusItem_, windows_,
            [this]() -> RunnersStore& { return RunnersStore::shared(services_); },
            [this] { terminate(); }})),
+      statusItem_(
+          mainQueue_,
+          {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
+          makeSurface),
       notifierHosts_(QDBusConnection::sessionBus(), [this] { hostSearch_.hostsChanged(); }),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
@@ -133,18 +140,36 @@ Application::Application(Ground& ground, const std::string& key, const std::stri
                    [this] { return xembedTrays_.isTrayPresent(); }},
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
-      instanceBus_(QDBusConnection::sessionBus(), key,
-                   [this](const std::string& token) { activate(token); }),
-      quitSignals_([this] { delegate_->quit(); }) {
+      quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
     // The views come with what they show; until then a window is an empty one.
     for (const WindowKind kind :
          {WindowKind::settings, WindowKind::log, WindowKind::status, WindowKind::onboarding})
         windows_.registerView(kind, [] { return new QWidget; });
 }
 
+ChildLauncher& Application::launcher() {
+    if (!ledger_)
+        return *children_;
+    return recorder_ ? *recorder_ : recorder_.emplace(*children_, *ledger_);
+}
+
+void Application::launch() {
+    if (isQuitting_)
+        return;
+    delegate_->applicationDidFinishLaunching();
+    hostSearch_.start();
+    instanceBus_.emplace(QDBusConnection::sessionBus(), key_,
+                         [this](const std::string& token) { activate(token); });
+}
+
 void Application::terminate() {
+    isQuitting_ = true;
     quitSignals_.disarm();
-    ledger_.clear();
+    // A relaunch that falls due now comes too late. Whoever waits for a registration tool lets go
+    // of it, so that the threads can be joined.
+    launcher().shutDown();
+    if (ledger_)
+        ledger_->clear();
     QCoreApplication::quit();
 }
 
@@ -159,15 +184,14 @@ void Application::activate(const std::string& token) {
 }
 
 int Application::run() {
-    ledger_.endLeftovers(leftoverPatience);
-    mainQueue_.post([this] {
-        delegate_->applicationDidFinishLaunching();
-        hostSearch_.start();
+    // Off the main thread, which goes on listening for signals: what a killed instance has left may
+    // take its time.
+    backgroundQueue_.run([this] {
+        if (ledger_)
+            ledger_->endLeftovers(leftoverPatience);
+        mainQueue_.post([this] { launch(); });
     });
-    const int status = QApplication::exec();
-    // Whoever still waits for a registration tool lets go of it, so that the threads can be joined.
-    launcher_.interruptRuns();
-    return status;
+    return QApplication::exec();
 }
 
 // Qt ends the process with a core dump where it gets no display; to us that is an ordinary failure.
@@ -186,7 +210,8 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // are not to mean something to Qt.
 int argumentsForQt = 1;
 
-int runApplication(Ground& ground, const std::optional<InstancePlace>& place, char** argv) {
+// `ledger`: see Application.
+int runApplication(Ground& ground, const std::optional<std::string>& ledger, char** argv) {
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
     QApplication application(argumentsForQt, argv);
     qInstallMessageHandler(usual);
@@ -195,9 +220,7 @@ int runApplication(Ground& ground, const std::optional<InstancePlace>& place, ch
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
     QApplication::setQuitOnLastWindowClosed(false);
-    return Application(ground, place ? place->key : instanceKeyOf(ground.host.homeFolder()),
-                       place ? place->ledgerPath() : std::string())
-        .run();
+    return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }
 
 // A second start for the same home: brings up the first one's status window.
@@ -221,14 +244,16 @@ int run(int argc, char** argv) {
     }
     const auto place = findPlace(ground.host);
     if (!place)
-        return runApplication(ground, place, argv);
+        return runApplication(ground, std::nullopt, argv);
     const auto lock = InstanceLock::acquire(place->lockPath());
     if (!lock && lock.error().kind == LockRefusal::Kind::held)
         return activateRunningInstance(*place, argv);
-    if (!lock)
-        std::fprintf(stderr, "valdorn: %s\n", lock.error().description.c_str());
     loginItems.refreshMovedExecutable();
-    return runApplication(ground, place, argv);
+    if (lock)
+        return runApplication(ground, place->ledgerPath(), argv);
+    // Better two fleets than none.
+    std::fprintf(stderr, "valdorn: %s\n", lock.error().description.c_str());
+    return runApplication(ground, std::nullopt, argv);
 }
 
 }  // namespace

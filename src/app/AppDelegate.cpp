@@ -133,7 +133,9 @@ void AppDelegate::openLog() {
 }
 
 void AppDelegate::quit() {
-    store().stopAll();
+    // Before the launch there is no fleet, and asking for it would make one without its defaults.
+    if (statusMenu_)
+        store().stopAll();
     environment_.terminate();
 }
 

@@ -52,7 +52,8 @@ public:
     void showOnboarding() VALDORN_ON_MAIN_THREAD;
     void openSettings() VALDORN_ON_MAIN_THREAD;
     void openLog() VALDORN_ON_MAIN_THREAD;
-    // Asks every runner to stop, then ends the program without waiting for them.
+    // Asks every runner to stop, then ends the program without waiting for them. The one operation
+    // that may be called before applicationDidFinishLaunching(): then there is nothing to stop.
     void quit() VALDORN_ON_MAIN_THREAD;
 
     // The status menu, for a window that offers it where there is no status bar; nothing before

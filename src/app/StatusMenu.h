@@ -25,7 +25,7 @@ struct StatusMenuActions {
 // The status item's menu and icon as a picture of the fleet. Main thread only.
 class StatusMenu {
 public:
-    // Borrows the item, which outlives this, and attaches the menu to it.
+    // Attaches the menu to the item, which may go before this but is then not rendered to any more.
     StatusMenu(StatusItem& item, StatusMenuActions actions);
 
     // The menu, for others who show it.

@@ -120,6 +120,59 @@ class QuitTest(ProgramCase):
         self.assert_nothing_left()
 
 
+# Takes half a second to end, and speaks before it is done.
+SLOW_TO_LEAVE = """#!/bin/sh
+trap 'sleep 0.5; echo leaving; echo left >left; exit 0' TERM
+echo up >up
+while :; do sleep 0.05; done
+"""
+
+
+class SlowDaemonCase(ProgramCase):
+    """A daemon that is still speaking when the program has ended is not cut short."""
+
+    def begin(self):
+        record, = self.home.add_runners({}, script=None)
+        runner = os.path.join(self.home.path, "actrunner/act_runner")
+        os.makedirs(os.path.dirname(runner), exist_ok=True)
+        with open(runner, "w") as file:
+            file.write(SLOW_TO_LEAVE)
+        os.chmod(runner, 0o755)
+        self.folder = self.home.data_folder(record)
+        self.program, _ = self.start_with_item()
+        self.wait_for_file("up")
+
+    def wait_for_file(self, name):
+        wait_until(lambda: os.path.exists(os.path.join(self.folder, name)), name, 5)
+
+
+class GoodbyeTest(SlowDaemonCase):
+    def test_after_a_signal(self):
+        self.begin()
+        kill(self.program.process.pid, signal.SIGTERM)
+        self.assertEqual(self.program.wait_for_end(PROMPTLY), 0)
+        self.wait_for_file("left")
+        wait_until(lambda: self.home.processes() == [], "the end of all", 5)
+
+    def test_after_signals_that_keep_coming(self):
+        self.begin()
+        while self.program.is_running():
+            for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
+                kill(self.program.process.pid, number)
+            time.sleep(0.001)
+        self.assertEqual(self.program.process.returncode, 0)
+        self.wait_for_file("left")
+
+
+class GoodbyeWithoutDisplayTest(SlowDaemonCase):
+    def test_after_the_display_is_taken_away(self):
+        self.begin()
+        self.expect_stderr(self.program)
+        self.desktop.end_display()
+        self.assertEqual(self.program.wait_for_end(5), 1)
+        self.wait_for_file("left")
+
+
 class LostDisplayTest(ProgramCase):
     def test_when_the_display_is_taken_away(self):
         puppets, = self.puppet_runners({})

@@ -1,6 +1,7 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <thread>
 
@@ -22,15 +23,25 @@ Handler handlerOf(int signal) {
     return action.sa_handler;
 }
 
-class QuitSignalsTest : public testing::TestWithParam<int> {};
+// Puts back what the signals did before.
+class QuitSignalsTest : public testing::TestWithParam<int> {
+protected:
+    QuitSignalsTest() : before_(handlerOf(GetParam())) {}
+    ~QuitSignalsTest() override { (void)std::signal(GetParam(), before_); }
+
+private:
+    const Handler before_;
+};
 
 TEST_P(QuitSignalsTest, SignalIsToldOnceAndOnTheMainThread) {
     int told = 0;
     std::thread::id toldOn;
-    QuitSignals signals([&] {
-        ++told;
-        toldOn = std::this_thread::get_id();
-    });
+    QuitSignals signals(
+        [&] {
+            ++told;
+            toldOn = std::this_thread::get_id();
+        },
+        [] {});
     ASSERT_EQ(kill(getpid(), GetParam()), 0);
     ASSERT_EQ(kill(getpid(), GetParam()), 0);
     EXPECT_EQ(told, 0);
@@ -43,23 +54,21 @@ TEST_P(QuitSignalsTest, SignalIsToldOnceAndOnTheMainThread) {
 
 TEST_P(QuitSignalsTest, SignalThatAnotherThreadReceivesIsTold) {
     int told = 0;
-    QuitSignals signals([&told] { ++told; });
+    QuitSignals signals([&told] { ++told; }, [] {});
     std::thread([] { pthread_kill(pthread_self(), GetParam()); }).join();
     EXPECT_TRUE(runUntil([&told] { return told == 1; }));
 }
 
-TEST_P(QuitSignalsTest, EarlierHandlingComesBack) {
-    const Handler before = handlerOf(GetParam());
+TEST_P(QuitSignalsTest, SignalsAfterItsTimeDoNotCutTheEndShort) {
     {
-        const QuitSignals signals([] {});
-        EXPECT_NE(handlerOf(GetParam()), before);
+        const QuitSignals signals([] {}, [] {});
     }
-    EXPECT_EQ(handlerOf(GetParam()), before);
+    EXPECT_EQ(handlerOf(GetParam()), SIG_IGN);
 }
 
 TEST_P(QuitSignalsTest, NothingIsToldOnceDisarmed) {
     int told = 0;
-    QuitSignals signals([&told] { ++told; });
+    QuitSignals signals([&told] { ++told; }, [] {});
     signals.disarm();
     ASSERT_EQ(kill(getpid(), GetParam()), 0);
     runReadyEvents();
@@ -71,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(EachSignal, QuitSignalsTest, testing::Values(SIGTERM, S
 TEST(QuitSignalsSessionTest, HangUpThatWasSwitchedOffStaysOff) {
     const auto before = std::signal(SIGHUP, SIG_IGN);
     {
-        const QuitSignals signals([] {});
+        const QuitSignals signals([] {}, [] {});
         EXPECT_EQ(handlerOf(SIGHUP), SIG_IGN);
     }
     (void)std::signal(SIGHUP, before);
@@ -79,27 +88,41 @@ TEST(QuitSignalsSessionTest, HangUpThatWasSwitchedOffStaysOff) {
 
 TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
     int told = 0;
-    QuitSignals signals([&told] { ++told; });
+    QuitSignals signals([&told] { ++told; }, [] {});
     QtMainQueue queue;
     queue.post([] { QCoreApplication::quit(); });
     QCoreApplication::exec();
     EXPECT_EQ(told, 1);
 }
 
-TEST(QuitSignalsDeathTest, ExitPastTheEventLoopIsTold) {
+void say(const char* text) {
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, text, std::strlen(text));
+}
+
+TEST(QuitSignalsDeathTest, ExitPastTheEventLoopIsToldAndEndsThere) {
     EXPECT_EXIT(
         {
-            const QuitSignals signals([] { (void)write(STDERR_FILENO, "told", 4); });
+            const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
             std::exit(3);
         },
-        testing::ExitedWithCode(3), "^told$");
+        testing::ExitedWithCode(EXIT_FAILURE), "^quit let go$");
+}
+
+TEST(QuitSignalsDeathTest, ExitAfterOurOwnQuitOnlyLetsGo) {
+    EXPECT_EXIT(
+        {
+            QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
+            signals.disarm();
+            std::exit(3);
+        },
+        testing::ExitedWithCode(EXIT_FAILURE), "^let go$");
 }
 
 TEST(QuitSignalsDeathTest, ExitAfterItsTimeIsNotTold) {
     EXPECT_EXIT(
         {
             {
-                const QuitSignals signals([] { (void)write(STDERR_FILENO, "told", 4); });
+                const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
             }
             std::exit(3);
         },

@@ -33,12 +33,13 @@ void onSignal(int) {
 
 }  // namespace
 
-QuitSignals::QuitSignals(std::function<void()> onQuit) : onQuit_(std::move(onQuit)) {
+QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onExit)
+    : onQuit_(std::move(onQuit)), onExit_(std::move(onExit)) {
     assert(!present);
     present = this;
     [[maybe_unused]] static const int registered = std::atexit([] {
         if (present)
-            present->tell();
+            present->leave();
     });
     openPipe();
     installHandlers();
@@ -53,8 +54,8 @@ QuitSignals::QuitSignals(std::function<void()> onQuit) : onQuit_(std::move(onQui
 }
 
 QuitSignals::~QuitSignals() {
-    for (std::size_t i = 0; i < signals_.size(); ++i)
-        sigaction(signals_[i], &before_[i], nullptr);
+    for (const int number : signals_)
+        std::signal(number, SIG_IGN);
     present = nullptr;
     wakeUpPipe = -1;
     notifier_.reset();
@@ -79,16 +80,24 @@ void QuitSignals::installHandlers() {
     struct sigaction action {};
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART;
-    for (std::size_t i = 0; i < signals_.size(); ++i) {
-        sigaction(signals_[i], nullptr, &before_[i]);
-        if (signals_[i] != SIGHUP || before_[i].sa_handler != SIG_IGN)
-            sigaction(signals_[i], &action, nullptr);
+    for (const int number : signals_) {
+        struct sigaction before {};
+        sigaction(number, nullptr, &before);
+        if (number != SIGHUP || before.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
     }
 }
 
 void QuitSignals::tell() {
     if (const auto onQuit = std::exchange(onQuit_, nullptr))
         onQuit();
+}
+
+void QuitSignals::leave() {
+    tell();
+    onExit_();
+    // What is still to be destroyed belongs to an event loop that will not come back.
+    std::_Exit(EXIT_FAILURE);
 }
 
 }  // namespace valdorn

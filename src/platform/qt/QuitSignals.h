@@ -16,12 +16,15 @@ namespace valdorn {
 // past the event loop and whatever stands behind it: that is told as well.
 //
 // One object per process at a time. A SIGHUP that whoever started us had switched off (nohup)
-// stays off. Destruction restores what the signals did before.
+// stays off. From destruction on the signals are ignored: the program is about to end, and a second
+// signal must not cut short how it lets go of its children.
 class QuitSignals : public QObject {
 public:
-    // `onQuit` is called from the event loop and is expected to end it, or from within std::exit().
-    // The application object exists before and outlives this.
-    explicit QuitSignals(std::function<void()> onQuit);
+    // `onQuit` is called from the event loop and is expected to end it. When the process leaves by
+    // std::exit() instead, `onQuit` and then `onExit` are called from within that; `onExit` lets go
+    // of what otherwise the end of main does, and the process ends there. The application object
+    // exists before and outlives this.
+    QuitSignals(std::function<void()> onQuit, std::function<void()> onExit);
     ~QuitSignals() override;
 
     // The program is ending by its own decision: nothing is told any more, and further signals
@@ -32,12 +35,13 @@ private:
     void openPipe();
     void installHandlers();
     void tell();
+    [[noreturn]] void leave();
 
     static constexpr std::array<int, 3> signals_{SIGTERM, SIGINT, SIGHUP};
 
     std::function<void()> onQuit_;  // empty once told
+    const std::function<void()> onExit_;
     std::array<int, 2> pipe_{-1, -1};
-    std::array<struct sigaction, 3> before_{};  // in the order of signals_
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 

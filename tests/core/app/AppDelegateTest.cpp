@@ -1,3 +1,4 @@
+#include <csignal>
 #include <memory>
 #include <string>
 #include <vector>
@@ -375,6 +376,13 @@ TEST_F(AppDelegateTest, QuitStopsEveryRunnerBeforeItTerminates) {
     EXPECT_EQ(world.launcher.child(1).terminateRequests(), 1);
 }
 
+TEST_F(AppDelegateTest, QuitBeforeTheLaunchMakesNoFleet) {
+    delegate->quit();
+    EXPECT_EQ(terminations, 1);
+    EXPECT_EQ(store, nullptr);
+    EXPECT_TRUE(world.files.files.empty());
+}
+
 TEST_F(AppDelegateTest, MenuOpensTheWindows) {
     world.defaults.booleans["hasConnected"] = true;
     launchWith(1);
@@ -419,7 +427,7 @@ TEST_F(AppDelegateDeathTest, LaunchingWithAnEmptyFleetEndsTheProgram) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     store = RunnersStore::create(services);
     store->remove(store->runners().front());
-    EXPECT_DEATH(delegate->applicationDidFinishLaunching(), "");
+    EXPECT_EXIT(delegate->applicationDidFinishLaunching(), testing::KilledBySignal(SIGABRT), "");
 }
 
 }  // namespace

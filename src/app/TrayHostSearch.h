@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+#include "platform/MainQueue.h"
+#include "platform/TrayHost.h"
+
+namespace valdorn {
+
+// Decides when the status item may be made, and when there is no bar to show it.
+//
+// A notifier host is taken at once. An XEmbed tray is taken only after the waiting time, because
+// Qt settles for one kind for the life of the process, and at login a panel's tray may come before
+// its notifier host. Main thread only.
+//
+//   state      a host comes                   the host goes  the waiting time is over
+//   searching  notifier: found, shown         -              any kind: found, shown; none: missing
+//   shown      -                              lost           -
+//   lost       shown                          -              missing
+//   missing    shown (found, if none was yet) -              -
+class TrayHostSearch {
+public:
+    // Whether a host of each kind is there at this moment.
+    struct Probes {
+        std::function<bool()> notifier;
+        std::function<bool()> xembed;
+    };
+
+    struct Callbacks {
+        std::function<void(TrayHost)> onFound;  // once: make the status item now
+        std::function<void()> onHostMissing;    // nothing has shown the item for waitingTime
+        std::function<void()> onHostAppeared;   // after onHostMissing: something shows it again
+    };
+
+    // Long enough for a slow login, short enough that nobody gives the program up.
+    static constexpr std::chrono::seconds waitingTime{30};
+
+    // What an XEmbed tray that comes late is given, so that a notifier host of the same panel can
+    // still come first. Leaves a second for the icon to appear within two.
+    static constexpr std::chrono::seconds secondThoughts{1};
+
+    // The queue outlives this. No callback is called before start().
+    TrayHostSearch(MainQueue& mainQueue, Probes probes, Callbacks callbacks);
+
+    void start();
+
+    // To be called when either probe may have another answer.
+    void hostsChanged();
+
+private:
+    enum class State { idle, searching, shown, lost, missing };
+
+    void wait(State state);
+    void onWaitingTimeOver();
+    bool isHostThere() const;
+    void takeAnyHost();
+    void show(TrayHost host);
+
+    MainQueue& mainQueue_;
+    const Probes probes_;
+    const Callbacks callbacks_;
+    State state_ = State::idle;
+    bool found_ = false;
+    TrayHost host_ = TrayHost::notifier;  // meaningful once found_
+    ScheduledTask timer_;
+};
+
+}  // namespace valdorn
