@@ -8,6 +8,8 @@ namespace valdorn::SystemPalette {
 
 namespace {
 
+const QColor middleGray(0x9A, 0x9A, 0xA0);  // as far from black as from white
+
 constexpr double dotContrast = 3.0;   // graphical objects, WCAG 2.1 criterion 1.4.11
 constexpr double textContrast = 4.5;  // text, WCAG 2.1 criterion 1.4.3
 
@@ -24,23 +26,28 @@ QColor secondary(const QPalette& palette) {
     return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.55);
 }
 
-QColor named(SystemColor color, const QPalette& palette) {
-    const bool dark = isDark(palette);
+QColor lightVariant(SystemColor color) {
     switch (color) {
         case SystemColor::green:
-            return dark ? QColor(0x30, 0xD1, 0x58) : QColor(0x34, 0xC7, 0x59);
+            return {0x34, 0xC7, 0x59};
         case SystemColor::yellow:
-            return dark ? QColor(0xFF, 0xD6, 0x0A) : QColor(0xFF, 0xCC, 0x00);
+            return {0xFF, 0xCC, 0x00};
         case SystemColor::orange:
-            return dark ? QColor(0xFF, 0x9F, 0x0A) : QColor(0xFF, 0x95, 0x00);
+            return {0xFF, 0x95, 0x00};
         case SystemColor::red:
-            return dark ? QColor(0xFF, 0x45, 0x3A) : QColor(0xFF, 0x3B, 0x30);
+            return {0xFF, 0x3B, 0x30};
         case SystemColor::blue:
-            return dark ? QColor(0x0A, 0x84, 0xFF) : QColor(0x00, 0x7A, 0xFF);
+            return {0x00, 0x7A, 0xFF};
         case SystemColor::secondary:
             break;
     }
-    return secondary(palette);
+    return middleGray;
+}
+
+QColor named(SystemColor color, const QPalette& palette) {
+    if (color == SystemColor::secondary)
+        return secondary(palette);
+    return isDark(palette) ? darkVariant(color) : lightVariant(color);
 }
 
 QColor standingOut(SystemColor color, const QPalette& palette, double wanted) {
@@ -67,6 +74,24 @@ double luminance(const QColor& color) {
 bool isDark(const QPalette& palette) {
     return luminance(palette.color(QPalette::WindowText)) >
            luminance(palette.color(QPalette::Window));
+}
+
+QColor darkVariant(SystemColor color) {
+    switch (color) {
+        case SystemColor::green:
+            return {0x30, 0xD1, 0x58};
+        case SystemColor::yellow:
+            return {0xFF, 0xD6, 0x0A};
+        case SystemColor::orange:
+            return {0xFF, 0x9F, 0x0A};
+        case SystemColor::red:
+            return {0xFF, 0x45, 0x3A};
+        case SystemColor::blue:
+            return {0x0A, 0x84, 0xFF};
+        case SystemColor::secondary:
+            break;
+    }
+    return middleGray;
 }
 
 QColor dot(SystemColor color, const QPalette& palette) {

@@ -14,6 +14,9 @@ namespace SystemPalette {
 // True when the palette writes light text on dark windows.
 bool isDark(const QPalette& palette);
 
+// The colour as it is on something dark, whatever the palette; `secondary` is a middle grey.
+QColor darkVariant(SystemColor color);
+
 // The colour for dots and symbols on a window of that palette: the named one, moved towards the
 // text's until it stands out by at least 3:1.
 QColor dot(SystemColor color, const QPalette& palette);

@@ -9,6 +9,7 @@
 #include <numbers>
 
 #include "ui/NativeSymbols.h"
+#include "ui/SystemPalette.h"
 
 namespace valdorn::TrayDrawing {
 
@@ -20,27 +21,7 @@ constexpr std::array sizes{16, 22, 24, 32, 48};
 constexpr int spinnerPoints = 16;
 constexpr int squareItemPoints = 24;  // the proportion when the item has no fixed width
 
-const QColor gray(0x9A, 0x9A, 0xA0);  // as far from black as from white
 const QColor outlineColor(0, 0, 0, 150);
-
-// The variants for dark windows: brighter, and the outline does the rest on light bars.
-QColor barColor(SystemColor color) {
-    switch (color) {
-        case SystemColor::green:
-            return {0x30, 0xD1, 0x58};
-        case SystemColor::yellow:
-            return {0xFF, 0xD6, 0x0A};
-        case SystemColor::orange:
-            return {0xFF, 0x9F, 0x0A};
-        case SystemColor::red:
-            return {0xFF, 0x45, 0x3A};
-        case SystemColor::blue:
-            return {0x0A, 0x84, 0xFF};
-        case SystemColor::secondary:
-            break;
-    }
-    return gray;
-}
 
 QImage transparent(int pixels) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
@@ -98,7 +79,8 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
         const int age = (frame - spoke + spinnerFrames) % spinnerFrames;
         const float strength = 1.0F - 0.11F * static_cast<float>(age);
         drawSpoke(painter, outlineColor, strength, radius, radius * 0.38);
-        drawSpoke(painter, gray.lighter(138), strength, radius, radius * 0.2);
+        drawSpoke(painter, SystemPalette::darkVariant(SystemColor::secondary).lighter(138),
+                  strength, radius, radius * 0.2);
         painter.rotate(360.0 / spinnerFrames);
     }
     return image;
@@ -109,7 +91,7 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
 QIcon icon(const StatusIcon& icon) {
     return inEverySize([&icon](int pixels) {
         return outlined(NativeSymbols::image(QString::fromStdString(icon.symbol),
-                                             barColor(icon.color), pixels));
+                                             SystemPalette::darkVariant(icon.color), pixels));
     });
 }
 

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QKeySequence>
 #include <QMenu>
+#include <QPalette>
 #include <QString>
 
 namespace valdorn {
@@ -29,10 +30,28 @@ QKeySequence sequence(char shortcut) {
     return QKeySequence(QStringLiteral("Ctrl+%1").arg(QLatin1Char(shortcut)));
 }
 
+// The lines that cannot be chosen tell the status: they are there to be read, for which the faint
+// grey of styles does not stand out enough.
+void makeDisabledTextReadable(QMenu& menu) {
+    constexpr float share = 0.65F;  // 5:1 for black on white
+    QPalette palette = menu.palette();
+    const QColor text = palette.color(QPalette::Active, QPalette::Text);
+    const QColor window = palette.color(QPalette::Active, QPalette::Window);
+    const auto mix = [](float one, float other) { return share * one + (1 - share) * other; };
+    const QColor readable =
+        QColor::fromRgbF(mix(text.redF(), window.redF()), mix(text.greenF(), window.greenF()),
+                         mix(text.blueF(), window.blueF()));
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, readable);
+    menu.setPalette(palette);
+}
+
 }  // namespace
 
 MenuRenderer::MenuRenderer(MenuModel& model, QMenu& menu, MenuDrawer drawer)
     : model_(model), menu_(menu), drawer_(drawer) {
+    if (drawer == MenuDrawer::program)
+        makeDisabledTextReadable(menu);
     for (const MenuItem& item : model.items())
         add(item);
     changes_ = model.onDidChange([this](const MenuItem& item) { update(item); });
