@@ -1,7 +1,7 @@
 #include "platform/MenuModel.h"
 
 #include <algorithm>
-#include <cassert>
+#include <cstdlib>
 #include <utility>
 
 namespace valdorn {
@@ -11,7 +11,8 @@ MenuModel::MenuModel(std::vector<MenuItem> items) : items_(std::move(items)) {}
 MenuItem& MenuModel::find(std::string_view id) {
     const auto found = std::find_if(items_.begin(), items_.end(),
                                     [id](const MenuItem& item) { return item.id == id; });
-    assert(found != items_.end());
+    if (found == items_.end())
+        std::abort();  // our own mistake: ids are written in the program
     return *found;
 }
 

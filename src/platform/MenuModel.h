@@ -31,10 +31,10 @@ public:
     // All entries, top to bottom, the hidden ones too. The references stay valid for life.
     const std::vector<MenuItem>& items() const { return items_; }
 
-    // The entry of that id, which must exist.
+    // The entry of that id. An id that no entry has ends the program, here and below.
     const MenuItem& item(std::string_view id) const;
 
-    // Change one entry, which must exist. Tells the observers unless the value is equal.
+    // Change one entry. Tells the observers unless the value is equal.
     void setTitle(std::string_view id, std::string title) VALDORN_ON_MAIN_THREAD;
     void setHidden(std::string_view id, bool hidden) VALDORN_ON_MAIN_THREAD;
 

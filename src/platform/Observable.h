@@ -87,7 +87,8 @@ public:
 
     // Announces the change to the owner's observers, then to this field's, then stores the value.
     // Announces equal values too: whoever wants silence for those compares first. Setting the
-    // same field from inside its own announcement is an error of the caller.
+    // same field from inside its own announcement, or destroying the owner there, is an error of
+    // the caller.
     void set(Value value) VALDORN_ON_MAIN_THREAD {
         owner_.observers_.notify();
         observers_.notify(value);

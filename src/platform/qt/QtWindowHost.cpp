@@ -2,7 +2,7 @@
 
 #include <QByteArray>
 #include <QWidget>
-#include <cassert>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/qt/HostedWindow.h"
@@ -20,7 +20,8 @@ HostedWindow& QtWindowHost::window(const WindowDescription& description) {
     auto& window = windows_[description.kind];
     if (!window) {
         const auto factory = factories_.find(description.kind);
-        assert(factory != factories_.end());
+        if (factory == factories_.end())
+            std::abort();  // our own mistake: every kind has its view
         window = std::make_unique<HostedWindow>(description, factory->second());
         updateMenu();
     }
@@ -29,7 +30,8 @@ HostedWindow& QtWindowHost::window(const WindowDescription& description) {
 
 void QtWindowHost::show(const WindowDescription& description) {
     HostedWindow& shown = window(description);
-    // Qt takes the token from the environment when it shows a window, and removes it there.
+    // Qt takes the token from the environment when it shows a window, and offers no other way. It is
+    // changed on the main thread, before which Qt has asked for all that it reads on others.
     if (!activationToken_.empty())
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken_));
     activationToken_.clear();
