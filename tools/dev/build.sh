@@ -1,5 +1,8 @@
 # Building and testing by preset. Sourced by ./dev.
 
+# What was compiled in another checkout is not compiled again.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=true
+
 # build PRESET [TARGET...]
 build() {
     local preset=$1

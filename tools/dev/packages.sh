@@ -6,8 +6,8 @@ build_packages=(
     libgtest-dev
 )
 test_packages=(
-    xvfb dbus openbox xdotool at-spi2-core
-    python3 python3-dbus python3-gi gir1.2-atspi-2.0 x11-utils
+    xvfb dbus openbox xdotool x11-utils trayer desktop-file-utils imagemagick
+    python3 python3-dbus python3-gi
 )
 check_packages=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
 

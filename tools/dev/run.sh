@@ -131,6 +131,7 @@ run_to_its_end() {
     done
     trap - INT TERM HUP
     [ "$status" -eq 0 ] || echo "Valdorn ended with status $status." >&2
+    return "$status"
 }
 
 # run_valdorn BUILD-FOLDER
