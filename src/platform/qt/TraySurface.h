@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QIcon>
 #include <functional>
 #include <memory>
 
-#include "platform/qt/TrayHostSearch.h"
+#include "platform/TrayHost.h"
 
-class QIcon;
 class QMenu;
 
 namespace valdorn {
@@ -15,7 +15,7 @@ class TraySurface {
 public:
     // What the bar starts with. The menu, which may be null, outlives the surface.
     struct Content {
-        const QIcon& icon;
+        QIcon icon;
         QMenu* menu = nullptr;
         std::function<void()> onOpenMenu;  // the user wants the menu, and the bar shows none itself
     };
