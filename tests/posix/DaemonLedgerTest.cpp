@@ -264,6 +264,41 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesAChildUntilItsEnd) {
     EXPECT_FALSE(files.exists(path()));
 }
 
+TEST_F(DaemonLedgerTest, APoliteQuitAsksTheDaemonsThatNobodyHasAsked) {
+    const auto ledger = newLedger();
+    RecordingChildLauncher recording(launcher, *ledger);
+    ChildRecorder forgotten;
+    ASSERT_TRUE(recording.launch(childCommand("hang"), forgotten.handlers()).ok());
+    ASSERT_TRUE(forgotten.waitForText("ready"));
+    ledger->clear();
+    ASSERT_TRUE(forgotten.waitForRelease());
+    EXPECT_EQ(forgotten.exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, APoliteQuitAsksNoDaemonTwice) {
+    const auto ledger = newLedger();
+    RecordingChildLauncher recording(launcher, *ledger);
+    ChildRecorder recorder;
+    // The first request only makes it speak; a second one would end it.
+    const ChildCommand command{
+        "/bin/sh",
+        {"-c", "trap 'echo asked; trap - TERM' TERM; echo ready; while :; do " + childPath("play") +
+                   " exit:0; done"},
+        "/",
+        {}};
+    const auto child = recording.launch(command, recorder.handlers());
+    ASSERT_TRUE(child.ok());
+    ASSERT_TRUE(recorder.waitForText("ready"));
+    child.value()->terminate();
+    ASSERT_TRUE(recorder.waitForText("asked"));
+    ledger->clear();
+    EXPECT_TRUE(child.value()->isRunning());
+    kill(static_cast<pid_t>(child.value()->id()), SIGKILL);
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.exit(), (ChildExit{ChildExit::Kind::signalled, SIGKILL}));
+}
+
 TEST_F(DaemonLedgerTest, RecordingLauncherForgetsChildrenThatEndAtOnce) {
     const auto ledger = newLedger();
     RecordingChildLauncher recording(launcher, *ledger);

@@ -94,6 +94,12 @@ DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
     return entry;
 }
 
+void DaemonLedger::noteAsked(Entry entry) {
+    const std::lock_guard lock(mutex_);
+    if (const auto found = noted_.find(entry); found != noted_.end())
+        found->second.isAsked = true;
+}
+
 void DaemonLedger::forget(Entry entry) {
     const std::lock_guard lock(mutex_);
     if (noted_.erase(entry) > 0)
@@ -121,6 +127,12 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
 
 void DaemonLedger::clear() {
     const std::lock_guard lock(mutex_);
+    Records unasked;
+    for (const auto& [entry, daemon] : noted_) {
+        if (!daemon.isAsked)
+            unasked.push_back(daemon.facts);
+    }
+    askToEnd(unasked);
     noted_.clear();
     write();
 }
@@ -129,7 +141,7 @@ void DaemonLedger::clear() {
 void DaemonLedger::write() {
     DaemonRecords records{boot_, leftovers_};
     for (const auto& [entry, daemon] : noted_)
-        records.daemons.push_back(daemon);
+        records.daemons.push_back(daemon.facts);
     const auto ignored = records.daemons.empty() ? files_.removeTree(path_)
                                                  : files_.replaceAtomically(path_, textOf(records));
 }

@@ -32,6 +32,9 @@ public:
     // A child that has ended already is not written down. Blocks for a small write.
     Entry note(std::int64_t pid);
 
+    // The child was asked to end by whoever launched it.
+    void noteAsked(Entry entry);
+
     // The child has ended. Harmless when called twice.
     void forget(Entry entry);
 
@@ -47,12 +50,18 @@ public:
     // dropped. What has not ended in time stays written down, so that the next start asks again.
     Leftovers endLeftovers(std::chrono::milliseconds patience);
 
-    // The program quits politely and has asked its daemons to end: forgets them. Leftovers that
-    // have not ended stay.
+    // The program quits politely: asks those of its daemons to end that nobody has asked (a runner
+    // that was launched twice has lost sight of its first daemon), and forgets them all. Leftovers
+    // that have not ended stay.
     void clear();
 
 private:
     using Records = std::vector<ProcessFacts>;
+
+    struct Noted {
+        ProcessFacts facts;
+        bool isAsked = false;
+    };
 
     void write();  // mutex_ is held
 
@@ -61,9 +70,9 @@ private:
     const std::string boot_;
 
     std::mutex mutex_;
-    Entry lastEntry_ = 0;                  // guarded by mutex_
-    std::map<Entry, ProcessFacts> noted_;  // guarded by mutex_; launched by this instance
-    Records leftovers_;                    // guarded by mutex_; by an earlier one
+    Entry lastEntry_ = 0;           // guarded by mutex_
+    std::map<Entry, Noted> noted_;  // guarded by mutex_; launched by this instance
+    Records leftovers_;             // guarded by mutex_; by an earlier one
 };
 
 }  // namespace valdorn

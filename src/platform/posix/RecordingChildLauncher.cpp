@@ -20,6 +20,12 @@ public:
             entry_ = ledger_.note(pid);
     }
 
+    void noteAsked() {
+        const std::lock_guard lock(mutex_);
+        if (entry_)
+            ledger_.noteAsked(*entry_);
+    }
+
     void end() {
         const std::lock_guard lock(mutex_);
         hasEnded_ = true;
@@ -32,6 +38,23 @@ private:
     std::mutex mutex_;
     bool hasEnded_ = false;                     // guarded by mutex_
     std::optional<DaemonLedger::Entry> entry_;  // guarded by mutex_
+};
+
+class RecordedChild : public ChildProcess {
+public:
+    RecordedChild(std::unique_ptr<ChildProcess> child, std::shared_ptr<LedgerEntry> entry)
+        : child_(std::move(child)), entry_(std::move(entry)) {}
+
+    std::int64_t id() const override { return child_->id(); }
+    bool isRunning() const override { return child_->isRunning(); }
+    void terminate() override {
+        child_->terminate();
+        entry_->noteAsked();
+    }
+
+private:
+    const std::unique_ptr<ChildProcess> child_;
+    const std::shared_ptr<LedgerEntry> entry_;
 };
 
 }  // namespace
@@ -47,9 +70,11 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> RecordingChildLauncher::launc
         onExit(exit);
     };
     auto launched = launcher_.launch(command, std::move(handlers));
-    if (launched)
-        entry->begin(launched.value()->id());
-    return launched;
+    if (!launched)
+        return launched.error();
+    entry->begin(launched.value()->id());
+    return std::unique_ptr<ChildProcess>(
+        std::make_unique<RecordedChild>(std::move(launched.value()), entry));
 }
 
 Result<ChildExit, LaunchError> RecordingChildLauncher::run(
