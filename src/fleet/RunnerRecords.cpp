@@ -8,9 +8,10 @@ namespace valdorn::RunnerRecords {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;                 // for reading: looks keys up fast
+using OrderedJson = nlohmann::ordered_json;  // for writing: keeps the order of the keys
 
-Json toJson(const RunnerConfig& record) {
+OrderedJson toJson(const RunnerConfig& record) {
     return {{"id", record.id},
             {"name", record.name},
             {"instanceURL", record.instanceURL},
@@ -62,12 +63,12 @@ std::optional<RunnerConfig> toRecord(const Json& json) {
 }  // namespace
 
 std::optional<std::string> encode(const std::vector<RunnerConfig>& records) {
-    Json array = Json::array();
+    OrderedJson array = OrderedJson::array();
     for (const RunnerConfig& record : records)
         array.push_back(toJson(record));
     try {
         return withEscapedSlashes(array.dump());
-    } catch (const Json::type_error&) {
+    } catch (const OrderedJson::type_error&) {
         return std::nullopt;  // how the library says that a text is not UTF-8
     }
 }

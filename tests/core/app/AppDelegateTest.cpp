@@ -64,14 +64,20 @@ protected:
     RecordingWindowHost windows;
     std::shared_ptr<RunnersStore> store;
     int terminations = 0;
-    std::shared_ptr<AppDelegate> delegate =
-        AppDelegate::create({services, item, windows,
-                             [this]() -> RunnersStore& {
-                                 if (!store)
-                                     store = RunnersStore::create(services);
-                                 return *store;
-                             },
-                             [this] { ++terminations; }});
+    int requestsAtTermination = 0;
+    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(
+        {services, item, windows,
+         [this]() -> RunnersStore& {
+             if (!store)
+                 store = RunnersStore::create(services);
+             return *store;
+         },
+         [this] {
+             ++terminations;
+             for (std::size_t index = 0; index < world.launcher.childCount(); ++index) {
+                 requestsAtTermination += world.launcher.child(index).terminateRequests();
+             }
+         }});
 };
 
 // Launching.
@@ -266,6 +272,30 @@ TEST_F(AppDelegateTest, ForgetsRunnersThatAreRemoved) {
     EXPECT_TRUE(item.menu->item("buildLine").hidden);
 }
 
+TEST_F(AppDelegateTest, RunnerThatIsRemovedIsNotListenedTo) {
+    launchWith(2);
+    const auto removed = runners().back();
+    store->remove(removed);
+    world.queue.runPosted();
+    removed->setConfig(FakeWorld::record("x"));
+    // One change of a runner that is followed posts one refresh.
+    EXPECT_EQ(world.queue.pending(), 0U);
+    runners().front()->setConfig(FakeWorld::record("y"));
+    EXPECT_EQ(world.queue.pending(), 1U);
+}
+
+TEST_F(AppDelegateTest, ManyChangesInOneTurnAreOneRefresh) {
+    launchWith(2);
+    for (int count = 0; count < 10; ++count) {
+        for (const auto& runner : runners())
+            runner->setConfig(runner->config());
+    }
+    EXPECT_EQ(world.queue.pending(), 1U);
+    world.queue.runPosted();
+    runners().front()->setConfig(runners().front()->config());
+    EXPECT_EQ(world.queue.pending(), 1U);
+}
+
 TEST_F(AppDelegateTest, RenamedRunnerIsRenamedInTheBuildLine) {
     launchWith(2);
     prints(0, "x repo is c/c\n");
@@ -372,6 +402,7 @@ TEST_F(AppDelegateTest, QuitStopsEveryRunnerBeforeItTerminates) {
     launchWith(2);
     item.menu->activate("quit");
     EXPECT_EQ(terminations, 1);
+    EXPECT_EQ(requestsAtTermination, 2);
     EXPECT_EQ(world.launcher.child(0).terminateRequests(), 1);
     EXPECT_EQ(world.launcher.child(1).terminateRequests(), 1);
 }

@@ -237,7 +237,9 @@ TEST_F(RunnersStoreTest, HandMadeLegacyRecordIsLegacyInEveryRespect) {
 }
 
 TEST_F(RunnersStoreTest, IdThatIsNoFolderNameDeletesNothing) {
-    for (const char* id : {"", ".", "..", "../..", "a/b", "/"}) {
+    for (const std::string& id :
+         {std::string(), std::string("."), std::string(".."), std::string("../.."),
+          std::string("a/b"), std::string("/"), std::string("a\0b", 3)}) {
         hasFile({FakeWorld::record(id), FakeWorld::record("b")});
         const auto store = open();
         store->remove(store->runners().front());

@@ -101,6 +101,10 @@ TEST_F(RegistrationTest, FloodIsStillJudgedAsUtf8) {
         good.append(std::string_view(dashes).substr(from, 1000));
         bad.append(std::string_view(dashes).substr(from, 1000));
     }
+    RegistrationOutput badLineBefore;
+    badLineBefore.append("\xFF\n");
+    badLineBefore.append(dashes);
+    EXPECT_EQ(badLineBefore.message(3), "act_runner register failed (exit 3)");
     EXPECT_TRUE(dashes.ends_with(good.message(3)));
     EXPECT_EQ(bad.message(3), "act_runner register failed (exit 3)");
 }
