@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "contracts/UserDefaultsContract.h"
 #include "platform/qt/IniUserDefaults.h"
@@ -106,6 +107,17 @@ TEST_F(IniUserDefaultsTest, ValueHoldsInMemoryWhenTheDiskRefuses) {
     QFile inTheWay(folder_.filePath(QStringLiteral("v")));
     ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
     IniUserDefaults defaults(path());
+    defaults.setString("labels", "a");
+    defaults.setBoolean("hasConnected", true);
+    EXPECT_EQ(defaults.string("labels"), "a");
+    EXPECT_TRUE(defaults.boolean("hasConnected"));
+}
+
+TEST_F(IniUserDefaultsTest, NamedPipeIsNotWaitedFor) {
+    QDir(folder_.path()).mkpath(QStringLiteral("v"));
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    IniUserDefaults defaults(path());
+    EXPECT_EQ(defaults.string("labels"), std::nullopt);
     defaults.setString("labels", "a");
     defaults.setBoolean("hasConnected", true);
     EXPECT_EQ(defaults.string("labels"), "a");

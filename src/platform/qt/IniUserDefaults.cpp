@@ -1,18 +1,24 @@
 #include "platform/qt/IniUserDefaults.h"
 
+#include <QFileInfo>
 #include <QStringList>
 #include <QVariant>
 
 namespace valdorn {
 
-IniUserDefaults::IniUserDefaults(const std::string& path)
-    : settings_(QString::fromStdString(path), QSettings::IniFormat) {}
+IniUserDefaults::IniUserDefaults(const std::string& path) {
+    const QFileInfo file(QString::fromStdString(path));
+    if (!file.exists() || file.isFile())
+        settings_.emplace(file.filePath(), QSettings::IniFormat);
+}
 
 std::optional<QString> IniUserDefaults::stored(const std::string& key) const {
     const QString name = QString::fromStdString(key);
-    if (!settings_.contains(name))
+    if (const auto unsaved = unsaved_.find(name); unsaved != unsaved_.end())
+        return unsaved->second;
+    if (!settings_ || !settings_->contains(name))
         return std::nullopt;
-    const QVariant value = settings_.value(name);
+    const QVariant value = settings_->value(name);
     // A comma that nobody quoted makes a list of one text.
     if (value.metaType() == QMetaType::fromType<QStringList>())
         return value.toStringList().join(QLatin1Char(','));
@@ -44,9 +50,14 @@ void IniUserDefaults::setBoolean(const std::string& key, bool value) {
 void IniUserDefaults::store(const std::string& key, const QString& value) {
     if (stored(key) == value)
         return;
-    settings_.setValue(QString::fromStdString(key), value);
+    const QString name = QString::fromStdString(key);
+    if (!settings_) {
+        unsaved_.insert_or_assign(name, value);
+        return;
+    }
+    settings_->setValue(name, value);
     // A refusing disk changes only the settings' status; the value holds in memory.
-    settings_.sync();
+    settings_->sync();
 }
 
 void IniUserDefaults::registerFallbacks(const std::map<std::string, std::string>& fallbacks) {

@@ -13,7 +13,8 @@ namespace valdorn {
 // call returns, merged with what somebody else has written meanwhile.
 class IniUserDefaults : public UserDefaults {
 public:
-    // The file's absolute path. The file and its folder are made by the first write.
+    // The file's absolute path. The file and its folder are made by the first write. Where something
+    // stands that is no file (a named pipe would be waited for), values hold in memory only.
     explicit IniUserDefaults(const std::string& path);
 
     std::optional<std::string> string(const std::string& key) const override;
@@ -26,7 +27,8 @@ private:
     std::optional<QString> stored(const std::string& key) const;
     void store(const std::string& key, const QString& value);
 
-    QSettings settings_;
+    std::optional<QSettings> settings_;   // nothing where there can be no file
+    std::map<QString, QString> unsaved_;  // used then
     std::map<std::string, std::string> fallbacks_;
 };
 
