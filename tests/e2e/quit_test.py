@@ -104,6 +104,20 @@ class QuitTest(ProgramCase):
         self.assertTrue(self.program.is_running())
         self.assertEqual(self.signals(), [[]] * 3)
 
+    def test_of_a_daemon_that_was_lost_sight_of(self):
+        puppets, = self.puppet_runners({})
+        program, item = self.start_with_item()
+        kill(puppets.wait_for_one(), signal.SIGKILL)
+        puppets.wait_for_none()
+        spend(0.2)  # for its end to be noticed
+        item.menu().choose("Restart Runner")
+        wait_until(lambda: len(puppets.living()) == 2, "the restart and the relaunch", 10)
+        both = puppets.living()
+        item.menu().choose("Quit Valdorn")
+        self.assertEqual(program.wait_for_end(PROMPTLY), 0)
+        puppets.wait_for_none(5)
+        self.assertEqual([puppets.signals(pid) for pid in both], [["SIGTERM"]] * 2)
+
     def test_with_its_windows_open(self):
         self.begin(connected=False)
         for entry in ("Settings…", "Show Log…", "Runner Status…"):
