@@ -21,7 +21,7 @@ constexpr std::array sizes{16, 22, 24, 32, 48};
 constexpr int spinnerPoints = 16;
 constexpr int squareItemPoints = 24;  // the proportion when the item has no fixed width
 
-const QColor outlineColor(0, 0, 0, 150);
+const QColor spokeOutline(0, 0, 0, 150);
 
 QImage transparent(int pixels) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
@@ -36,28 +36,44 @@ QIcon inEverySize(const std::function<QImage(int pixels)>& draw) {
     return icon;
 }
 
-// The shape's silhouette, widened by `reach` pixels all around.
-QImage widened(const QImage& shape, double reach) {
+// The shape in one colour, widened by `reach` pixels all around.
+QImage widened(const QImage& shape, double reach, const QColor& color) {
     QImage wide = transparent(shape.width());
     QPainter painter(&wide);
-    constexpr int directions = 16;
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    constexpr int directions = 24;
     for (int i = 0; i < directions; ++i) {
         const double angle = 2 * std::numbers::pi * i / directions;
         painter.drawImage(QPointF(reach * std::cos(angle), reach * std::sin(angle)), shape);
     }
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(wide.rect(), Qt::black);
+    painter.fillRect(wide.rect(), color);
     return wide;
 }
 
-QImage outlined(const QImage& shape) {
-    QImage result = transparent(shape.width());
+// Everything within a symbol's outline: the outlined form and the filled one, whose holes it closes.
+QImage silhouette(QString symbol, int pixels) {
+    const QString filled = QStringLiteral(".fill");
+    if (symbol.endsWith(filled))
+        symbol.chop(filled.size());
+    QImage image = NativeSymbols::image(symbol, Qt::black, pixels);
+    QPainter painter(&image);
+    painter.drawImage(0, 0, NativeSymbols::image(symbol + filled, Qt::black, pixels));
+    return image;
+}
+
+// The symbol with a dark rim of its own hue around it, and only there: on a light bar a rim along
+// each stroke would turn the inside to mud.
+QImage rimmed(const QString& symbol, const QColor& color, int pixels) {
+    constexpr double reach = 0.75 / 24;  // of the width: wide enough at 16 pixels, in the margin
+    constexpr int darkness = 230;        // percent; yellow then has 7:1 on white
+    const QImage inside = silhouette(symbol, pixels);
+    QImage result = widened(inside, reach * pixels, color.darker(darkness));
     QPainter painter(&result);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.setOpacity(outlineColor.alphaF());
-    painter.drawImage(0, 0, widened(shape, shape.width() / 30.0));
-    painter.setOpacity(1);
-    painter.drawImage(0, 0, shape);
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+    painter.drawImage(0, 0, inside);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawImage(0, 0, NativeSymbols::image(symbol, color, pixels));
     return result;
 }
 
@@ -78,7 +94,7 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
     for (int spoke = 0; spoke < spinnerFrames; ++spoke) {
         const int age = (frame - spoke + spinnerFrames) % spinnerFrames;
         const float strength = 1.0F - 0.11F * static_cast<float>(age);
-        drawSpoke(painter, outlineColor, strength, radius, radius * 0.38);
+        drawSpoke(painter, spokeOutline, strength, radius, radius * 0.38);
         drawSpoke(painter, SystemPalette::darkVariant(SystemColor::secondary).lighter(138),
                   strength, radius, radius * 0.2);
         painter.rotate(360.0 / spinnerFrames);
@@ -90,8 +106,8 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
 
 QIcon icon(const StatusIcon& icon) {
     return inEverySize([&icon](int pixels) {
-        return outlined(NativeSymbols::image(QString::fromStdString(icon.symbol),
-                                             SystemPalette::darkVariant(icon.color), pixels));
+        return rimmed(QString::fromStdString(icon.symbol), SystemPalette::darkVariant(icon.color),
+                      pixels);
     });
 }
 

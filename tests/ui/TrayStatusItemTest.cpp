@@ -98,14 +98,18 @@ QImage picture(const QIcon& icon) {
     return icon.pixmap(QSize(48, 48)).toImage().convertToFormat(QImage::Format_ARGB32);
 }
 
-// The most saturated colour in the picture.
+int vividness(const QColor& color) {
+    return color.saturation() * color.value();
+}
+
+// The most vivid colour in the picture; its rim is darker.
 QColor mainColor(const QIcon& icon) {
     const QImage image = picture(icon);
     QColor strongest(Qt::transparent);
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const QColor color = image.pixelColor(x, y);
-            if (color.alpha() == 255 && color.saturation() > strongest.saturation())
+            if (color.alpha() == 255 && vividness(color) > vividness(strongest))
                 strongest = color;
         }
     }
