@@ -82,7 +82,6 @@ TEST_F(PosixHostInfoTest, TheAccountsHomeStandsInForAnUnusableVariable) {
 }
 
 TEST_F(PosixHostInfoTest, WithoutAnyHomeFolderTheProgramAbortsWithOneLine) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const char* const unusable : {"", "relative"}) {
         account = unusable;
         EXPECT_DEATH(homeFor(std::nullopt),

@@ -39,13 +39,17 @@ choose_home() {
         echo "Valdorn runs with your own act_runner: $HOME/actrunner/act_runner"
         return
     fi
+    if [ -e "$HOME/actrunner/act_runner" ]; then
+        echo "$HOME/actrunner/act_runner is not executable: chmod +x it to run with it." >&2
+    fi
     make_throw_away_home
+    is_home_thrown_away=1
     # Where the display's key is looked for when nothing else is said.
     export XAUTHORITY=${XAUTHORITY:-$HOME/.Xauthority}
     export HOME=$throw_away_folder
     unset XDG_CONFIG_HOME XDG_STATE_HOME XDG_DATA_HOME XDG_CACHE_HOME
-    echo "No ~/actrunner/act_runner: Valdorn runs with the demo runner in a throw-away home,"
-    echo "  $HOME (removed at the end)"
+    echo "No ~/actrunner/act_runner of yours to run: Valdorn runs with the demo runner, which plays a"
+    echo "job every 50 seconds or so, in a throw-away home, $HOME (removed at the end)."
 }
 
 # await FILE WHAT: until somebody has written a line into the file.
@@ -65,24 +69,27 @@ start_virtual_desktop() {
     make_throw_away_folder desktop
     local folder=$throw_away_folder
     unset XAUTHORITY
-    export XDG_RUNTIME_DIR=$folder/run DISPLAY DBUS_SESSION_BUS_ADDRESS
-    mkdir --mode=700 "$XDG_RUNTIME_DIR"
+    export DISPLAY DBUS_SESSION_BUS_ADDRESS
+    mkdir --mode=700 "$folder/run"
+    # Your own home has one Valdorn, wherever it is started: its lock stays where it is.
+    [ -z "${is_home_thrown_away-}" ] || export XDG_RUNTIME_DIR=$folder/run
     touch "$folder/display" "$folder/bus"
 
-    start Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$folder/display"
+    XDG_RUNTIME_DIR=$folder/run start Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$folder/display"
     await "$folder/display" "the virtual display"
     DISPLAY=:$(cat "$folder/display")
     # The panel's settings come through a service of this bus, so the bus gets the folder, too.
     write_panel_settings "$folder"
-    XDG_CONFIG_HOME=$folder start dbus-daemon --session --nofork --print-address=3 3>"$folder/bus"
+    XDG_RUNTIME_DIR=$folder/run XDG_CONFIG_HOME=$folder start dbus-daemon --session --nofork --print-address=3 3>"$folder/bus"
     await "$folder/bus" "the session bus"
     DBUS_SESSION_BUS_ADDRESS=$(cat "$folder/bus")
-    start openbox
-    XDG_CONFIG_HOME=$folder start xfce4-panel --disable-wm-check
+    XDG_RUNTIME_DIR=$folder/run start openbox
+    XDG_RUNTIME_DIR=$folder/run XDG_CONFIG_HOME=$folder start xfce4-panel --disable-wm-check
     cat <<EOT
 No display here: Valdorn runs on the virtual display $DISPLAY.
   To look at it:   DISPLAY=$DISPLAY import -window root valdorn.png
-  or, live:        apt-get install x11vnc; x11vnc -display $DISPLAY -localhost
+  or, live, with a VNC viewer at localhost:5900 (package x11vnc):
+                   x11vnc -display $DISPLAY -localhost -forever
 EOT
 }
 
