@@ -29,20 +29,31 @@ def environment_of(pid):
         return b""
 
 
+def executable_of(pid):
+    """Nothing for a process that has ended meanwhile."""
+    try:
+        return os.readlink(f"/proc/{pid}/exe")
+    except OSError:
+        return None
+
+
 class DemoRunTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="valdorn-demo-run.")
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.home = os.path.join(self.folder, "home")
         self.temporary = os.path.join(self.folder, "tmp")
+        self.runtime = os.path.join(self.folder, "runtime")
         os.mkdir(self.home)
         os.mkdir(self.temporary)
+        os.mkdir(self.runtime, 0o700)
 
     def start(self):
         environment = {name: value for name, value in os.environ.items()
                        if not name.startswith(("XDG_", "QT_", "DBUS_"))
                        and name not in ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY")}
         environment.update(HOME=self.home, TMPDIR=self.temporary, LC_ALL="C.UTF-8",
+                           XDG_RUNTIME_DIR=self.runtime,
                            VALDORN_BUILD=os.environ["VALDORN_BUILD"])
         self.output = tempfile.TemporaryFile("w+", dir=self.folder)
         self.addCleanup(self.output.close)
@@ -79,10 +90,13 @@ class DemoRunTest(unittest.TestCase):
         """What it says about looking at the display, taken literally."""
         return re.search(r"DISPLAY=(:\d+) import -window root", self.said())[1]
 
+    def valdorns(self):
+        return [pid for pid in self.processes()
+                if executable_of(pid) == os.environ["VALDORN_PROGRAM"]]
+
     def item(self):
         """The status item as the panel has it."""
-        (valdorn,) = (pid for pid in self.processes()
-                      if os.readlink(f"/proc/{pid}/exe") == os.environ["VALDORN_PROGRAM"])
+        (valdorn,) = wait_until(self.valdorns, "Valdorn")
         address = re.search(rb"DBUS_SESSION_BUS_ADDRESS=([^\0]+)", environment_of(valdorn))[1]
         connection = dbus.bus.BusConnection(address.decode())
         connection.set_exit_on_disconnect(False)
@@ -120,6 +134,7 @@ class DemoRunTest(unittest.TestCase):
         os.killpg(self.dev.pid, signal.SIGINT)
         self.check_end()
         self.assertEqual([], os.listdir(self.home))
+        self.assertEqual([], os.listdir(self.runtime))
 
     def test_ends_everything_when_only_the_script_is_told_to(self):
         self.start()
@@ -134,6 +149,9 @@ class DemoRunTest(unittest.TestCase):
         self.assertIn(f"your own act_runner: {self.home}/actrunner/act_runner\n", self.said())
         menu = self.item().menu()
         wait_until(lambda: "Status: Not registered" in menu.labels(), "no registration")
+        # The lock is where any other Valdorn of this home looks for it.
+        locks = os.listdir(os.path.join(self.runtime, "valdorn"))
+        self.assertTrue(any(name.endswith(".lock") for name in locks), locks)
         self.dev.terminate()
         self.check_end()
         self.assertTrue(os.path.exists(
