@@ -88,7 +88,7 @@ DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
     const std::lock_guard lock(mutex_);
     const Entry entry = ++lastEntry_;
     if (facts) {
-        noted_.emplace(entry, *facts);
+        noted_.emplace(entry, Noted{*facts});
         write();
     }
     return entry;
