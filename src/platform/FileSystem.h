@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -37,6 +38,24 @@ public:
     [[nodiscard]] virtual FileOutcome append(std::string_view bytes) = 0;
 };
 
+// An open regular file, read at places of the reader's choosing while others may write to it. Owned
+// by the caller; closing is by destruction. One thread at a time.
+class ReadHandle {
+public:
+    ReadHandle() = default;
+    ReadHandle(const ReadHandle&) = delete;
+    ReadHandle& operator=(const ReadHandle&) = delete;
+    virtual ~ReadHandle() = default;
+
+    // The size at this moment, in bytes.
+    virtual Result<std::uint64_t, FileError> sizeBytes() const = 0;
+
+    // The bytes from `offset` on, `maxBytes` of them at the most; fewer where the file ends before,
+    // none at or beyond its end.
+    virtual Result<std::string, FileError> readAt(std::uint64_t offset,
+                                                  std::size_t maxBytes) const = 0;
+};
+
 // The files. All paths are absolute; bytes are passed as they are. A path with a NUL byte, which
 // the kernel would cut short, names nothing and is EINVAL.
 //
@@ -52,6 +71,10 @@ public:
 
     // The whole content of a regular file. A missing file is ENOENT, a folder EISDIR.
     virtual Result<std::string, FileError> read(const std::string& path) const = 0;
+
+    // Opens a regular file for reading in parts; errors as for read().
+    virtual Result<std::unique_ptr<ReadHandle>, FileError> openForReading(
+        const std::string& path) const = 0;
 
     // Replaces the content in place, creating the file when it is missing; its folder must exist.
     // Not atomic: a failure half-way leaves a part of the new content.

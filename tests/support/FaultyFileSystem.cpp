@@ -27,6 +27,30 @@ private:
     const std::unique_ptr<AppendHandle> inner_;
 };
 
+class FaultyFileSystem::Reader : public ReadHandle {
+public:
+    Reader(const FaultyFileSystem& owner, std::string path, std::unique_ptr<ReadHandle> inner)
+        : owner_(owner), path_(std::move(path)), inner_(std::move(inner)) {}
+
+    Result<std::uint64_t, FileError> sizeBytes() const override {
+        if (const FileOutcome fault = owner_.nextFault(path_, Access::reads))
+            return *fault;
+        return inner_->sizeBytes();
+    }
+
+    Result<std::string, FileError> readAt(std::uint64_t offset,
+                                          std::size_t maxBytes) const override {
+        if (const FileOutcome fault = owner_.nextFault(path_, Access::reads))
+            return *fault;
+        return inner_->readAt(offset, maxBytes);
+    }
+
+private:
+    const FaultyFileSystem& owner_;
+    const std::string path_;
+    const std::unique_ptr<ReadHandle> inner_;
+};
+
 void FaultyFileSystem::choose(int first, int last, int errorNumber, Damage damage) {
     first_ = first;
     last_ = last;
@@ -67,6 +91,17 @@ Result<std::string, FileError> FaultyFileSystem::read(const std::string& path) c
     if (const FileOutcome fault = nextFault(path, Access::reads))
         return *fault;
     return inner_.read(path);
+}
+
+Result<std::unique_ptr<ReadHandle>, FileError> FaultyFileSystem::openForReading(
+    const std::string& path) const {
+    if (const FileOutcome fault = nextFault(path, Access::reads))
+        return *fault;
+    auto opened = inner_.openForReading(path);
+    if (!opened.ok())
+        return opened;
+    return std::unique_ptr<ReadHandle>(
+        std::make_unique<Reader>(*this, path, std::move(opened.value())));
 }
 
 FileOutcome FaultyFileSystem::replaceContent(const std::string& path, std::string_view bytes) {

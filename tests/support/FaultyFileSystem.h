@@ -9,7 +9,7 @@ namespace valdorn {
 
 // Another file system in which chosen operations fail. One thread only.
 //
-// Every operation that can fail is counted, from 1: all members but exists(), and each append of
+// Every operation that can fail is counted, from 1: all members but exists(), and each call of
 // a handle. A test loops over N until operations() stays below N, and looks at faults() to see
 // that the fault was really met.
 class FaultyFileSystem : public FileSystem {
@@ -40,6 +40,8 @@ public:
     int faults() const { return faults_; }
 
     Result<std::string, FileError> read(const std::string& path) const override;
+    Result<std::unique_ptr<ReadHandle>, FileError> openForReading(
+        const std::string& path) const override;
     FileOutcome replaceContent(const std::string& path, std::string_view bytes) override;
     FileOutcome replaceAtomically(const std::string& path, std::string_view bytes) override;
     FileOutcome makeFolders(const std::string& path) override;
@@ -51,6 +53,7 @@ public:
 
 private:
     class Handle;
+    class Reader;
 
     enum class Access { reads, changes };
 

@@ -59,6 +59,34 @@ private:
     const std::shared_ptr<int> openHandles_;
 };
 
+class MemoryFileSystem::Reader : public ReadHandle {
+public:
+    Reader(const MemoryFileSystem& fileSystem, std::string path, std::shared_ptr<Node> node)
+        : fileSystem_(fileSystem), path_(std::move(path)), node_(std::move(node)) {}
+
+    Result<std::uint64_t, FileError> sizeBytes() const override {
+        if (const FileOutcome failed = fileSystem_.failure(path_))
+            return *failed;
+        return std::uint64_t{content().size()};
+    }
+
+    Result<std::string, FileError> readAt(std::uint64_t offset,
+                                          std::size_t maxBytes) const override {
+        if (const FileOutcome failed = fileSystem_.failure(path_))
+            return *failed;
+        return offset < content().size() ? content().substr(offset, maxBytes) : std::string();
+    }
+
+private:
+    const std::string& content() const {
+        return node_->named ? fileSystem_.files.at(path_) : node_->lastContent;
+    }
+
+    const MemoryFileSystem& fileSystem_;
+    const std::string path_;
+    const std::shared_ptr<Node> node_;
+};
+
 bool MemoryFileSystem::isFolder(const std::string& path) const {
     return path == "/" || folders.contains(path) || holdsAnyBelow(folders, path) ||
            holdsAnyBelow(files, path);
@@ -108,9 +136,17 @@ void MemoryFileSystem::keepFoldersAbove(const std::string& path) {
         folders.insert(above);
 }
 
+std::shared_ptr<MemoryFileSystem::Node> MemoryFileSystem::node(const std::string& path) const {
+    std::shared_ptr<Node>& node = nodes_[path];
+    if (!node)
+        node = std::make_shared<Node>();
+    return node;
+}
+
 void MemoryFileSystem::loseName(const std::string& path) {
     if (const auto node = nodes_.find(path); node != nodes_.end()) {
         node->second->named = false;
+        node->second->lastContent = files.at(path);
         nodes_.erase(node);
     }
 }
@@ -120,6 +156,14 @@ Result<std::string, FileError> MemoryFileSystem::read(const std::string& path) c
     if (const FileOutcome failed = readable(path))
         return *failed;
     return files.at(path);
+}
+
+Result<std::unique_ptr<ReadHandle>, FileError> MemoryFileSystem::openForReading(
+    const std::string& path) const {
+    reads.push_back(path);
+    if (const FileOutcome failed = readable(path))
+        return *failed;
+    return std::unique_ptr<ReadHandle>(std::make_unique<Reader>(*this, path, node(path)));
 }
 
 FileOutcome MemoryFileSystem::replaceContent(const std::string& path, std::string_view bytes) {
@@ -190,10 +234,7 @@ Result<std::unique_ptr<AppendHandle>, FileError> MemoryFileSystem::openForAppend
     if (const FileOutcome failed = writable(path))
         return *failed;
     files.try_emplace(path);
-    std::shared_ptr<Node>& node = nodes_[path];
-    if (!node)
-        node = std::make_shared<Node>();
-    return std::unique_ptr<AppendHandle>(std::make_unique<Handle>(*this, path, node));
+    return std::unique_ptr<AppendHandle>(std::make_unique<Handle>(*this, path, node(path)));
 }
 
 }  // namespace valdorn

@@ -32,6 +32,8 @@ public:
     int openHandles() const { return *openHandles_; }
 
     Result<std::string, FileError> read(const std::string& path) const override;
+    Result<std::unique_ptr<ReadHandle>, FileError> openForReading(
+        const std::string& path) const override;
     FileOutcome replaceContent(const std::string& path, std::string_view bytes) override;
     FileOutcome replaceAtomically(const std::string& path, std::string_view bytes) override;
     FileOutcome makeFolders(const std::string& path) override;
@@ -43,9 +45,11 @@ public:
 
 private:
     class Handle;
+    class Reader;
     // What a handle holds on to: the file it was opened on, which may lose its name.
     struct Node {
         bool named = true;
+        std::string lastContent = {};  // once it has lost its name
     };
 
     bool isFolder(const std::string& path) const;
@@ -54,9 +58,10 @@ private:
     FileOutcome readable(const std::string& path) const;
     FileOutcome writable(const std::string& path) const;
     void keepFoldersAbove(const std::string& path);
+    std::shared_ptr<Node> node(const std::string& path) const;
     void loseName(const std::string& path);
 
-    std::map<std::string, std::shared_ptr<Node>> nodes_;
+    mutable std::map<std::string, std::shared_ptr<Node>> nodes_;
     std::shared_ptr<int> openHandles_ = std::make_shared<int>(0);
 };
 

@@ -103,6 +103,40 @@ void surviveTheSizeLimit() {
     sigaction(SIGXFSZ, &action, nullptr);
 }
 
+class PosixReadHandle : public ReadHandle {
+public:
+    PosixReadHandle(Descriptor file, std::string path)
+        : file_(std::move(file)), path_(std::move(path)) {}
+
+    Result<std::uint64_t, FileError> sizeBytes() const override {
+        struct stat status {};
+        if (::fstat(file_.number(), &status) != 0)
+            return FileError{errno, path_};
+        return static_cast<std::uint64_t>(status.st_size);
+    }
+
+    Result<std::string, FileError> readAt(std::uint64_t offset,
+                                          std::size_t maxBytes) const override {
+        std::string bytes(maxBytes, '\0');
+        std::size_t had = 0;
+        while (had < maxBytes) {
+            const ssize_t got = ::pread(file_.number(), bytes.data() + had, maxBytes - had,
+                                        static_cast<off_t>(offset + had));
+            if (got < 0 && errno != EINTR)
+                return FileError{errno, path_};
+            if (got == 0)
+                break;
+            had += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        }
+        bytes.resize(had);
+        return bytes;
+    }
+
+private:
+    const Descriptor file_;
+    const std::string path_;
+};
+
 class PosixAppendHandle : public AppendHandle {
 public:
     PosixAppendHandle(Descriptor file, std::string path)
@@ -141,6 +175,15 @@ Result<std::string, FileError> PosixFileSystem::read(const std::string& path) co
         if (got < 0 && error != EINTR)
             return FileError{error, path};
     }
+}
+
+Result<std::unique_ptr<ReadHandle>, FileError> PosixFileSystem::openForReading(
+    const std::string& path) const {
+    auto opened = openRegular(path, O_RDONLY);
+    if (!opened.ok())
+        return opened.error();
+    return std::unique_ptr<ReadHandle>(
+        std::make_unique<PosixReadHandle>(std::move(opened.value()), path));
 }
 
 FileOutcome PosixFileSystem::replaceContent(const std::string& path, std::string_view bytes) {

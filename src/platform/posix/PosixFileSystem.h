@@ -20,6 +20,8 @@ public:
     PosixFileSystem();
 
     Result<std::string, FileError> read(const std::string& path) const override;
+    Result<std::unique_ptr<ReadHandle>, FileError> openForReading(
+        const std::string& path) const override;
     FileOutcome replaceContent(const std::string& path, std::string_view bytes) override;
     FileOutcome replaceAtomically(const std::string& path, std::string_view bytes) override;
     FileOutcome makeFolders(const std::string& path) override;
