@@ -1,0 +1,74 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "logs/CaseFold.h"
+#include "logs/LevelFilter.h"
+#include "logs/LogTailer.h"
+#include "platform/MainQueue.h"
+#include "platform/Observable.h"
+
+namespace valdorn {
+
+// What the log window shows of a tailer's lines: the ones that pass a text and a level, and whether
+// the newest is to be kept in view. Main thread only.
+//
+// The tailer announces a change before it is stored; this one takes it in by a task on the queue,
+// once for all changes of a turn. A change of the query or the level applies at once.
+class LogViewer {
+public:
+    enum class Scrolling {
+        keep,    // the place stays as it is
+        toLast,  // the last line comes into view, at the bottom
+    };
+    // Called after filtered() has changed.
+    using Observer = std::function<void(Scrolling)>;
+
+    // The queue outlives it.
+    LogViewer(MainQueue& queue, std::shared_ptr<LogTailer> tailer, CaseFold fold);
+    LogViewer(const LogViewer&) = delete;
+    LogViewer& operator=(const LogViewer&) = delete;
+
+    // The lines that pass, in the tailer's order.
+    const std::vector<LogLine>& filtered() const VALDORN_ON_MAIN_THREAD { return filtered_; }
+
+    // The last line comes into view when the number of filtered lines has changed, is not zero, and
+    // following is on. Turning it on scrolls nothing by itself.
+    [[nodiscard]] Subscription onFilteredChanged(Observer observer) VALDORN_ON_MAIN_THREAD {
+        return observers_.subscribe(std::move(observer));
+    }
+
+    const std::string& query() const VALDORN_ON_MAIN_THREAD { return query_; }
+    LevelFilter level() const VALDORN_ON_MAIN_THREAD { return level_; }
+    bool follow() const VALDORN_ON_MAIN_THREAD { return follow_; }
+
+    // The text to look for, whatever its case; the empty one is in every line.
+    void setQuery(std::string query) VALDORN_ON_MAIN_THREAD;
+    void setLevel(LevelFilter level) VALDORN_ON_MAIN_THREAD;
+    void setFollow(bool follow) VALDORN_ON_MAIN_THREAD { follow_ = follow; }
+
+    // Begins and ends following the file.
+    void start() VALDORN_ON_MAIN_THREAD { tailer_->start(); }
+    void stop() VALDORN_ON_MAIN_THREAD { tailer_->stop(); }
+
+    // Takes all lines away until new ones come or start() reads the file again.
+    void clear() VALDORN_ON_MAIN_THREAD { tailer_->clear(); }
+
+    // The lines of the tailer that pass now, joined by line feeds, without one at the end.
+    std::string text() const VALDORN_ON_MAIN_THREAD;
+
+private:
+    MainQueue& queue_;
+    const std::shared_ptr<LogTailer> tailer_;
+    const CaseFold fold_;
+    std::string query_ VALDORN_MAIN_THREAD_ONLY;
+    LevelFilter level_ VALDORN_MAIN_THREAD_ONLY = LevelFilter::all;
+    bool follow_ VALDORN_MAIN_THREAD_ONLY = true;
+    std::vector<LogLine> filtered_ VALDORN_MAIN_THREAD_ONLY;
+    ObserverList<Scrolling> observers_;
+};
+
+}  // namespace valdorn
