@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cerrno>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +38,23 @@ protected:
         return opened.ok() ? std::move(opened.value()) : nullptr;
     }
 
+    std::unique_ptr<ReadHandle> openForReading(const std::string& name) {
+        auto opened = files().openForReading(at(name));
+        return opened.ok() ? std::move(opened.value()) : nullptr;
+    }
+
+    static std::string part(const ReadHandle& handle, std::uint64_t offset, std::size_t maxBytes) {
+        const auto read = handle.readAt(offset, maxBytes);
+        return read.ok() ? read.value() : "(" + read.error().description() + ")";
+    }
+
+    // The size as the handle sees it, and all that it reads.
+    static std::string seen(const ReadHandle& handle) {
+        const auto size = handle.sizeBytes();
+        return (size.ok() ? std::to_string(size.value()) : "(" + size.error().description() + ")") +
+               " " + part(handle, 0, 1000);
+    }
+
     static int number(const FileOutcome& outcome) { return outcome ? outcome->errorNumber : 0; }
 
     template <typename Value>
@@ -45,7 +64,8 @@ protected:
 
     // The errors of reading and of writing at the name, in the order of the interface.
     std::vector<int> errorsOfReading(const std::string& path) {
-        return {number(files().read(path)), number(files().sizeBytes(path))};
+        return {number(files().read(path)), number(files().openForReading(path)),
+                number(files().sizeBytes(path))};
     }
     std::vector<int> errorsOfWriting(const std::string& path) {
         return {number(files().replaceContent(path, "x")),
@@ -77,20 +97,20 @@ TYPED_TEST_P(FileSystemContract, ReadsBackMoreThanOneCallTakes) {
 }
 
 TYPED_TEST_P(FileSystemContract, AMissingFileIsENOENT) {
-    EXPECT_EQ(this->errorsOfReading(this->at("none")), (std::vector{ENOENT, ENOENT}));
+    EXPECT_EQ(this->errorsOfReading(this->at("none")), (std::vector{ENOENT, ENOENT, ENOENT}));
     EXPECT_FALSE(this->files().exists(this->at("none")));
 }
 
 TYPED_TEST_P(FileSystemContract, AFolderInPlaceOfAFileIsEISDIR) {
     this->makeFolder("folder");
-    EXPECT_EQ(this->errorsOfReading(this->at("folder")), (std::vector{EISDIR, EISDIR}));
+    EXPECT_EQ(this->errorsOfReading(this->at("folder")), (std::vector{EISDIR, EISDIR, EISDIR}));
     EXPECT_EQ(this->errorsOfWriting(this->at("folder")), (std::vector{EISDIR, EISDIR, EISDIR}));
 }
 
 TYPED_TEST_P(FileSystemContract, AFileInPlaceOfAFolderIsENOTDIR) {
     this->put("file", "kept");
     const std::string below = this->at("file/below");
-    EXPECT_EQ(this->errorsOfReading(below), (std::vector{ENOTDIR, ENOTDIR}));
+    EXPECT_EQ(this->errorsOfReading(below), (std::vector{ENOTDIR, ENOTDIR, ENOTDIR}));
     EXPECT_EQ(this->errorsOfWriting(below), (std::vector{ENOTDIR, ENOTDIR, ENOTDIR}));
     EXPECT_EQ(this->number(this->files().makeFolders(below)), ENOTDIR);
     EXPECT_EQ(this->number(this->files().makeFolders(below + "/deeper")), ENOTDIR);
@@ -108,7 +128,7 @@ TYPED_TEST_P(FileSystemContract, APathWithANulByteNamesNothing) {
     this->makeFolder("folder");
     this->put("folder/file", "kept");
     const std::string path = this->at("folder/") + std::string("\0file", 5);
-    EXPECT_EQ(this->errorsOfReading(path), (std::vector{EINVAL, EINVAL}));
+    EXPECT_EQ(this->errorsOfReading(path), (std::vector{EINVAL, EINVAL, EINVAL}));
     EXPECT_EQ(this->errorsOfWriting(path), (std::vector{EINVAL, EINVAL, EINVAL}));
     EXPECT_EQ(this->number(this->files().makeFolders(path)), EINVAL);
     EXPECT_EQ(this->number(this->files().removeTree(path)), EINVAL);
@@ -267,6 +287,101 @@ TYPED_TEST_P(FileSystemContract, ARemovedFileGoesOnGrowingUnseen) {
     EXPECT_EQ(this->content("file"), "seen");
 }
 
+TYPED_TEST_P(FileSystemContract, ReadsTheAskedForPartOfAFile) {
+    const std::string bytes("0123\n\0\xff\r89", 10);
+    this->put("file", bytes);
+    const auto handle = this->openForReading("file");
+    ASSERT_TRUE(handle);
+    for (std::size_t offset = 0; offset <= bytes.size(); ++offset) {
+        for (std::size_t count = 0; count <= bytes.size() + 1; ++count)
+            EXPECT_EQ(this->part(*handle, offset, count), bytes.substr(offset, count));
+    }
+    EXPECT_EQ(handle->sizeBytes().value(), bytes.size());
+}
+
+TYPED_TEST_P(FileSystemContract, ReadsPartsLargerThanOneCallTakes) {
+    std::string bytes;
+    for (int i = 0; i < 40000; ++i)
+        bytes += std::to_string(i);
+    this->put("file", bytes);
+    const auto handle = this->openForReading("file");
+    ASSERT_TRUE(handle);
+    EXPECT_TRUE(this->part(*handle, 1, bytes.size() - 2) == bytes.substr(1, bytes.size() - 2));
+}
+
+TYPED_TEST_P(FileSystemContract, BeyondTheEndThereIsNothingHoweverFar) {
+    this->put("file", "1234");
+    const auto handle = this->openForReading("file");
+    ASSERT_TRUE(handle);
+    constexpr auto furthest = std::numeric_limits<std::uint64_t>::max();
+    for (const std::uint64_t offset : {std::uint64_t{4}, std::uint64_t{5}, furthest / 2,
+                                       furthest / 2 + 1, furthest - 1, furthest})
+        EXPECT_EQ(this->part(*handle, offset, 10), "") << offset;
+    EXPECT_EQ(this->part(*handle, 1, std::numeric_limits<std::size_t>::max()), "234");
+}
+
+TYPED_TEST_P(FileSystemContract, AnEmptyFileIsReadAsNothing) {
+    this->put("file", "");
+    const auto handle = this->openForReading("file");
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(this->seen(*handle), "0 ");
+}
+
+TYPED_TEST_P(FileSystemContract, AReaderSeesTheFileGrowAndShrink) {
+    const auto writer = this->open("file");
+    const auto reader = this->openForReading("file");
+    ASSERT_TRUE(writer && reader);
+    EXPECT_FALSE(writer->append("one"));
+    EXPECT_EQ(this->seen(*reader), "3 one");
+    EXPECT_FALSE(writer->append("two"));
+    EXPECT_EQ(this->seen(*reader), "6 onetwo");
+    this->put("file", "1");
+    EXPECT_EQ(this->seen(*reader), "1 1");
+    EXPECT_EQ(this->part(*reader, 3, 3), "");
+    EXPECT_FALSE(writer->append("2"));
+    EXPECT_EQ(this->seen(*reader), "2 12");
+}
+
+TYPED_TEST_P(FileSystemContract, AReaderKeepsTheFileThatWasReplacedAtomically) {
+    this->put("file", "old");
+    const auto before = this->openForReading("file");
+    const auto writer = this->open("file");
+    ASSERT_TRUE(before && writer);
+    EXPECT_FALSE(this->files().replaceAtomically(this->at("file"), "newer"));
+    EXPECT_FALSE(writer->append(" end"));
+    EXPECT_EQ(this->seen(*before), "7 old end");
+    const auto after = this->openForReading("file");
+    ASSERT_TRUE(after);
+    EXPECT_EQ(this->seen(*after), "5 newer");
+}
+
+TYPED_TEST_P(FileSystemContract, AReaderKeepsTheFileThatWasRemoved) {
+    this->makeFolder("folder");
+    this->put("folder/file", "kept");
+    const auto handle = this->openForReading("folder/file");
+    ASSERT_TRUE(handle);
+    EXPECT_FALSE(this->files().removeTree(this->at("folder")));
+    EXPECT_EQ(this->seen(*handle), "4 kept");
+    this->makeFolder("folder");
+    this->put("folder/file", "another");
+    EXPECT_EQ(this->seen(*handle), "4 kept");
+}
+
+TYPED_TEST_P(FileSystemContract, OpeningForReadingMakesNoFile) {
+    EXPECT_EQ(this->number(this->files().openForReading(this->at("none"))), ENOENT);
+    EXPECT_FALSE(this->files().exists(this->at("none")));
+}
+
+TYPED_TEST_P(FileSystemContract, ReadersDoNotDisturbEachOther) {
+    this->put("file", "1234");
+    const auto first = this->openForReading("file");
+    const auto second = this->openForReading("file");
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(this->part(*first, 2, 2), "34");
+    EXPECT_EQ(this->part(*second, 0, 2), "12");
+    EXPECT_EQ(this->part(*first, 0, 2), "12");
+}
+
 REGISTER_TYPED_TEST_SUITE_P(
     FileSystemContract, ReadsBackEveryByte, ReadsBackMoreThanOneCallTakes, AMissingFileIsENOENT,
     AFolderInPlaceOfAFileIsEISDIR, AFileInPlaceOfAFolderIsENOTDIR, WritingMakesNoFolders,
@@ -277,6 +392,9 @@ REGISTER_TYPED_TEST_SUITE_P(
     RemovesAFile, RemovesAFolderWithAllItHolds, RemovingTheLastEntryKeepsTheFolder,
     RemovingWhatIsMissingIsNoError, EntriesOfEachKindExist, OpeningForAppendingCreatesAnEmptyFile,
     AppendsAtTheEndOfWhatIsThere, TwoHandlesShareOneEnd, TruncationBySomebodyElseLeavesNoHole,
-    ARemovedFileGoesOnGrowingUnseen);
+    ARemovedFileGoesOnGrowingUnseen, ReadsTheAskedForPartOfAFile, ReadsPartsLargerThanOneCallTakes,
+    BeyondTheEndThereIsNothingHoweverFar, AnEmptyFileIsReadAsNothing,
+    AReaderSeesTheFileGrowAndShrink, AReaderKeepsTheFileThatWasReplacedAtomically,
+    AReaderKeepsTheFileThatWasRemoved, OpeningForReadingMakesNoFile, ReadersDoNotDisturbEachOther);
 
 }  // namespace valdorn

@@ -77,12 +77,13 @@ protected:
     // What every operation on a file answers at that path.
     std::vector<int> errorsAt(const std::string& path) {
         const auto read = files.read(path);
+        const auto reader = files.openForReading(path);
         const auto size = files.sizeBytes(path);
         const auto opened = files.openForAppending(path);
-        return {read.ok() ? 0 : read.error().errorNumber, size.ok() ? 0 : size.error().errorNumber,
-                opened.ok() ? 0 : opened.error().errorNumber,
-                number(files.replaceContent(path, "x")),
-                number(files.replaceAtomically(path, "x"))};
+        return {
+            read.ok() ? 0 : read.error().errorNumber, reader.ok() ? 0 : reader.error().errorNumber,
+            size.ok() ? 0 : size.error().errorNumber, opened.ok() ? 0 : opened.error().errorNumber,
+            number(files.replaceContent(path, "x")),  number(files.replaceAtomically(path, "x"))};
     }
 
     TemporaryFolder folder;
@@ -93,11 +94,11 @@ using Names = std::vector<std::string>;
 
 TEST_F(PosixFileSystemTest, ANamedPipeIsAnErrorAndNotAWait) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(5, ENXIO));
+    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(6, ENXIO));
     // With somebody at the other end it can be opened, and still must not be written to.
     const int reader = open((folder / "pipe").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     ASSERT_GE(reader, 0);
-    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(5, ENXIO));
+    EXPECT_EQ(errorsAt(folder / "pipe"), std::vector(6, ENXIO));
     char byte = 0;
     EXPECT_EQ(read(reader, &byte, 1), -1);
     close(reader);
@@ -106,7 +107,7 @@ TEST_F(PosixFileSystemTest, ANamedPipeIsAnErrorAndNotAWait) {
 
 TEST_F(PosixFileSystemTest, ADeviceIsAnErrorAndNotAFile) {
     std::filesystem::create_symlink("/dev/zero", folder / "device");
-    EXPECT_EQ(errorsAt(folder / "device"), std::vector(5, ENXIO));
+    EXPECT_EQ(errorsAt(folder / "device"), std::vector(6, ENXIO));
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "device"));
 }
 
@@ -158,19 +159,47 @@ TEST_F(PosixFileSystemTest, NewEntriesHonourTheUmask) {
     EXPECT_EQ(mode("a/b"), 0750U);
 }
 
-TEST_F(PosixFileSystemTest, AHandlesDescriptorIsNotInherited) {
+TEST_F(PosixFileSystemTest, TheDescriptorsOfHandlesAreNotInherited) {
     const auto opened = files.openForAppending(folder / "log");
-    ASSERT_TRUE(opened.ok());
-    bool found = false;
+    const auto reader = files.openForReading(folder / "log");
+    ASSERT_TRUE(opened.ok() && reader.ok());
+    int found = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code gone;  // the listing's own descriptor
         if (std::filesystem::read_symlink(entry.path(), gone) != folder / "log")
             continue;
-        found = true;
+        ++found;
         const int flags = fcntl(std::stoi(entry.path().filename()), F_GETFD);
         EXPECT_TRUE((flags & FD_CLOEXEC) != 0);
     }
-    EXPECT_TRUE(found);
+    EXPECT_EQ(found, 2);
+}
+
+TEST_F(PosixFileSystemTest, AReadersDescriptorIsClosedWithIt) {
+    put("log", "x");
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
+    };
+    const auto before = descriptors();
+    {
+        const auto reader = files.openForReading(folder / "log");
+        EXPECT_EQ(descriptors(), before + 1);
+    }
+    EXPECT_EQ(descriptors(), before);
+}
+
+TEST_F(PosixFileSystemTest, ReadsBeyondFourGigabytes) {
+    put("log", "begin");
+    constexpr std::uint64_t far = std::uint64_t{5} << 30U;
+    std::filesystem::resize_file(folder / "log", far);  // a hole takes no room on the disk
+    const auto writer = files.openForAppending(folder / "log");
+    ASSERT_TRUE(writer.ok());
+    EXPECT_FALSE(writer.value()->append("end"));
+    const auto reader = files.openForReading(folder / "log");
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader.value()->sizeBytes().value(), far + 3);
+    EXPECT_EQ(reader.value()->readAt(far - 1, 100).value(), std::string("\0end", 4));
 }
 
 TEST_F(PosixFileSystemTest, MakingFoldersIgnoresExtraSlashes) {
@@ -228,7 +257,8 @@ TEST_F(PosixFileSystemTest, WithoutDescriptorsNothingChanges) {
     put("file", "kept");
     {
         const LoweredLimit none(RLIMIT_NOFILE, 0);
-        EXPECT_EQ(errorsAt(folder / "file"), (std::vector{EMFILE, 0, EMFILE, EMFILE, EMFILE}));
+        EXPECT_EQ(errorsAt(folder / "file"),
+                  (std::vector{EMFILE, EMFILE, 0, EMFILE, EMFILE, EMFILE}));
         EXPECT_EQ(number(files.replaceAtomically(folder / "other", "x")), EMFILE);
     }
     EXPECT_EQ(content("file"), "kept");

@@ -49,6 +49,8 @@ public:
         const auto file = fileSystem_.files.find(path_);
         if (node_->named && file != fileSystem_.files.end())
             file->second.append(bytes);
+        else
+            node_->lastContent.append(bytes);
         return std::nullopt;
     }
 
@@ -62,7 +64,13 @@ private:
 class MemoryFileSystem::Reader : public ReadHandle {
 public:
     Reader(const MemoryFileSystem& fileSystem, std::string path, std::shared_ptr<Node> node)
-        : fileSystem_(fileSystem), path_(std::move(path)), node_(std::move(node)) {}
+        : fileSystem_(fileSystem),
+          path_(std::move(path)),
+          node_(std::move(node)),
+          openHandles_(fileSystem.openHandles_) {
+        ++*openHandles_;
+    }
+    ~Reader() override { --*openHandles_; }
 
     Result<std::uint64_t, FileError> sizeBytes() const override {
         if (const FileOutcome failed = fileSystem_.failure(path_))
@@ -79,12 +87,14 @@ public:
 
 private:
     const std::string& content() const {
-        return node_->named ? fileSystem_.files.at(path_) : node_->lastContent;
+        const auto file = fileSystem_.files.find(path_);
+        return node_->named && file != fileSystem_.files.end() ? file->second : node_->lastContent;
     }
 
     const MemoryFileSystem& fileSystem_;
     const std::string path_;
     const std::shared_ptr<Node> node_;
+    const std::shared_ptr<int> openHandles_;
 };
 
 bool MemoryFileSystem::isFolder(const std::string& path) const {
@@ -144,11 +154,13 @@ std::shared_ptr<MemoryFileSystem::Node> MemoryFileSystem::node(const std::string
 }
 
 void MemoryFileSystem::loseName(const std::string& path) {
-    if (const auto node = nodes_.find(path); node != nodes_.end()) {
-        node->second->named = false;
-        node->second->lastContent = files.at(path);
-        nodes_.erase(node);
-    }
+    const auto node = nodes_.find(path);
+    if (node == nodes_.end())
+        return;
+    node->second->named = false;
+    if (const auto file = files.find(path); file != files.end())
+        node->second->lastContent = file->second;
+    nodes_.erase(node);
 }
 
 Result<std::string, FileError> MemoryFileSystem::read(const std::string& path) const {

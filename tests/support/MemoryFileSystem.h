@@ -28,7 +28,7 @@ public:
     std::vector<std::string> treesRemoved;
     std::vector<std::string> appendsOpened;
 
-    // How many handles for appending are alive. They may outlive the file system if unused.
+    // How many handles are alive. They may outlive the file system if unused.
     int openHandles() const { return *openHandles_; }
 
     Result<std::string, FileError> read(const std::string& path) const override;

@@ -117,15 +117,20 @@ public:
 
     Result<std::string, FileError> readAt(std::uint64_t offset,
                                           std::size_t maxBytes) const override {
-        std::string bytes(maxBytes, '\0');
+        const auto size = sizeBytes();
+        if (!size.ok())
+            return size.error();
+        // Room for what is there only, whatever was asked for.
+        const std::uint64_t there = size.value() - std::min(size.value(), offset);
+        std::string bytes(std::min<std::uint64_t>(maxBytes, there), '\0');
         std::size_t had = 0;
-        while (had < maxBytes) {
-            const ssize_t got = ::pread(file_.number(), bytes.data() + had, maxBytes - had,
+        while (had < bytes.size()) {
+            const ssize_t got = ::pread(file_.number(), bytes.data() + had, bytes.size() - had,
                                         static_cast<off_t>(offset + had));
             if (got < 0 && errno != EINTR)
                 return FileError{errno, path_};
             if (got == 0)
-                break;
+                break;  // it has become shorter meanwhile
             had += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
         }
         bytes.resize(had);

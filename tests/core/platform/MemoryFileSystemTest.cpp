@@ -37,13 +37,14 @@ TEST(MemoryFileSystemTest, RecordsWhatIsAskedForInOrder) {
     MemoryFileSystem files;
     files.folders.insert("/a");
     EXPECT_FALSE(files.read("/a/1").ok());
+    EXPECT_FALSE(files.openForReading("/a/1b").ok());
     EXPECT_FALSE(files.replaceContent("/a/2", ""));
     EXPECT_FALSE(files.replaceAtomically("/a/3", ""));
     EXPECT_TRUE(files.replaceAtomically("/none/4", ""));
     EXPECT_FALSE(files.makeFolders("/a/5"));
     EXPECT_FALSE(files.removeTree("/a/6"));
     EXPECT_TRUE(files.openForAppending("/a/7").ok());
-    EXPECT_EQ(files.reads, Paths{"/a/1"});
+    EXPECT_EQ(files.reads, (Paths{"/a/1", "/a/1b"}));
     EXPECT_EQ(files.contentReplacements, Paths{"/a/2"});
     EXPECT_EQ(files.atomicReplacements, (Paths{"/a/3", "/none/4"}));
     EXPECT_EQ(files.foldersMade, Paths{"/a/5"});
@@ -55,8 +56,12 @@ TEST(MemoryFileSystemTest, WhateverIsDoneAtAFailingPathFails) {
     MemoryFileSystem files;
     files.files["/a/file"] = "kept";
     auto opened = files.openForAppending("/a/file");
-    ASSERT_TRUE(opened.ok());
+    const auto reader = files.openForReading("/a/file");
+    ASSERT_TRUE(opened.ok() && reader.ok());
     files.failures["/a/file"] = EIO;
+    EXPECT_EQ(files.openForReading("/a/file").error().errorNumber, EIO);
+    EXPECT_EQ(reader.value()->sizeBytes().error().errorNumber, EIO);
+    EXPECT_EQ(reader.value()->readAt(0, 1).error().errorNumber, EIO);
     EXPECT_EQ(files.read("/a/file").error().errorNumber, EIO);
     EXPECT_EQ(files.sizeBytes("/a/file").error().errorNumber, EIO);
     EXPECT_EQ(files.openForAppending("/a/file").error().errorNumber, EIO);
@@ -73,7 +78,8 @@ TEST(MemoryFileSystemTest, CountsOpenHandles) {
     {
         const auto first = files.openForAppending("/file");
         const auto second = files.openForAppending("/file");
-        EXPECT_EQ(files.openHandles(), 2);
+        const auto reader = files.openForReading("/file");
+        EXPECT_EQ(files.openHandles(), 3);
     }
     EXPECT_EQ(files.openHandles(), 0);
     EXPECT_FALSE(files.openForAppending("/none/file").ok());
@@ -87,6 +93,18 @@ TEST(MemoryFileSystemTest, AHandleAppendsUnseenWhenATestTakesTheFileAway) {
     files.files.erase("/file");
     EXPECT_FALSE(opened.value()->append("unseen"));
     EXPECT_FALSE(files.exists("/file"));
+}
+
+TEST(MemoryFileSystemTest, AReaderFindsNothingWhenATestTakesTheFileAway) {
+    MemoryFileSystem files;
+    files.files["/file"] = "taken";
+    const auto opened = files.openForReading("/file");
+    ASSERT_TRUE(opened.ok());
+    files.files.erase("/file");
+    EXPECT_EQ(opened.value()->sizeBytes().value(), 0U);
+    EXPECT_EQ(opened.value()->readAt(0, 10).value(), "");
+    EXPECT_FALSE(files.replaceAtomically("/file", "another"));
+    EXPECT_EQ(opened.value()->readAt(0, 10).value(), "");
 }
 
 }  // namespace
