@@ -3,13 +3,11 @@
 #include <cassert>
 #include <cstdint>
 #include <cstring>
-#include <memory>
-#include <new>
 
-#include <unicode/brkiter.h>
 #include <unicode/ustring.h>
-#include <unicode/utext.h>
 #include <unicode/utf8.h>
+
+#include "runner/CharacterBreaks.h"
 
 namespace valdorn::Text {
 
@@ -29,17 +27,6 @@ std::size_t asciiPrefix(std::string_view bytes) {
     while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80)
         ++at;
     return at;
-}
-
-struct CloseText {
-    void operator()(UText* text) const { utext_close(text); }
-};
-
-// Breaking characters needs ICU's own data, which is a part of its library: a failure can only
-// mean that memory ran out.
-void require(UErrorCode status) {
-    if (U_FAILURE(status))
-        throw std::bad_alloc();
 }
 
 }  // namespace
@@ -79,20 +66,11 @@ std::string_view lastCharacters(std::string_view text, std::size_t count) {
     if (text.size() <= count)
         return text;
 
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> breaks(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    require(status);
-    const std::unique_ptr<UText, CloseText> source(
-        utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
-    require(status);
-    breaks->setText(source.get(), status);
-    require(status);
-
-    std::int32_t start = breaks->last();
+    CharacterBreaks breaks(text);
+    std::size_t start = breaks.last();
     for (std::size_t taken = 0; taken < count && start > 0; ++taken)
-        start = breaks->previous();
-    return text.substr(static_cast<std::size_t>(start));
+        start = breaks.previous();
+    return text.substr(start);
 }
 
 }  // namespace valdorn::Text
