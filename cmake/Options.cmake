@@ -1,6 +1,7 @@
 option(VALDORN_TESTS "Build the tests" ON)
 option(VALDORN_GUI "Build the Qt parts and the program itself" ON)
 option(VALDORN_TIDY "Run clang-tidy on each file" OFF)
+set(VALDORN_RELEASE_SERVICE "https://gitea.com" CACHE STRING "The Gitea instance that is asked for the latest runner")
 set(VALDORN_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, or empty")
 
 add_library(valdorn_flags INTERFACE)
