@@ -1,0 +1,62 @@
+#include "logs/LogTailer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace valdorn {
+
+namespace {
+
+// The last of the lines that were there, as the same objects, and the new ones after them; no more
+// than the bound in all. There are no more new ones than that.
+LogTailer::Lines joined(const LogTailer::Lines& before, std::vector<std::string> added) {
+    const std::size_t kept = std::min(before.size(), LogTailer::maxLines - added.size());
+    LogTailer::Lines lines;
+    lines.reserve(kept + added.size());
+    lines.assign(before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
+    for (std::string& line : added)
+        lines.push_back(std::make_shared<const std::string>(std::move(line)));
+    return lines;
+}
+
+}  // namespace
+
+std::shared_ptr<LogTailer> LogTailer::create(MainQueue& queue, const FileSystem& files,
+                                             std::string path) {
+    return std::make_shared<LogTailer>(Key{}, queue, files, std::move(path));
+}
+
+LogTailer::LogTailer(Key, MainQueue& queue, const FileSystem& files, std::string path)
+    : queue_(queue), tail_(files, std::move(path), maxLines), lines_(*this, {}) {}
+
+void LogTailer::start() {
+    reload();
+    timer_.detach();  // assigning would end the earlier polling
+    timer_ = queue_.every(pollPeriod, [weak = weak_from_this()]() VALDORN_ON_MAIN_THREAD {
+        if (const auto self = weak.lock())
+            self->poll();
+    });
+}
+
+void LogTailer::stop() {
+    timer_.cancel();
+}
+
+void LogTailer::reload() {
+    lines_.set(joined({}, tail_.reload()));
+}
+
+void LogTailer::poll() {
+    LogTail::Update update = tail_.readNew();
+    const bool isReset = update.kind == LogTail::Update::Kind::reset;
+    if (update.lines.empty() && !isReset)
+        return;
+    lines_.set(joined(isReset ? Lines() : lines_.get(), std::move(update.lines)));
+}
+
+void LogTailer::clear() {
+    lines_.set({});
+}
+
+}  // namespace valdorn

@@ -1,0 +1,111 @@
+#include "logs/Utf8.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace valdorn {
+
+namespace {
+
+constexpr std::string_view replacement = "\xEF\xBF\xBD";
+
+constexpr unsigned char lowestTrail = 0x80;
+constexpr unsigned char highestTrail = 0xBF;
+
+// How many bytes of ASCII the text begins with, give or take a few: looked at eight at a time.
+std::size_t asciiPrefix(std::string_view bytes) {
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint64_t) <= bytes.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes.data() + at, sizeof word);
+        if ((word & highBits) != 0)
+            break;
+    }
+    return at;
+}
+
+// What a lead byte promises: how long the character is, and which second byte it may have, so that
+// there are no overlong forms, no surrogates and nothing above U+10FFFF. The further bytes are
+// 80 to BF.
+struct Promise {
+    std::size_t bytes;  // 0 for a byte that leads nothing
+    unsigned char lowest = lowestTrail;
+    unsigned char highest = highestTrail;
+};
+
+Promise promiseOf(unsigned char lead) {
+    if (lead < 0x80)
+        return {1};
+    if (lead < 0xC2 || lead > 0xF4)
+        return {0};
+    if (lead < 0xE0)
+        return {2};
+    switch (lead) {
+        case 0xE0:
+            return {3, 0xA0};
+        case 0xED:
+            return {3, lowestTrail, 0x9F};
+        case 0xF0:
+            return {4, 0x90};
+        case 0xF4:
+            return {4, lowestTrail, 0x8F};
+        default:
+            return {lead < 0xF0 ? std::size_t{3} : std::size_t{4}};
+    }
+}
+
+struct Character {
+    bool isWellFormed;
+    std::size_t bytes;  // of it, or of the maximal part of what is none
+};
+
+// The first character of a text that is not empty.
+Character firstCharacter(std::string_view bytes) {
+    Promise promise = promiseOf(static_cast<unsigned char>(bytes.front()));
+    if (promise.bytes == 0)
+        return {false, 1};
+    for (std::size_t at = 1; at < promise.bytes; ++at) {
+        const auto next = static_cast<unsigned char>(at < bytes.size() ? bytes[at] : '\0');
+        if (next < promise.lowest || next > promise.highest)
+            return {false, at};
+        promise.lowest = lowestTrail;
+        promise.highest = highestTrail;
+    }
+    return {true, promise.bytes};
+}
+
+std::size_t wellFormedPrefix(std::string_view bytes) {
+    std::size_t at = asciiPrefix(bytes);
+    while (at < bytes.size()) {
+        const Character next = firstCharacter(bytes.substr(at));
+        if (!next.isWellFormed)
+            break;
+        at += next.bytes;
+    }
+    return at;
+}
+
+}  // namespace
+
+std::string decodedUtf8(std::string bytes) {
+    std::size_t prefix = wellFormedPrefix(bytes);
+    if (prefix == bytes.size())
+        return bytes;
+
+    std::string text;
+    for (std::string_view rest = bytes; !rest.empty();) {
+        prefix = wellFormedPrefix(rest);
+        text += rest.substr(0, prefix);
+        rest.remove_prefix(prefix);
+        if (rest.empty())
+            break;
+        text += replacement;
+        rest.remove_prefix(firstCharacter(rest).bytes);
+    }
+    return text;
+}
+
+}  // namespace valdorn
