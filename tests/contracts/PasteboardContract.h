@@ -35,6 +35,13 @@ TYPED_TEST_P(PasteboardContract, ATextReplacesTheOneBefore) {
     EXPECT_EQ(this->fixture.content(), "");
 }
 
-REGISTER_TYPED_TEST_SUITE_P(PasteboardContract, KeepsTheTextAsItIs, ATextReplacesTheOneBefore);
+TYPED_TEST_P(PasteboardContract, SelectingTextLeavesTheClipboardAlone) {
+    this->fixture.pasteboard().setText("copied");
+    this->fixture.pasteboard().setSelectedText("selected");
+    EXPECT_EQ(this->fixture.content(), "copied");
+}
+
+REGISTER_TYPED_TEST_SUITE_P(PasteboardContract, KeepsTheTextAsItIs, ATextReplacesTheOneBefore,
+                            SelectingTextLeavesTheClipboardAlone);
 
 }  // namespace valdorn

@@ -8,6 +8,7 @@ namespace valdorn {
 class QtPasteboard : public Pasteboard {
 public:
     void setText(const std::string& text) override;
+    void setSelectedText(const std::string& text) override;
 };
 
 }  // namespace valdorn
