@@ -1,0 +1,167 @@
+#include "ui/log/LineWrap.h"
+
+#include <QFontMetrics>
+#include <QFontMetricsF>
+#include <QTextBoundaryFinder>
+#include <algorithm>
+#include <cmath>
+
+namespace valdorn {
+
+namespace {
+
+// Enough for every alphabet; what does not repeat is not worth keeping.
+constexpr qsizetype mostAdvances = 20000;
+
+bool isAscii(QChar unit) {
+    return unit.unicode() < 0x80;
+}
+
+// The symbol of a control character; other characters are their own.
+QChar visible(QChar unit) {
+    constexpr char16_t controlPictures = 0x2400;
+    constexpr char16_t deletePicture = 0x2421;
+    constexpr char16_t lineFeedPicture = 0x240A;
+    const char16_t code = unit.unicode();
+    if (code == u'\t')
+        return unit;
+    if (code < 0x20)
+        return QChar(static_cast<char16_t>(controlPictures + code));
+    if (code == 0x7F)
+        return QChar(deletePicture);
+    const bool separatesLines = code == QChar::LineSeparator || code == QChar::ParagraphSeparator;
+    return separatesLines ? QChar(lineFeedPicture) : unit;
+}
+
+bool isLineEnd(const QString& text, qsizetype at) {
+    return text.at(at) == QLatin1Char('\r') && at + 1 < text.size() &&
+           text.at(at + 1) == QLatin1Char('\n');
+}
+
+// At most longestShown units, whole characters.
+QString beginning(std::string_view line) {
+    // A unit of UTF-16 comes from three bytes at the most.
+    constexpr std::size_t enoughBytes = std::size_t{3} * LineWrap::longestShown;
+    QString text = QString::fromUtf8(line.substr(0, enoughBytes));
+    if (text.size() > LineWrap::longestShown)
+        text.truncate(LineWrap::longestShown -
+                      (text.at(LineWrap::longestShown).isLowSurrogate() ? 1 : 0));
+    return text;
+}
+
+}  // namespace
+
+// Takes in the characters of a line one after the other and notes where rows begin.
+class LineWrap::Breaker {
+public:
+    explicit Breaker(qreal width) : width_(width) {}
+
+    // A character at `at` that must fit.
+    void letter(qsizetype at, qreal advance) {
+        // Sums of fractions may exceed their exact value a little.
+        constexpr qreal tolerance = 0.01;
+        if (x_ + advance > width_ + tolerance && at > starts_.back()) {
+            const bool afterBlank = blankEnd_ > starts_.back();
+            begin(afterBlank ? blankEnd_ : at, afterBlank ? x_ - blankEndX_ : 0);
+        }
+        x_ += advance;
+    }
+
+    // A blank up to `end`: it may hang over the end of the row, and a row may begin after it.
+    void blank(qsizetype end, qreal advance) {
+        x_ += advance;
+        blankEnd_ = end;
+        blankEndX_ = x_;
+    }
+
+    void tab(qsizetype end, qreal distance) {
+        blank(end, (std::floor(x_ / distance) + 1) * distance - x_);
+    }
+
+    void lineEnd(qsizetype next) { begin(next, 0); }
+
+    std::vector<qsizetype> takeStarts() { return std::move(starts_); }
+
+private:
+    void begin(qsizetype at, qreal x) {
+        starts_.push_back(at);
+        x_ = x;
+        blankEnd_ = 0;
+    }
+
+    const qreal width_;
+    std::vector<qsizetype> starts_{0};
+    qreal x_ = 0;             // where the next character goes
+    qsizetype blankEnd_ = 0;  // where the last blank of this row ends, if after its start
+    qreal blankEndX_ = 0;
+};
+
+LineWrap::LineWrap(const QFont& font) : font_(font) {
+    constexpr int sample = 64;
+    column_ = QFontMetricsF(font_).horizontalAdvance(QString(sample, QLatin1Char('0'))) / sample;
+    rowHeight_ = QFontMetrics(font_).lineSpacing();
+}
+
+QString LineWrap::shown(std::string_view line) {
+    QString text = beginning(line);
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        if (isLineEnd(text, at))
+            ++at;
+        else if (const QChar unit = text.at(at); visible(unit) != unit)
+            text[at] = visible(unit);
+    }
+    return text;
+}
+
+std::vector<qsizetype> LineWrap::rowStarts(const QString& shown, qreal width) const {
+    Breaker breaker(width);
+    qsizetype at = 0;
+    while (at < shown.size()) {
+        const QChar unit = shown.at(at);
+        const bool standsAlone = at + 1 == shown.size() || isAscii(shown.at(at + 1));
+        if (unit == QLatin1Char('\t')) {
+            breaker.tab(++at, column_ * tabColumns);
+        } else if (isLineEnd(shown, at)) {
+            at += 2;
+            if (at < shown.size())
+                breaker.lineEnd(at);
+        } else if (!isAscii(unit) || !standsAlone) {
+            at = passCharacters(shown, at, breaker);
+        } else if (unit == QLatin1Char(' ')) {
+            breaker.blank(++at, column_);
+        } else {
+            breaker.letter(at++, column_);
+        }
+    }
+    return breaker.takeStarts();
+}
+
+// From one character up to the next plain one; the first may be an ASCII letter with marks.
+qsizetype LineWrap::passCharacters(const QString& shown, qsizetype at, Breaker& breaker) const {
+    qsizetype end = at + 1;
+    while (end < shown.size() && !isAscii(shown.at(end)))
+        ++end;
+    const QString run = shown.mid(at, end - at);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, run);
+    qsizetype from = 0;
+    for (qsizetype to = finder.toNextBoundary(); to > from; to = finder.toNextBoundary()) {
+        const QString character = run.mid(from, to - from);
+        if (character.at(0).isSpace() && character.at(0) != QChar(QChar::Nbsp))
+            breaker.blank(at + to, advance(character));
+        else
+            breaker.letter(at + from, advance(character));
+        from = to;
+    }
+    return end;
+}
+
+qreal LineWrap::advance(const QString& character) const {
+    const auto known = advances_.constFind(character);
+    if (known != advances_.constEnd())
+        return *known;
+    if (advances_.size() >= mostAdvances)
+        advances_.clear();
+    return *advances_.insert(character, QFontMetricsF(font_).horizontalAdvance(character));
+}
+
+}  // namespace valdorn

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QFont>
+#include <QHash>
+#include <QString>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace valdorn {
+
+// Breaks long lines of a log into rows that fit a width: after blanks where there are any, else
+// anywhere between perceived characters. Main thread only.
+//
+// Made for fixed-pitch fonts, where most characters need not be measured; the others count as wide
+// as the font draws them on their own. Widths are device-independent pixels.
+class LineWrap {
+public:
+    // How far apart tab stops are, in characters, counted from the beginning of a row.
+    static constexpr int tabColumns = 8;
+
+    // What is shown of a line at the most, in UTF-16 units. Longer lines come from no runner, whose
+    // lines are cut well below that, and would take a moment to be drawn.
+    static constexpr qsizetype longestShown = qsizetype{512} * 1024;
+
+    explicit LineWrap(const QFont& font);
+
+    const QFont& font() const { return font_; }
+    int rowHeight() const { return rowHeight_; }
+    qreal columnWidth() const { return column_; }
+
+    // A line as it is drawn, unit by unit the same text: control characters are shown by their
+    // symbols, but for tabs and the line ends inside the line, where a new row begins.
+    static QString shown(std::string_view line);
+
+    // Where the rows of a shown line begin; the first begins at 0. A row has one character at least.
+    std::vector<qsizetype> rowStarts(const QString& shown, qreal width) const;
+
+private:
+    class Breaker;
+
+    qsizetype passCharacters(const QString& shown, qsizetype at, Breaker& breaker) const;
+    qreal advance(const QString& character) const;
+
+    QFont font_;
+    qreal column_;
+    int rowHeight_;
+    mutable QHash<QString, qreal> advances_;  // of perceived characters that are not plain ASCII
+};
+
+}  // namespace valdorn

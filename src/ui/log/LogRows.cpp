@@ -1,0 +1,82 @@
+#include "ui/log/LogRows.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace valdorn {
+
+void LogRows::setFont(const QFont& font) {
+    wrap_ = LineWrap(font);
+    rowCounts_.clear();
+    measure();
+}
+
+void LogRows::setWidth(int pixels) {
+    if (pixels == width_)
+        return;
+    width_ = pixels;
+    rowCounts_.clear();
+    measure();
+}
+
+void LogRows::setLines(Lines lines) {
+    lines_ = std::move(lines);
+    ++revision_;
+    measure();
+    forgetLostLines();
+}
+
+std::int64_t LogRows::height() const {
+    const std::int64_t withSpacing = top(lines_.size());
+    return withSpacing - (lines_.empty() ? 0 : spacingPixels) + paddingPixels;
+}
+
+std::int64_t LogRows::top(std::size_t line) const {
+    return paddingPixels + rowsBefore_[line] * wrap_.rowHeight() +
+           static_cast<std::int64_t>(line) * spacingPixels;
+}
+
+std::size_t LogRows::lineAt(std::int64_t y) const {
+    std::size_t first = 0;
+    std::size_t last = lines_.size() - 1;
+    while (first < last) {
+        const std::size_t middle = last - (last - first) / 2;
+        if (top(middle) <= y)
+            first = middle;
+        else
+            last = middle - 1;
+    }
+    return first;
+}
+
+LogPosition LogRows::end() const {
+    if (lines_.empty())
+        return {};
+    return {lines_.size() - 1, shown(lines_.size() - 1).size()};
+}
+
+qreal LogRows::innerWidth() const {
+    return std::max<qreal>(width_ - 2 * paddingPixels, wrap_.columnWidth());
+}
+
+void LogRows::measure() {
+    rowsBefore_.assign(1, 0);
+    rowsBefore_.reserve(lines_.size() + 1);
+    for (const LogLine& line : lines_)
+        rowsBefore_.push_back(rowsBefore_.back() + rowCount(line));
+}
+
+int LogRows::rowCount(const LogLine& line) {
+    const auto [known, isNew] = rowCounts_.try_emplace(line, 0);
+    if (isNew)
+        known->second = static_cast<int>(rowStarts(LineWrap::shown(*line)).size());
+    return known->second;
+}
+
+// Lines that are filtered out may come back and stay known; those that nobody else holds will not.
+void LogRows::forgetLostLines() {
+    if (rowCounts_.size() > 2 * LogTailer::maxLines)
+        std::erase_if(rowCounts_, [](const auto& known) { return known.first.use_count() == 1; });
+}
+
+}  // namespace valdorn

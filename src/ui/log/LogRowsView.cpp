@@ -1,0 +1,400 @@
+#include "ui/log/LogRowsView.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+#include "logs/LineColor.h"
+#include "platform/Pasteboard.h"
+#include "ui/SystemPalette.h"
+#include "ui/TextStyle.h"
+#include "ui/log/LogRowLayout.h"
+#include "ui/log/LogRowsAccessible.h"
+
+namespace valdorn {
+
+namespace {
+
+constexpr std::chrono::milliseconds dragScrollPeriod{50};
+
+QFont rowFont() {
+    return TextStyles::monospaced(TextStyle::caption);
+}
+
+struct KeyMotion {
+    QKeySequence::StandardKey moving;
+    QKeySequence::StandardKey selecting;
+    LogMotion motion;
+};
+
+constexpr std::array keyMotions{
+    KeyMotion{QKeySequence::MoveToPreviousChar, QKeySequence::SelectPreviousChar, LogMotion::left},
+    KeyMotion{QKeySequence::MoveToNextChar, QKeySequence::SelectNextChar, LogMotion::right},
+    KeyMotion{QKeySequence::MoveToPreviousWord, QKeySequence::SelectPreviousWord,
+              LogMotion::wordLeft},
+    KeyMotion{QKeySequence::MoveToNextWord, QKeySequence::SelectNextWord, LogMotion::wordRight},
+    KeyMotion{QKeySequence::MoveToPreviousLine, QKeySequence::SelectPreviousLine, LogMotion::up},
+    KeyMotion{QKeySequence::MoveToNextLine, QKeySequence::SelectNextLine, LogMotion::down},
+    KeyMotion{QKeySequence::MoveToPreviousPage, QKeySequence::SelectPreviousPage,
+              LogMotion::pageUp},
+    KeyMotion{QKeySequence::MoveToNextPage, QKeySequence::SelectNextPage, LogMotion::pageDown},
+    KeyMotion{QKeySequence::MoveToStartOfLine, QKeySequence::SelectStartOfLine,
+              LogMotion::rowStart},
+    KeyMotion{QKeySequence::MoveToEndOfLine, QKeySequence::SelectEndOfLine, LogMotion::rowEnd},
+    KeyMotion{QKeySequence::MoveToStartOfDocument, QKeySequence::SelectStartOfDocument,
+              LogMotion::start},
+    KeyMotion{QKeySequence::MoveToEndOfDocument, QKeySequence::SelectEndOfDocument,
+              LogMotion::end}};
+
+bool keepsColumn(LogMotion motion) {
+    return motion == LogMotion::up || motion == LogMotion::down || motion == LogMotion::pageUp ||
+           motion == LogMotion::pageDown;
+}
+
+int toInt(std::int64_t pixels) {
+    return static_cast<int>(std::clamp<std::int64_t>(pixels, 0, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+// What all lines of one painting have in common.
+struct LogRowsView::Paint {
+    QPainter& painter;
+    QRect area;  // of the viewport
+    QPalette palette;
+    QColor warning;
+    QColor error;
+
+    QColor colorOf(std::string_view line) const {
+        const auto color = lineColor(line);
+        if (!color)
+            return palette.color(QPalette::Text);
+        return color == SystemColor::red ? error : warning;
+    }
+};
+
+LogRowsView::LogRowsView(MainQueue& queue, Pasteboard& pasteboard, QWidget* parent)
+    : QAbstractScrollArea(parent), queue_(queue), pasteboard_(pasteboard), rows_(rowFont()) {
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::StrongFocus);
+    viewport()->setCursor(Qt::IBeamCursor);
+    viewport()->setBackgroundRole(QPalette::Base);
+    verticalScrollBar()->setSingleStep(rows_.wrap().rowHeight());
+    LogRowsAccessible::install();
+}
+
+LogRowsView::~LogRowsView() = default;
+
+void LogRowsView::setLines(LogRows::Lines lines) {
+    const LogRows::Lines before = rows_.lines();
+    rows_.setLines(std::move(lines));
+    selection_.keepUp(before, rows_);
+    updateScrollBar();
+    viewport()->update();
+}
+
+void LogRowsView::scrollToLast() {
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+void LogRowsView::copySelection() {
+    if (!selection_.isEmpty())
+        pasteboard_.setText(selection_.text(rows_).toStdString());
+}
+
+void LogRowsView::selectAll() {
+    select({}, rows_.end());
+}
+
+void LogRowsView::select(LogPosition anchor, LogPosition caret) {
+    selection_.place(anchor);
+    selection_.extendTo(caret);
+    columnX_.reset();
+    viewport()->update();
+}
+
+QRect LogRowsView::caretRect(LogPosition position) const {
+    if (rows_.lines().empty())
+        return {LogRows::paddingPixels, LogRows::paddingPixels, 1, rows_.wrap().rowHeight()};
+    const LogPlaces::Row row = LogPlaces::rowOf(rows_, position);
+    return {static_cast<int>(LogPlaces::xOf(rows_, position)),
+            static_cast<int>(row.top - scrolled()), 1, rows_.wrap().rowHeight()};
+}
+
+std::optional<LogPosition> LogRowsView::positionAt(QPointF place) const {
+    if (rows_.lines().empty())
+        return std::nullopt;
+    return LogPlaces::positionAt(rows_, place.x(),
+                                 scrolled() + static_cast<std::int64_t>(place.y()));
+}
+
+std::int64_t LogRowsView::scrolled() const {
+    return verticalScrollBar()->value();
+}
+
+void LogRowsView::updateScrollBar() {
+    QScrollBar* const bar = verticalScrollBar();
+    bar->setPageStep(viewport()->height());
+    bar->setRange(0, toInt(rows_.height() - viewport()->height()));
+}
+
+// Changes the layout of the same lines; the one at the top stays there, the end stays at the bottom.
+void LogRowsView::layOutAnew(const std::function<void()>& change) {
+    const bool wasAtEnd = scrolled() == verticalScrollBar()->maximum() && scrolled() > 0;
+    const std::size_t line = rows_.lines().empty() ? 0 : rows_.lineAt(scrolled());
+    const std::int64_t within = scrolled() - rows_.top(line);
+    change();
+    updateScrollBar();
+    if (wasAtEnd)
+        scrollToLast();
+    else
+        verticalScrollBar()->setValue(toInt(rows_.top(line) + within));
+    viewport()->update();
+}
+
+bool LogRowsView::event(QEvent* event) {
+    // Keys that move the caret are not for shortcuts of the window.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* const key = static_cast<QKeyEvent*>(event);
+        if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll))
+            event->accept();
+    }
+    return QAbstractScrollArea::event(event);
+}
+
+void LogRowsView::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() != QEvent::FontChange && event->type() != QEvent::ApplicationFontChange)
+        return;
+    layOutAnew([this] { rows_.setFont(rowFont()); });
+    verticalScrollBar()->setSingleStep(rows_.wrap().rowHeight());
+}
+
+void LogRowsView::resizeEvent(QResizeEvent* event) {
+    QAbstractScrollArea::resizeEvent(event);
+    layOutAnew([this] { rows_.setWidth(viewport()->width()); });
+}
+
+void LogRowsView::paintEvent(QPaintEvent* event) {
+    if (rows_.lines().empty())
+        return;
+    QPainter painter(viewport());
+    // Colours are to stand out from what the text is written on.
+    QPalette ground = palette();
+    ground.setColor(QPalette::Window, ground.color(QPalette::Base));
+    ground.setColor(QPalette::WindowText, ground.color(QPalette::Text));
+    const Paint paint{painter, event->rect(), palette(),
+                      SystemPalette::text(SystemColor::orange, ground),
+                      SystemPalette::text(SystemColor::red, ground)};
+    const std::int64_t bottom = scrolled() + event->rect().bottom();
+    for (std::size_t line = rows_.lineAt(scrolled() + event->rect().top());
+         line < rows_.lines().size() && rows_.top(line) <= bottom; ++line)
+        drawLine(paint, line);
+    if (hasFocus())
+        drawCaret(painter);
+}
+
+void LogRowsView::drawLine(const Paint& paint, std::size_t line) const {
+    const QString shown = rows_.shown(line);
+    const std::vector<qsizetype> starts = rows_.rowStarts(shown);
+    const int rowHeight = rows_.wrap().rowHeight();
+    const std::int64_t top = rows_.top(line) - scrolled();
+    const QColor color = paint.colorOf(*rows_.lines()[line]);
+    const auto first =
+        static_cast<std::size_t>(std::max<std::int64_t>((paint.area.top() - top) / rowHeight, 0));
+    for (std::size_t number = first; number < starts.size(); ++number) {
+        const std::int64_t y = top + static_cast<std::int64_t>(number) * rowHeight;
+        if (y > paint.area.bottom())
+            break;
+        const qsizetype end = number + 1 < starts.size() ? starts[number + 1] : shown.size();
+        LogRowLayout row(rows_.wrap(), shown, starts[number], end);
+        const QPointF place(LogRows::paddingPixels, static_cast<qreal>(y));
+        selectIn(row, {line, starts[number]}, {line, end});
+        if (end == shown.size() && isLineEndSelected({line, end}))
+            paint.painter.fillRect(QRectF(place.x() + row.width(), place.y(),
+                                          rows_.wrap().columnWidth() / 2, rowHeight),
+                                   palette().brush(QPalette::Highlight));
+        row.draw(paint.painter, place, color);
+    }
+}
+
+void LogRowsView::selectIn(LogRowLayout& row, LogPosition begin, LogPosition end) const {
+    const LogPosition from = std::max(selection_.first(), begin);
+    const LogPosition to = std::min(selection_.last(), end);
+    if (from < to)
+        row.select(from.at - begin.at, to.at - begin.at, palette());
+}
+
+bool LogRowsView::isLineEndSelected(LogPosition end) const {
+    return selection_.first() <= end && selection_.last().line > end.line;
+}
+
+void LogRowsView::drawCaret(QPainter& painter) const {
+    const QRect caret = caretRect(selection_.caret());
+    painter.fillRect(caret, palette().color(QPalette::Text));
+}
+
+void LogRowsView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy))
+        return copySelection();
+    if (event->matches(QKeySequence::SelectAll))
+        return selectAll();
+    for (const KeyMotion& key : keyMotions) {
+        if (event->matches(key.moving))
+            return move(key.motion, false);
+        if (event->matches(key.selecting))
+            return move(key.motion, true);
+    }
+    event->ignore();
+}
+
+void LogRowsView::move(LogMotion motion, bool extend) {
+    if (rows_.lines().empty())
+        return;
+    const LogPosition from = selection_.caret();
+    const qreal x = columnX_.value_or(LogPlaces::xOf(rows_, from));
+    const int page = std::max(viewport()->height() - rows_.wrap().rowHeight(), 1);
+    const LogPosition to = LogPlaces::moved(rows_, from, motion, x, page);
+    if (extend)
+        selection_.extendTo(to);
+    else
+        selection_.place(to);
+    if (keepsColumn(motion))
+        columnX_ = x;
+    else
+        columnX_.reset();
+    ensureVisible(to);
+    announceCaret();
+    viewport()->update();
+}
+
+void LogRowsView::ensureVisible(LogPosition position) {
+    const QRect place = caretRect(position);
+    QScrollBar* const bar = verticalScrollBar();
+    const int below = place.bottom() + 1 + LogRows::paddingPixels - viewport()->height();
+    if (place.top() < LogRows::paddingPixels)
+        bar->setValue(bar->value() + place.top() - LogRows::paddingPixels);
+    else if (below > 0)
+        bar->setValue(bar->value() + below);
+}
+
+// Screen readers speak what the caret comes to.
+void LogRowsView::announceCaret() {
+    if (!QAccessible::isActive())
+        return;
+    QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(this);
+    QAccessibleTextCursorEvent moved(this, accessible->textInterface()->cursorPosition());
+    QAccessible::updateAccessibility(&moved);
+}
+
+void LogRowsView::mousePressEvent(QMouseEvent* event) {
+    const auto position = positionAt(event->position());
+    if (event->button() != Qt::LeftButton || !position)
+        return event->ignore();
+    if (isTripleClick(*event)) {
+        select({position->line, 0}, {position->line, rows_.shown(position->line).size()});
+    } else if (event->modifiers().testFlag(Qt::ShiftModifier)) {
+        selection_.extendTo(*position);
+    } else {
+        selection_.place(*position);
+    }
+    dragging_ = true;
+    columnX_.reset();
+    viewport()->update();
+}
+
+bool LogRowsView::isTripleClick(const QMouseEvent& event) const {
+    const std::chrono::milliseconds interval(
+        QGuiApplication::styleHints()->mouseDoubleClickInterval());
+    return doubleClicked_ && queue_.now() - *doubleClicked_ <= interval &&
+           (event.position() - doubleClickPlace_).manhattanLength() <
+               QApplication::startDragDistance();
+}
+
+void LogRowsView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto position = positionAt(event->position());
+    if (event->button() != Qt::LeftButton || !position)
+        return event->ignore();
+    const auto [begin, end] = LogPlaces::wordAt(rows_, *position);
+    select(begin, end);
+    doubleClicked_ = queue_.now();
+    doubleClickPlace_ = event->position();
+}
+
+void LogRowsView::mouseMoveEvent(QMouseEvent* event) {
+    if (dragging_)
+        dragTo(event->position());
+}
+
+void LogRowsView::dragTo(QPointF place) {
+    if (const auto position = positionAt(place); position && *position != selection_.caret()) {
+        selection_.extendTo(*position);
+        viewport()->update();
+    }
+    scrollWhileDragging(place);
+}
+
+// While the mouse is held above or below the text, the text comes to it.
+void LogRowsView::scrollWhileDragging(QPointF place) {
+    const bool outside = place.y() < 0 || place.y() >= viewport()->height();
+    dragPlace_ = place;
+    if (!outside)
+        return dragScroll_.cancel();
+    dragScroll_ = queue_.every(dragScrollPeriod, [this] {
+        const qreal beyond =
+            dragPlace_.y() < 0 ? dragPlace_.y() : dragPlace_.y() - viewport()->height() + 1;
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + static_cast<int>(beyond));
+        if (const auto position = positionAt(dragPlace_))
+            selection_.extendTo(*position);
+        viewport()->update();
+    });
+}
+
+void LogRowsView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    dragging_ = false;
+    dragScroll_.cancel();
+    if (!selection_.isEmpty())
+        pasteboard_.setSelectedText(selection_.text(rows_).toStdString());
+}
+
+void LogRowsView::contextMenuEvent(QContextMenuEvent* event) {
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction* const copying =
+        menu->addAction(QStringLiteral("Copy"), this, [this] { copySelection(); });
+    copying->setShortcut(QKeySequence::Copy);
+    copying->setEnabled(!selection_.isEmpty());
+    QAction* const selecting =
+        menu->addAction(QStringLiteral("Select All"), this, [this] { selectAll(); });
+    selecting->setShortcut(QKeySequence::SelectAll);
+    selecting->setEnabled(!rows_.lines().empty());
+    const QPoint place = event->reason() == QContextMenuEvent::Keyboard
+                             ? viewport()->mapToGlobal(caretRect(selection_.caret()).bottomLeft())
+                             : event->globalPos();
+    menu->popup(place);
+}
+
+void LogRowsView::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    viewport()->update();
+}
+
+void LogRowsView::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+}  // namespace valdorn
