@@ -33,6 +33,15 @@ private:
     std::unique_ptr<QTcpServer> server_;
 };
 
+// A server for LoopbackServer that speaks TLS with a certificate that nobody has signed.
+std::unique_ptr<QTcpServer> selfSignedServer();
+
+// Answers each request with these bytes and closes the connection.
+LoopbackServer::Answer always(const QByteArray& bytes);
+
+// Fails the test where the head has a header that a bare HTTP client does not send by itself.
+void expectOnlyDefaultHeaders(const QByteArray& head);
+
 // An answer with a status line, its length and the body, after which the connection is closed.
 QByteArray httpAnswer(const QByteArray& status, const QByteArray& body);
 
