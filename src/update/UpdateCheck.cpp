@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <system_error>
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -43,9 +42,9 @@ bool isNumeric(std::string_view character) {
 
 std::int64_t number(std::string_view piece) {
     const char* const end = piece.data() + piece.size();
-    std::int64_t value = 0;
-    const auto [stop, error] = std::from_chars(piece.data(), end, value);
-    return error == std::errc() && stop == end ? value : 0;
+    std::int64_t value = 0;  // and it stays so when the number is too great
+    const bool isWhole = std::from_chars(piece.data(), end, value).ptr == end;
+    return isWhole ? value : 0;
 }
 
 std::int64_t at(const std::vector<std::int64_t>& numbers, std::size_t index) {

@@ -51,8 +51,9 @@ TEST(ReleaseTagTest, OnlyTheTopLevelCounts) {
 }
 
 TEST(ReleaseTagTest, OnlyAnObjectHasOne) {
-    for (const char* const json : {R"([{"tag_name": "v1"}])", R"(["tag_name", "v1"])", R"("v1")",
-                                   "7", "null", "true", "[]", "{}", R"({"Tag_Name": "v1"})"})
+    for (const char* const json :
+         {R"([{"tag_name": "v1"}])", R"([{"tag_name": 1}, "v1"])", R"(["tag_name", "v1"])",
+          R"("v1")", "7", "null", "true", "[]", "{}", R"({"Tag_Name": "v1"})"})
         EXPECT_EQ(releaseTag(json), std::nullopt) << json;
 }
 
