@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontInfo>
 #include <algorithm>
 
 namespace valdorn::TextStyles {

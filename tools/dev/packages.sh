@@ -8,7 +8,9 @@ build_packages=(
 test_packages=(
     xvfb dbus openbox xdotool x11-utils trayer desktop-file-utils imagemagick
     python3 python3-dbus python3-gi
+    fonts-dejavu-core
 )
+bench_packages=(python3)
 check_packages=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
 
 # A desktop in miniature for machines without one: display, window manager, panel with a tray.
