@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -28,7 +29,8 @@ public:
     using Observer = std::function<void(Scrolling)>;
 
     // The queue outlives it.
-    LogViewer(MainQueue& queue, std::shared_ptr<LogTailer> tailer, CaseFold fold);
+    LogViewer(MainQueue& queue, std::shared_ptr<LogTailer> tailer,
+              CaseFold fold) VALDORN_ON_MAIN_THREAD;
     LogViewer(const LogViewer&) = delete;
     LogViewer& operator=(const LogViewer&) = delete;
 
@@ -61,14 +63,40 @@ public:
     std::string text() const VALDORN_ON_MAIN_THREAD;
 
 private:
+    using Lines = LogTailer::Lines;
+    struct Alive {};
+
+    void scheduleUpdate() VALDORN_ON_MAIN_THREAD;
+    // Takes in what has become of the tailer's lines; looks at the new ones only.
+    void update() VALDORN_ON_MAIN_THREAD;
+    // Looks at every line of the tailer.
+    void filterAnew() VALDORN_ON_MAIN_THREAD;
+
+    // How many of lines_, from the first, the tailer has no more. What it has got follows the rest.
+    std::size_t droppedLines() const VALDORN_ON_MAIN_THREAD;
+    // How many of the first `count` of lines_ are in filtered_.
+    std::ptrdiff_t filteredAmongFirst(std::size_t count) const VALDORN_ON_MAIN_THREAD;
+    // Makes lines_ the tailer's, and keys_ theirs.
+    void takeLines(std::size_t dropped) VALDORN_ON_MAIN_THREAD;
+    // Adds those of lines_, beginning with the one at `first`, that pass.
+    void appendPassing(Lines& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
+    void show(Lines shown) VALDORN_ON_MAIN_THREAD;
+
     MainQueue& queue_;
     const std::shared_ptr<LogTailer> tailer_;
     const CaseFold fold_;
     std::string query_ VALDORN_MAIN_THREAD_ONLY;
+    CaseFold::Key queryKey_ VALDORN_MAIN_THREAD_ONLY;
     LevelFilter level_ VALDORN_MAIN_THREAD_ONLY = LevelFilter::all;
     bool follow_ VALDORN_MAIN_THREAD_ONLY = true;
-    std::vector<LogLine> filtered_ VALDORN_MAIN_THREAD_ONLY;
+    bool updateScheduled_ VALDORN_MAIN_THREAD_ONLY = false;
+    Lines lines_ VALDORN_MAIN_THREAD_ONLY;                      // what filtered_ was taken from
+    std::vector<CaseFold::Key> keys_ VALDORN_MAIN_THREAD_ONLY;  // of lines_, while there is a query
+    Lines filtered_ VALDORN_MAIN_THREAD_ONLY;
     ObserverList<Scrolling> observers_;
+    // Tasks on the queue may come after this one's end: they look whether it is there.
+    const std::shared_ptr<const Alive> alive_ = std::make_shared<const Alive>();
+    Subscription linesSubscription_;
 };
 
 }  // namespace valdorn
