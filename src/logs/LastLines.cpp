@@ -1,6 +1,8 @@
 #include "logs/LastLines.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "logs/Utf8.h"
@@ -26,33 +28,58 @@ std::vector<std::size_t> lineEnds(std::string_view block) {
 
 }  // namespace
 
-void LastLines::takeBefore(std::string_view block) {
-    const std::vector<std::size_t> ends = lineEnds(block);
-    for (auto end = ends.rbegin(); end != ends.rend() && !isFull(); ++end) {
-        addLine(block.substr(*end + 1));
-        block = block.substr(0, *end);
-    }
-    if (!isFull() && !block.empty())
-        pieces_.emplace_back(block);
+std::string_view LastLines::keep(std::string text) {
+    return kept_.texts.emplace_back(std::move(text));
 }
 
-void LastLines::addLine(std::string_view beginning) {
+void LastLines::takeBefore(std::string block) {
+    const std::vector<std::size_t> ends = lineEnds(block);
+    if (ends.empty()) {
+        if (!block.empty())
+            pieces_.push_back(std::move(block));
+        return;
+    }
+    std::string_view rest = keep(std::move(block));
+    // A character that is cut off at the block's edge makes it seem ill-formed: then each line is
+    // looked at by itself.
+    const Bytes bytes = isWellFormedUtf8(rest) ? Bytes::wellFormed : Bytes::unknown;
+    for (auto end = ends.rbegin(); end != ends.rend() && !isFull(); ++end) {
+        const std::string_view beginning = rest.substr(*end + 1);
+        rest.remove_suffix(rest.size() - *end);
+        if (bytes == Bytes::wellFormed && end != ends.rbegin())
+            kept_.lines.push_back(beginning);  // as nearly all lines are: nothing more to be done
+        else
+            addLine(beginning, bytes);
+    }
+    if (!isFull() && !rest.empty())
+        pieces_.emplace_back(rest);
+}
+
+void LastLines::addLine(std::string_view beginning, Bytes bytes) {
     const bool isLast = std::exchange(isAtEnd_, false);
     if (isLast && beginning.empty() && pieces_.empty())
         return;
-    std::string line(beginning);
-    for (; !pieces_.empty(); pieces_.pop_back())
-        line += pieces_.back();
-    backwards_.push_back(decodedUtf8(std::move(line)));
+    std::string_view line = beginning;
+    if (!pieces_.empty()) {
+        std::string joined(beginning);
+        for (; !pieces_.empty(); pieces_.pop_back())
+            joined += pieces_.back();
+        line = keep(std::move(joined));
+        bytes = Bytes::unknown;
+    }
+    if (bytes == Bytes::unknown && !isWellFormedUtf8(line))
+        line = keep(decodedUtf8(line));
+    kept_.lines.push_back(line);
 }
 
-std::vector<std::string> LastLines::take() {
+LogLines LastLines::take() {
     if (!isFull())
-        addLine({});
-    isAtEnd_ = true;
-    std::vector<std::string> lines(std::make_move_iterator(backwards_.rbegin()),
-                                   std::make_move_iterator(backwards_.rend()));
-    backwards_.clear();
+        addLine({}, Bytes::wellFormed);
+    const auto shared = std::make_shared<const Kept>(std::move(kept_));
+    LogLines lines;
+    lines.reserve(shared->lines.size());
+    for (auto line = shared->lines.rbegin(); line != shared->lines.rend(); ++line)
+        lines.emplace_back(shared, &*line);
     return lines;
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "logs/LogLine.h"
 
 namespace valdorn {
 
@@ -11,8 +14,9 @@ namespace valdorn {
 //
 // A line feed ends a line unless a carriage return stands right before it: such a pair stays in its
 // line, as does any other carriage return. What follows the last line feed is a line, too, unless it
-// is empty. Bytes come out as well-formed UTF-8. Memory grows with the kept lines only. A value; one
-// thread at a time.
+// is empty. Bytes come out as well-formed UTF-8. Memory grows with the kept lines and a block; lines
+// are where they were read and copied only when they reach over blocks. A movable value; one thread
+// at a time.
 class LastLines {
 public:
     // At least one line is kept.
@@ -20,20 +24,28 @@ public:
 
     // Takes in what stands right before the bytes taken so far. A block must not begin with a line
     // feed unless the text does: it would be cut off from a carriage return before it.
-    void takeBefore(std::string_view block);
+    void takeBefore(std::string block);
 
     // True when no more blocks are needed.
-    bool isFull() const { return backwards_.size() >= maxLines_; }
+    bool isFull() const { return kept_.lines.size() >= maxLines_; }
 
     // The lines in the order of the text, when it has been taken in up to its beginning or this is
-    // full. Afterwards this is empty.
-    std::vector<std::string> take();
+    // full. The last call.
+    LogLines take();
 
 private:
-    void addLine(std::string_view beginning);
+    // What the lines share.
+    struct Kept {
+        std::deque<std::string> texts;        // what the lines look at stays where it is
+        std::vector<std::string_view> lines;  // the last one first
+    };
+    enum class Bytes { wellFormed, unknown };
+
+    void addLine(std::string_view beginning, Bytes bytes);
+    std::string_view keep(std::string text);
 
     std::size_t maxLines_;
-    std::vector<std::string> backwards_;  // the lines, the last one first
+    Kept kept_;
     std::vector<std::string> pieces_;  // of the line whose beginning has not come, the last first
     bool isAtEnd_ = true;              // nothing has been cut off yet
 };

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t blockBytes = std::size_t{64} * 1024;
 
 struct Tail {
-    std::vector<std::string> lines;
+    LogLines lines;
     std::uint64_t end;  // where the text ended in the file
 };
 
@@ -36,10 +36,10 @@ std::optional<Tail> readTail(const ReadHandle& file, std::uint64_t begin, std::s
     for (std::uint64_t at = end; at > begin && !lines.isFull();) {
         const std::size_t wanted = std::min<std::uint64_t>(at - begin, blockBytes);
         const std::uint64_t from = at - wanted;
-        const auto read = file.readAt(from, wanted);
+        auto read = file.readAt(from, wanted);
         if (!read.ok())
             return std::nullopt;
-        std::string_view block = read.value();
+        std::string& block = read.value();
         if (block.size() < wanted) {
             lines = LastLines(maxLines);
             end = from + block.size();
@@ -47,8 +47,8 @@ std::optional<Tail> readTail(const ReadHandle& file, std::uint64_t begin, std::s
         // Whether a line feed at the front ends a line is for the block before to say.
         const bool isCutOff = from > begin && block.starts_with('\n');
         if (isCutOff)
-            block.remove_prefix(1);
-        lines.takeBefore(block);
+            block.erase(0, 1);
+        lines.takeBefore(std::move(block));
         at = from + (isCutOff ? 1 : 0);
     }
     return Tail{lines.take(), end};
@@ -61,7 +61,7 @@ LogTail::LogTail(const FileSystem& files, std::string path, std::size_t maxLines
     assert(maxLines > 0);
 }
 
-std::vector<std::string> LogTail::reload() {
+LogLines LogTail::reload() {
     offset_ = 0;
     const auto opened = files_->openForReading(path_);
     if (!opened.ok())
@@ -91,9 +91,9 @@ LogTail::Update LogTail::readNew() {
     return {Update::Kind::append, std::move(tail->lines)};
 }
 
-std::vector<std::string> LogTail::split(std::string_view bytes) {
+LogLines LogTail::split(std::string bytes) {
     LastLines lines(std::numeric_limits<std::size_t>::max());
-    lines.takeBefore(bytes);
+    lines.takeBefore(std::move(bytes));
     return lines.take();
 }
 

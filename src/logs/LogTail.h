@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <vector>
+
+#include "logs/LogLine.h"
 
 namespace valdorn {
 
@@ -29,7 +29,7 @@ public:
             reset,   // the file was shorter than expected: the lines replace everything before
         };
         Kind kind = Kind::append;
-        std::vector<std::string> lines;
+        LogLines lines;
     };
 
     // `files` outlives every copy. Of each result only the last `maxLines` lines (at least 1) are
@@ -43,7 +43,7 @@ public:
 
     // Reads the file from its beginning and moves the offset to its end. A file that cannot be read
     // counts as empty.
-    std::vector<std::string> reload();
+    LogLines reload();
 
     // Reads what was appended since. The offset moves to the size that was measured first: what
     // arrives between measuring and reading is delivered now and once more by the next call. After
@@ -53,7 +53,7 @@ public:
     // The lines of a text: cut at every line feed but those of CR LF pairs, which stay in the line;
     // one empty piece at the end is dropped. Bytes that are no UTF-8 come out as U+FFFD, one for
     // each maximal part of a sequence.
-    static std::vector<std::string> split(std::string_view bytes);
+    static LogLines split(std::string bytes);
 
 private:
     const FileSystem* files_;

@@ -1,7 +1,7 @@
 #include "logs/LogTailer.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
 #include <utility>
 
 namespace valdorn {
@@ -10,14 +10,10 @@ namespace {
 
 // The last of the lines that were there, as the same objects, and the new ones after them; no more
 // than the bound in all. There are no more new ones than that.
-LogTailer::Lines joined(const LogTailer::Lines& before, std::vector<std::string> added) {
+LogTailer::Lines joined(const LogTailer::Lines& before, LogTailer::Lines added) {
     const std::size_t kept = std::min(before.size(), LogTailer::maxLines - added.size());
-    LogTailer::Lines lines;
-    lines.reserve(kept + added.size());
-    lines.assign(before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
-    for (std::string& line : added)
-        lines.push_back(std::make_shared<const std::string>(std::move(line)));
-    return lines;
+    added.insert(added.begin(), before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
+    return added;
 }
 
 }  // namespace

@@ -4,17 +4,13 @@
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "logs/LogLine.h"
 #include "logs/LogTail.h"
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
 
 namespace valdorn {
-
-// One line of a log, shared and never changed (well-formed UTF-8, without its line end). The same
-// object is the same line: what has become of a list can be told by comparing pointers.
-using LogLine = std::shared_ptr<const std::string>;
 
 // Follows a log file and publishes its last lines. Main thread only; files are read where it stands.
 //
@@ -24,7 +20,7 @@ class LogTailer : public Observable, public std::enable_shared_from_this<LogTail
     struct Key {};
 
 public:
-    using Lines = std::vector<LogLine>;
+    using Lines = LogLines;
 
     // The bound on lines(): what a window can usefully scroll through.
     static constexpr std::size_t maxLines = 5000;

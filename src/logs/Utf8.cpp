@@ -1,5 +1,7 @@
 #include "logs/Utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -11,17 +13,23 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
+// So many bytes are looked at together where they may be ASCII.
+constexpr std::size_t wordsBytes = 64;
+
 constexpr unsigned char lowestTrail = 0x80;
 constexpr unsigned char highestTrail = 0xBF;
 
-// How many bytes of ASCII the text begins with, give or take a few: looked at eight at a time.
+// How many bytes of ASCII the text begins with, give or take a few: looked at many at a time.
 std::size_t asciiPrefix(std::string_view bytes) {
     constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::array<std::uint64_t, wordsBytes / sizeof(std::uint64_t)> words{};
     std::size_t at = 0;
-    for (; at + sizeof(std::uint64_t) <= bytes.size(); at += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes.data() + at, sizeof word);
-        if ((word & highBits) != 0)
+    for (; at + sizeof words <= bytes.size(); at += sizeof words) {
+        std::memcpy(words.data(), bytes.data() + at, sizeof words);
+        std::uint64_t all = 0;
+        for (const std::uint64_t word : words)
+            all |= word;
+        if ((all & highBits) != 0)
             break;
     }
     return at;
@@ -78,34 +86,37 @@ Character firstCharacter(std::string_view bytes) {
 }
 
 std::size_t wellFormedPrefix(std::string_view bytes) {
-    std::size_t at = asciiPrefix(bytes);
+    std::size_t at = 0;
     while (at < bytes.size()) {
-        const Character next = firstCharacter(bytes.substr(at));
-        if (!next.isWellFormed)
-            break;
-        at += next.bytes;
+        const std::size_t ascii = asciiPrefix(bytes.substr(at));
+        const std::size_t byOne = std::min(bytes.size(), at + ascii + wordsBytes);
+        for (at += ascii; at < byOne;) {
+            const Character next = firstCharacter(bytes.substr(at));
+            if (!next.isWellFormed)
+                return at;
+            at += next.bytes;
+        }
     }
     return at;
 }
 
 }  // namespace
 
-std::string decodedUtf8(std::string bytes) {
-    std::size_t prefix = wellFormedPrefix(bytes);
-    if (prefix == bytes.size())
-        return bytes;
+bool isWellFormedUtf8(std::string_view bytes) {
+    return wellFormedPrefix(bytes) == bytes.size();
+}
 
+std::string decodedUtf8(std::string_view bytes) {
     std::string text;
-    for (std::string_view rest = bytes; !rest.empty();) {
-        prefix = wellFormedPrefix(rest);
-        text += rest.substr(0, prefix);
-        rest.remove_prefix(prefix);
-        if (rest.empty())
-            break;
+    while (true) {
+        const std::size_t prefix = wellFormedPrefix(bytes);
+        text += bytes.substr(0, prefix);
+        bytes.remove_prefix(prefix);
+        if (bytes.empty())
+            return text;
         text += replacement;
-        rest.remove_prefix(firstCharacter(rest).bytes);
+        bytes.remove_prefix(firstCharacter(bytes).bytes);
     }
-    return text;
 }
 
 }  // namespace valdorn

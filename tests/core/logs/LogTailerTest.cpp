@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "logs/LogTailer.h"
+#include "support/LogTexts.h"
 #include "support/MemoryFileSystem.h"
 #include "support/VirtualMainQueue.h"
 
@@ -19,12 +20,6 @@ class LogTailerTest : public testing::Test {
 protected:
     std::string& content() { return files.files["/log"]; }
 
-    static Texts texts(const LogTailer::Lines& lines) {
-        Texts all;
-        for (const LogLine& line : lines)
-            all.push_back(*line);
-        return all;
-    }
     Texts shown() const { return texts(tailer->lines()); }
 
     static std::string numbered(int first, int end) {

@@ -48,16 +48,26 @@ TEST(Utf8Test, TextPassesUnchanged) {
                                    "\xF3\xBF\xBF\xBF",
                                    "\xF4\x80\x80\x80",
                                    "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_TRUE(isWellFormedUtf8(text));
         EXPECT_EQ(decodedUtf8(text), text);
         EXPECT_EQ(decodedUtf8(text + "1234567" + text), text + "1234567" + text);
     }
     EXPECT_EQ(decodedUtf8(std::string(9, '\0')), std::string(9, '\0'));
 }
 
-TEST(Utf8Test, TextIsHandedThroughWithoutACopy) {
-    std::string text = "a line that is longer than what a string holds in itself, \xE2\x80\xA6";
-    const char* const bytes = text.data();
-    EXPECT_EQ(static_cast<const void*>(decodedUtf8(std::move(text)).data()), bytes);
+TEST(Utf8Test, AFlawIsFoundWhereverItStands) {
+    for (std::size_t before = 0; before < 140; ++before) {
+        for (const std::string start : {"", "\xC3\xA9"}) {
+            for (const std::size_t after : {0U, 1U, 63U, 64U, 200U}) {
+                const std::string text = start + std::string(before, 'a');
+                EXPECT_TRUE(isWellFormedUtf8(text + std::string(after, 'z')));
+                EXPECT_FALSE(isWellFormedUtf8(text + "\xFF" + std::string(after, 'z')));
+                EXPECT_FALSE(isWellFormedUtf8(text + "\xC3" + std::string(after, 'z')));
+                EXPECT_EQ(decodedUtf8(text + "\xFF" + std::string(after, 'z')),
+                          text + "\xEF\xBF\xBD" + std::string(after, 'z'));
+            }
+        }
+    }
 }
 
 TEST(Utf8Test, EachByteThatLeadsNothingIsReplaced) {
