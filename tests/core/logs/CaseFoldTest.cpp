@@ -95,6 +95,9 @@ TEST(CaseFoldTest, CanonicallyEqualSpellingsAreEqual) {
     EXPECT_TRUE(finds(U"\uD55C\uAE00", U"\u1112\u1161\u11AB"));
     EXPECT_TRUE(finds(U"\u1112\u1161\u11AB", U"\uD55C"));
     EXPECT_TRUE(finds(U"\u1FB3\u0323", U"\u03B1\u0323\u0345"));
+    EXPECT_TRUE(
+        finds(U"\u1FB3\u0323", U"\u03B1\u0323\u03B9"));  // a subscript is a letter when folded
+    EXPECT_TRUE(findsInTurkish(U"\u03AA\u0301", U"\u0390"));
 }
 
 TEST(CaseFoldTest, ALetterIsNotInTheSameLetterWithAMark) {

@@ -40,6 +40,7 @@ TEST(LevelFilterTest, KnowsNoOtherFormOfALevel) {
     EXPECT_FALSE(passes(LevelFilter::error, "Error: no such host"));
     EXPECT_FALSE(passes(LevelFilter::error, "level = error"));
     EXPECT_FALSE(passes(LevelFilter::warning, "level=warn"));
+    EXPECT_FALSE(passes(LevelFilter::info, "level=inf"));
 }
 
 TEST(LevelFilterTest, ALineWithTwoLevelsPassesBoth) {

@@ -206,6 +206,13 @@ TEST_F(LogViewerTest, EqualValuesAndEqualResultsTellNobody) {
     write("level=error hidden\n");
     poll();
     EXPECT_TRUE(told.empty());
+    write("level=info more\n");
+    tailer->poll();
+    viewer->setQuery("level");
+    viewer->setLevel(LevelFilter::info);
+    EXPECT_TRUE(told.empty());  // the new line waits for its turn
+    queue.runPosted();
+    EXPECT_EQ(told, (std::vector{Scrolling::toLast}));
 }
 
 TEST_F(LogViewerTest, ManyChangesInOneTurnAreTakenInOnce) {
