@@ -51,7 +51,7 @@ void LastLines::takeBefore(std::string block) {
         else
             addLine(beginning, bytes);
     }
-    if (!isFull() && !rest.empty())
+    if (!isFull())
         pieces_.emplace_back(rest);
 }
 

@@ -32,7 +32,7 @@ std::optional<Tail> readTail(const ReadHandle& file, std::uint64_t begin, std::s
         return std::nullopt;
 
     LastLines lines(maxLines);
-    std::uint64_t end = std::max(size.value(), begin);
+    std::uint64_t end = size.value();
     for (std::uint64_t at = end; at > begin && !lines.isFull();) {
         const std::size_t wanted = std::min<std::uint64_t>(at - begin, blockBytes);
         const std::uint64_t from = at - wanted;

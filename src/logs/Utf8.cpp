@@ -1,7 +1,6 @@
 #include "logs/Utf8.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -22,13 +21,14 @@ constexpr unsigned char highestTrail = 0xBF;
 // How many bytes of ASCII the text begins with, give or take a few: looked at many at a time.
 std::size_t asciiPrefix(std::string_view bytes) {
     constexpr std::uint64_t highBits = 0x8080808080808080U;
-    std::array<std::uint64_t, wordsBytes / sizeof(std::uint64_t)> words{};
     std::size_t at = 0;
-    for (; at + sizeof words <= bytes.size(); at += sizeof words) {
-        std::memcpy(words.data(), bytes.data() + at, sizeof words);
+    for (; at + wordsBytes <= bytes.size(); at += wordsBytes) {
         std::uint64_t all = 0;
-        for (const std::uint64_t word : words)
-            all |= word;
+        for (std::size_t word = 0; word < wordsBytes; word += sizeof all) {
+            std::uint64_t next = 0;
+            std::memcpy(&next, bytes.data() + at + word, sizeof next);
+            all |= next;
+        }
         if ((all & highBits) != 0)
             break;
     }
