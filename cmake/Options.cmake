@@ -1,5 +1,6 @@
 option(VALDORN_TESTS "Build the tests" ON)
 option(VALDORN_GUI "Build the Qt parts and the program itself" ON)
+option(VALDORN_BENCH "Build the benchmarks" OFF)
 option(VALDORN_TIDY "Run clang-tidy on each file" OFF)
 set(VALDORN_RELEASE_SERVICE "https://gitea.com" CACHE STRING "The Gitea instance that is asked for the latest runner")
 set(VALDORN_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, or empty")

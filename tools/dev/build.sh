@@ -18,8 +18,9 @@ run_tests() {
     ctest --preset "$preset" --parallel "$(nproc)" "$@"
 }
 
-# Every C++ file of ours, each followed by a NUL.
+# Every C and C++ file of ours, each followed by a NUL.
 cxx_files() {
     git ls-files -z --cached --others --exclude-standard -- \
-        'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'tools/*.cpp' 'tools/*.h'
+        'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'tools/*.cpp' 'tools/*.h' \
+        'bench/*.cpp' 'bench/*.h' 'bench/*.c'
 }

@@ -1,0 +1,108 @@
+#!/usr/bin/env python3
+"""What the log window costs to open, beside a bare search for its lines: log_reading.py BUILD-FOLDER.
+
+The bar: at most twice the search, and the same whether the log has 1 MiB or 4 GiB.
+"""
+
+import os
+import pathlib
+import random
+import sys
+import tempfile
+
+from support import harness
+
+ROUNDS = 41
+READINGS = 21
+LINES = 5000
+LINE_BYTES = 127  # of what act_runner writes at debug level, in the mean
+BAR = 2.0
+SAME = 1.25  # two sizes cost the same when they are within this: what runs differ by anyway
+
+TITLE = "Opening the log window"
+INTRODUCTION = f"""\
+The last {LINES} lines of a log (mean {LINE_BYTES} bytes) that is in the kernel's memory, read as the
+window keeps them (well-formed, told one by one), beside a C program that only searches for the line
+feeds (`pread`, `memrchr`, 64 KiB blocks) and keeps nothing. By turns, {ROUNDS} rounds.
+
+- whole process: from fork to exit, with one reading
+- first reading: the one in that process, into memory that the kernel has yet to give
+- again: the median of {READINGS - 1} further readings in a process, the lines before let go of
+
+Bar: at most {BAR:.0f} times the search, and the same (within {SAME:.2f}) for both sizes.
+"""
+
+
+def chunk(size):
+    """Whole lines of that many bytes together, as a busy runner writes them."""
+    random_numbers = random.Random(1)
+    lines = []
+    left = size
+    while left > 0:
+        spread = random_numbers.randrange(-40, 41)
+        length = LINE_BYTES + spread if left > 2 * (LINE_BYTES + 40) else left
+        head = (f'time="2026-03-09T14:05:{len(lines) % 60:02}Z" level=debug msg="step {len(lines)}: ')
+        tail = '" func="[func1]" file="[executor.go:116]"\n'
+        filler = "docker exec in job container "
+        room = max(length - len(head) - len(tail), 0)
+        line = head + (filler * (room // len(filler) + 1))[:room] + tail
+        lines.append(line[-length:])
+        left -= len(lines[-1])
+    return "".join(lines).encode()
+
+
+def make_log(path, size):
+    block = chunk(min(size, 16 << 20))
+    with open(path, "wb") as file:
+        for _ in range(size // len(block)):
+            file.write(block)
+        file.flush()
+        os.fsync(file.fileno())  # or the disk is still busy while others are measured
+    return path
+
+
+def measure(build, log):
+    """The figures of both programs by name, and their growths of resident memory in bytes."""
+    def command(name, readings):
+        return [str(build / "bin" / name), str(log), str(readings)]
+
+    once = harness.by_turns(command("log_reading", 1), command("log_reading_reference", 1), ROUNDS)
+    often = harness.by_turns(command("log_reading", READINGS),
+                             command("log_reading_reference", READINGS), ROUNDS)
+    found = {tuple(numbers[:2]) for runs in (*once, *often) for _, numbers in runs}
+    if len(found) != 1 or next(iter(found))[0] != LINES:
+        raise SystemExit(f"The programs have found different lines: {found}")
+    figures = {
+        "whole process": [harness.Figure([took for took, _ in runs]) for runs in once],
+        "first reading": [harness.Figure([numbers[3] for _, numbers in runs]) for runs in once],
+        "again": [harness.Figure([harness.Figure(numbers[4:]).median for _, numbers in runs])
+                  for runs in often],
+    }
+    return figures, [max(numbers[2] for _, numbers in runs) for runs in once]
+
+
+def main(build):
+    sizes = {"1 MiB": 1 << 20, "4 GiB": 4 << 30}
+    rows, medians, misses = [], {}, []
+    for name, size in sizes.items():
+        with tempfile.TemporaryDirectory(dir=build) as folder:
+            figures, growths = measure(build, make_log(pathlib.Path(folder) / "log", size))
+        for what, (ours, reference) in figures.items():
+            ratio = ours.median / reference.median
+            if ratio > BAR:
+                misses.append(f"{what} of {name}")
+            rows.append([name, what, ours, reference, f"{ratio:.2f}"])
+            medians.setdefault(what, []).append(ours.median)
+        rows.append([name, "resident growth", *(f"{growth // 1024} KiB" for growth in growths), ""])
+    for what, (small, large) in medians.items():
+        if large > SAME * small:
+            misses.append(f"{what}, same for both sizes")
+        rows.append(["4 GiB : 1 MiB", what, f"{large / small:.2f}", "", ""])
+    verdict = f"**The bar is missed: {'; '.join(misses)}.**" if misses else "The bar is met."
+    heads = ["log", "what", "ours", "search alone", "ratio"]
+    harness.publish(TITLE, f"{INTRODUCTION}\n{harness.table(heads, rows)}\n\n{verdict}")
+    return 1 if misses else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1]).resolve()))
