@@ -6,7 +6,7 @@ build_packages=(
     libgtest-dev
 )
 test_packages=(
-    xvfb dbus openbox xdotool x11-utils trayer desktop-file-utils imagemagick
+    xvfb dbus openbox xdotool x11-utils xclip trayer at-spi2-core desktop-file-utils imagemagick
     python3 python3-dbus python3-gi
     fonts-dejavu-core
 )

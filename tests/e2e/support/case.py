@@ -14,10 +14,11 @@ class ProgramCase(unittest.TestCase):
     empty: whoever expects it to speak takes the text with `expect_stderr`."""
 
     window_manager = False
+    screen = "1280x800x24"
 
     @classmethod
     def setUpClass(cls):
-        cls.desktop = Desktop(window_manager=cls.window_manager)
+        cls.desktop = Desktop(window_manager=cls.window_manager, size=cls.screen)
         cls.addClassCleanup(cls.desktop.close)
 
     def setUp(self):

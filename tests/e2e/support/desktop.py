@@ -126,6 +126,24 @@ class Desktop:
         return subprocess.run(["xdotool", *arguments], env=self.environment, check=True,
                               capture_output=True, text=True, timeout=30).stdout.strip()
 
+    def click(self, x, y):
+        self.xdotool("mousemove", str(x), str(y), "click", "1")
+
+    def type(self, text):
+        """Types into whatever has the keyboard."""
+        self.xdotool("type", "--delay", "5", text)
+
+    def clipboard(self):
+        """The text on the clipboard, empty when there is none."""
+        return subprocess.run(["xclip", "-selection", "clipboard", "-out", "-target",
+                               "UTF8_STRING"], env=self.environment, capture_output=True,
+                              timeout=30).stdout.decode()
+
+    def take_picture(self, window, path):
+        """Of the content of a window, as it is on the screen."""
+        subprocess.run(["import", "-silent", "-window", window, path], env=self.environment,
+                       check=True, capture_output=True, timeout=30)
+
     def property(self, *arguments):
         """What xprop prints, empty when it fails. A window is named by "-id" and its number."""
         return subprocess.run(["xprop", *arguments], env=self.environment, capture_output=True,

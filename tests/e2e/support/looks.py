@@ -1,0 +1,74 @@
+"""A light and a dark desktop, at the usual scale and at twice that, and pictures of windows there."""
+
+import os
+import subprocess
+
+ARTEFACTS = os.environ["VALDORN_ARTEFACTS"]
+
+# Qt itself reads these settings of KDE, with no more of that desktop there than this file.
+_DARK_COLOURS = """[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=252,252,252
+
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+
+[Colors:View]
+BackgroundAlternate=35,38,41
+BackgroundNormal=27,30,32
+ForegroundLink=29,153,243
+ForegroundNormal=252,252,252
+ForegroundVisited=155,89,182
+
+[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+
+[KDE]
+widgetStyle=Fusion
+"""
+_DARK_VARIABLES = {"QT_QPA_PLATFORMTHEME": "kde", "KDE_SESSION_VERSION": "5"}
+
+# Name, whether it is dark, scale.
+LOOKS = [("light", False, 1), ("light-2x", False, 2), ("dark", True, 1), ("dark-2x", True, 2)]
+
+
+def prepare(home, dark, scale):
+    """The environment for a program in this home that is to look so."""
+    variables = {"QT_SCALE_FACTOR": str(scale)}
+    if dark:
+        folder = os.path.join(home.path, ".config")
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, "kdeglobals"), "w") as file:
+            file.write(_DARK_COLOURS)
+        variables.update(_DARK_VARIABLES)
+    return variables
+
+
+def take_picture(desktop, window, name):
+    """Leaves a picture of the window among the artefacts; its path."""
+    os.makedirs(ARTEFACTS, exist_ok=True)
+    path = os.path.join(ARTEFACTS, name + ".png")
+    desktop.take_picture(window, path)
+    return path
+
+
+def size(path):
+    return tuple(map(int, _ask(path, "%w %h").split()))
+
+
+def assert_brightness(case, path, is_dark):
+    """Takes the picture on average."""
+    brightness = float(_ask(path, "%[fx:mean]", "-colorspace", "Gray"))
+    compare = case.assertLess if is_dark else case.assertGreater
+    compare(brightness, 0.5)
+
+
+def _ask(path, question, *options):
+    return subprocess.run(["convert", path, *options, "-format", question, "info:"], check=True,
+                          capture_output=True, text=True, timeout=60).stdout
