@@ -1,5 +1,6 @@
 #include "platform/XdgFolders.h"
 
+#include "platform/Environment.h"
 #include "platform/HostInfo.h"
 #include "platform/Path.h"
 
@@ -7,12 +8,8 @@ namespace valdorn {
 
 std::optional<std::string> XdgFolders::named(const std::vector<std::string>& environment,
                                              std::string_view variable) {
-    const std::string start = std::string(variable) + "=";
-    for (const std::string& entry : environment) {
-        if (entry.starts_with(start + "/"))
-            return entry.substr(start.size());
-    }
-    return std::nullopt;
+    auto folder = Environment::value(environment, variable);
+    return folder && folder->starts_with('/') ? folder : std::nullopt;
 }
 
 std::string XdgFolders::configuration(const HostInfo& host) {

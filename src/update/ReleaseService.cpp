@@ -1,7 +1,6 @@
 #include "update/ReleaseService.h"
 
-#include <string_view>
-
+#include "platform/Environment.h"
 #include "platform/HostInfo.h"
 
 namespace valdorn {
@@ -11,12 +10,7 @@ std::string ReleaseService::builtIn() {
 }
 
 std::string ReleaseService::baseUrl(const HostInfo& host) {
-    constexpr std::string_view name = "VALDORN_RELEASE_SERVICE=";
-    for (const std::string& entry : host.environment()) {
-        if (entry.starts_with(name) && entry.size() > name.size())
-            return entry.substr(name.size());
-    }
-    return builtIn();
+    return Environment::value(host.environment(), "VALDORN_RELEASE_SERVICE").value_or(builtIn());
 }
 
 }  // namespace valdorn
