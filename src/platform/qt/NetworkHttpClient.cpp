@@ -1,5 +1,6 @@
 #include "platform/qt/NetworkHttpClient.h"
 
+#include <QNetworkProxyFactory>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
@@ -127,7 +128,10 @@ private:
 
 }  // namespace
 
-NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue) : mainQueue_(mainQueue) {
+    // Otherwise Qt asks nobody whether there is a proxy.
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+}
 
 std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
     auto exchange = std::make_unique<Exchange>(query, std::move(completion));

@@ -8,7 +8,7 @@ namespace valdorn {
 
 class MainQueue;
 
-// The HTTP client of Qt: its own headers, the system's certificates, the application's proxy.
+// The HTTP client of Qt: its own headers, the system's certificates, the system's proxy.
 // The main queue outlives it.
 class NetworkHttpClient : public HttpClient {
 public:
