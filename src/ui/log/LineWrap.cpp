@@ -11,7 +11,7 @@ namespace valdorn {
 namespace {
 
 // Enough for every alphabet; what does not repeat is not worth keeping.
-constexpr qsizetype mostAdvances = 20000;
+constexpr std::size_t mostAdvances = 20000;
 
 bool isAscii(QChar unit) {
     return unit.unicode() < 0x80;
@@ -100,6 +100,7 @@ LineWrap::LineWrap(const QFont& font) : font_(font) {
     constexpr int sample = 64;
     column_ = QFontMetricsF(font_).horizontalAdvance(QString(sample, QLatin1Char('0'))) / sample;
     rowHeight_ = QFontMetrics(font_).lineSpacing();
+    ascent_ = QFontMetrics(font_).ascent();
 }
 
 QString LineWrap::shown(std::string_view line) {
@@ -156,12 +157,12 @@ qsizetype LineWrap::passCharacters(const QString& shown, qsizetype at, Breaker& 
 }
 
 qreal LineWrap::advance(const QString& character) const {
-    const auto known = advances_.constFind(character);
-    if (known != advances_.constEnd())
-        return *known;
     if (advances_.size() >= mostAdvances)
         advances_.clear();
-    return *advances_.insert(character, QFontMetricsF(font_).horizontalAdvance(character));
+    const auto [known, isNew] = advances_.try_emplace(character, 0.0);
+    if (isNew)
+        known->second = QFontMetricsF(font_).horizontalAdvance(character);
+    return known->second;
 }
 
 }  // namespace valdorn

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <QFont>
-#include <QHash>
 #include <QString>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace valdorn {
@@ -27,6 +27,8 @@ public:
 
     const QFont& font() const { return font_; }
     int rowHeight() const { return rowHeight_; }
+    // From the top of a row to its base line.
+    int ascent() const { return ascent_; }
     qreal columnWidth() const { return column_; }
 
     // A line as it is drawn, unit by unit the same text: control characters are shown by their
@@ -45,7 +47,9 @@ private:
     QFont font_;
     qreal column_;
     int rowHeight_;
-    mutable QHash<QString, qreal> advances_;  // of perceived characters that are not plain ASCII
+    int ascent_;
+    mutable std::unordered_map<QString, qreal>
+        advances_;  // of perceived characters that are not plain ASCII
 };
 
 }  // namespace valdorn

@@ -20,7 +20,7 @@ QString rowText(const QString& shown, qsizetype begin, qsizetype end) {
 
 LogRowLayout::LogRowLayout(const LineWrap& wrap, const QString& shown, qsizetype begin,
                            qsizetype end)
-    : layout_(rowText(shown, begin, end), wrap.font()) {
+    : layout_(rowText(shown, begin, end), wrap.font()), ascent_(wrap.ascent()) {
     QTextOption option(Qt::AlignLeft);
     option.setWrapMode(QTextOption::NoWrap);
     option.setTextDirection(Qt::LeftToRight);
@@ -37,12 +37,12 @@ void LogRowLayout::select(qsizetype from, qsizetype to, const QPalette& palette)
     selected.length = static_cast<int>(to - from);
     selected.format.setBackground(palette.brush(QPalette::Highlight));
     selected.format.setForeground(palette.brush(QPalette::HighlightedText));
-    layout_.setFormats({selected});
+    selected_ = {selected};
 }
 
 void LogRowLayout::draw(QPainter& painter, QPointF topLeft, const QColor& color) const {
     painter.setPen(color);
-    layout_.draw(&painter, topLeft);
+    layout_.draw(&painter, topLeft + QPointF(0, ascent_ - layout_.lineAt(0).ascent()), selected_);
 }
 
 qreal LogRowLayout::xAt(qsizetype position) const {

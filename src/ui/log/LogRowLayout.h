@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QList>
 #include <QString>
 #include <QTextLayout>
 
@@ -30,6 +31,9 @@ public:
 
 private:
     QTextLayout layout_;
+    const qreal
+        ascent_;  // where the text stands in every row, whatever other fonts it is drawn with
+    QList<QTextLayout::FormatRange> selected_;
 };
 
 }  // namespace valdorn

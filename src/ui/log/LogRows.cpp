@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "logs/LogTailer.h"
+
 namespace valdorn {
 
 void LogRows::setFont(const QFont& font) {
@@ -73,10 +75,14 @@ int LogRows::rowCount(const LogLine& line) {
     return known->second;
 }
 
-// Lines that are filtered out may come back and stay known; those that nobody else holds will not.
+// Lines that were filtered out may come back, and stay known for a while.
 void LogRows::forgetLostLines() {
-    if (rowCounts_.size() > 2 * LogTailer::maxLines)
-        std::erase_if(rowCounts_, [](const auto& known) { return known.first.use_count() == 1; });
+    if (rowCounts_.size() <= 2 * LogTailer::maxLines)
+        return;
+    std::unordered_map<LogLine, int> known;
+    for (const LogLine& line : lines_)
+        known.emplace(line, rowCounts_.at(line));
+    rowCounts_ = std::move(known);
 }
 
 }  // namespace valdorn

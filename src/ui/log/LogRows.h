@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "logs/LogTailer.h"
+#include "logs/LogLine.h"
 #include "ui/log/LineWrap.h"
 
 namespace valdorn {
@@ -23,7 +23,7 @@ struct LogPosition {
 // Vertical places are device-independent pixels from the top of all. Main thread only.
 class LogRows {
 public:
-    using Lines = std::vector<LogLine>;
+    using Lines = LogLines;
 
     static constexpr int paddingPixels = 6;  // around all
     static constexpr int spacingPixels = 1;  // between lines

@@ -301,7 +301,7 @@ void LogRowsView::announceCaret() {
 void LogRowsView::mousePressEvent(QMouseEvent* event) {
     const auto position = positionAt(event->position());
     if (event->button() != Qt::LeftButton || !position)
-        return event->ignore();
+        return;
     if (isTripleClick(*event)) {
         select({position->line, 0}, {position->line, rows_.shown(position->line).size()});
     } else if (event->modifiers().testFlag(Qt::ShiftModifier)) {
@@ -325,7 +325,7 @@ bool LogRowsView::isTripleClick(const QMouseEvent& event) const {
 void LogRowsView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = positionAt(event->position());
     if (event->button() != Qt::LeftButton || !position)
-        return event->ignore();
+        return;
     const auto [begin, end] = LogPlaces::wordAt(rows_, *position);
     select(begin, end);
     doubleClicked_ = queue_.now();

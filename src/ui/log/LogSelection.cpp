@@ -42,7 +42,7 @@ QString LogSelection::text(const LogRows& rows) const {
         return {};
     QString text;
     for (std::size_t line = first().line; line <= last().line; ++line) {
-        const QString whole = QString::fromStdString(*rows.lines()[line]);
+        const QString whole = QString::fromUtf8(*rows.lines()[line]);
         const qsizetype from = line == first().line ? first().at : 0;
         // What is not shown of an endless line goes with the end of what is.
         const bool upToEnd = line < last().line || last().at == rows.shown(line).size();

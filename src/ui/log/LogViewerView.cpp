@@ -46,18 +46,21 @@ LogViewerView::LogViewerView(LogViewerEnvironment environment, std::unique_ptr<L
     auto* const bar = new QHBoxLayout;
     bar->setSpacing(controlSpacingPoints);
     addFilter(*bar);
-    bar->addStretch(1);
+    bar->addStretch();
     addButtons(*bar);
     stack->addLayout(bar);
     rows_->setObjectName(QStringLiteral("logRows"));
     rows_->setAccessibleName(QStringLiteral("Log"));
     stack->addWidget(rows_, 1);
-    setMinimumSize(minimumPoints);
     subscription_ = viewer_->onFilteredChanged(
         [this](LogViewer::Scrolling scrolling) { showFiltered(scrolling); });
 }
 
 LogViewerView::~LogViewerView() = default;
+
+QSize LogViewerView::minimumSizeHint() const {
+    return QWidget::minimumSizeHint().expandedTo(minimumPoints);
+}
 
 void LogViewerView::addFilter(QHBoxLayout& bar) {
     auto* const filter = new QLineEdit;
@@ -68,7 +71,7 @@ void LogViewerView::addFilter(QHBoxLayout& bar) {
     filter->setMaximumWidth(widestFilterPoints);
     connect(filter, &QLineEdit::textChanged, this,
             [this](const QString& text) { viewer_->setQuery(text.toStdString()); });
-    bar.addWidget(filter, 2);
+    bar.addWidget(filter, 1);
     auto* const finding = new QAction(this);
     finding->setShortcut(QKeySequence::Find);
     connect(finding, &QAction::triggered, filter, [filter] {

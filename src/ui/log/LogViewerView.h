@@ -37,6 +37,9 @@ public:
                   QWidget* parent = nullptr);
     ~LogViewerView() override;
 
+    // 660 by 400 points at the usual font.
+    QSize minimumSizeHint() const override;
+
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;

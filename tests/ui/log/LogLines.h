@@ -10,7 +10,13 @@
 namespace valdorn {
 
 inline LogLine logLine(std::string_view text) {
-    return std::make_shared<const std::string>(text);
+    struct Line {
+        explicit Line(std::string_view text) : bytes(text) {}
+        const std::string bytes;
+        const std::string_view view = bytes;
+    };
+    const auto line = std::make_shared<const Line>(text);
+    return {line, &line->view};
 }
 
 inline LogRows::Lines logLines(std::initializer_list<std::string_view> texts) {

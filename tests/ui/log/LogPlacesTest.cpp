@@ -14,7 +14,7 @@ protected:
         rows.setWidth(static_cast<int>(20 * rows.wrap().columnWidth()) + 1 +
                       2 * LogRows::paddingPixels);
         rows.setLines(
-            logLines({"first line", "0123456789 abcdefghij klm", "", "last é\u0301 one"}));
+            logLines({"first line", "0123456789 abcdefghij klm", "", "last e\u0301 one"}));
     }
 
     qreal column(int number) const {
