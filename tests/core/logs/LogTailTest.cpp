@@ -165,6 +165,14 @@ TEST_F(LogTailTest, WhatComesBetweenMeasuringAndReadingIsGivenNowAndOnceMore) {
     expectNothingNew();
 }
 
+TEST_F(LogTailTest, WhereNothingIsNewTheFileIsMeasuredOnce) {
+    content() = "a\n";
+    tail.reload();
+    beforeCall(2, [this] { content() += "b\n"; });
+    expectNothingNew();
+    EXPECT_EQ(content(), "a\n");
+}
+
 TEST_F(LogTailTest, WhatComesWhileReadingIsLeftForLater) {
     content() = "a\n";
     beforeCall(3, [this] { content() += "b\n"; });
