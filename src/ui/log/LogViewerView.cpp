@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QHideEvent>
 #include <QKeySequence>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QShowEvent>
@@ -90,6 +91,10 @@ void LogViewerView::addFilter(QHBoxLayout& bar) {
         viewer_->setLevel(levelFilters.at(static_cast<std::size_t>(index)));
     });
     bar.addWidget(level);
+    // On Linux a screen reader takes a picker's name from its label, seen or not.
+    auto* const label = new QLabel(QStringLiteral("Level"), this);
+    label->setBuddy(level);
+    label->hide();
 
     auto* const follow = new QCheckBox(QStringLiteral("Follow"));
     follow->setObjectName(QStringLiteral("logFollow"));

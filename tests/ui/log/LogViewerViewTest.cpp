@@ -1,5 +1,7 @@
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTest>
@@ -323,6 +325,11 @@ TEST_F(LogViewerViewTest, ControlsHaveNames) {
     EXPECT_EQ(filter().placeholderText(), QStringLiteral("Filter"));
     EXPECT_EQ(filter().accessibleName(), QStringLiteral("Filter"));
     EXPECT_EQ(level().accessibleName(), QStringLiteral("Level"));
+    const auto labels =
+        QAccessible::queryAccessibleInterface(&level())->relations(QAccessible::Label);
+    ASSERT_EQ(labels.size(), 1);
+    EXPECT_EQ(labels.at(0).first->text(QAccessible::Name), QStringLiteral("Level"));
+    EXPECT_FALSE(view().findChild<QLabel*>()->isVisibleTo(&view()));
     EXPECT_EQ(follow().text(), QStringLiteral("Follow"));
     EXPECT_EQ(button("logCopy").text(), QStringLiteral("Copy"));
     EXPECT_EQ(button("logClear").text(), QStringLiteral("Clear"));
