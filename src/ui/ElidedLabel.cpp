@@ -1,0 +1,70 @@
+#include "ui/ElidedLabel.h"
+
+#include <QFontMetrics>
+#include <QFontMetricsF>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QToolTip>
+#include <cmath>
+
+#include "ui/PlainText.h"
+
+namespace valdorn {
+
+namespace {
+
+// Enough to see that there is a text, and to point at it.
+constexpr int leastCharacters = 4;
+
+}  // namespace
+
+ElidedLabel::ElidedLabel(TextStyle style, std::optional<SystemColor> color, QFont::Weight weight)
+    : StyledLabel(style, color, weight) {
+    // Takes no more than its text, and less when there is less.
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+QString ElidedLabel::shownText() const {
+    const QString line = PlainText::oneLine(text());
+    const int room = contentsRect().width();
+    return widthOf(line) <= room ? line : fontMetrics().elidedText(line, Qt::ElideMiddle, room);
+}
+
+// Rounded up, or the last fraction of a point would cost letters.
+int ElidedLabel::widthOf(const QString& line) const {
+    return static_cast<int>(std::ceil(QFontMetricsF(font()).horizontalAdvance(line)));
+}
+
+QSize ElidedLabel::sizeHint() const {
+    ensurePolished();
+    return {widthOf(PlainText::oneLine(text())), fontMetrics().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+    const QSize wanted = sizeHint();
+    return {qMin(wanted.width(), leastCharacters * fontMetrics().averageCharWidth()),
+            wanted.height()};
+}
+
+// The tooltip is made when it is asked for: only then is it known what is left out.
+bool ElidedLabel::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return StyledLabel::event(event);
+    if (shownText() != PlainText::oneLine(text()))
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainText::toolTip(text()),
+                           this);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
+void ElidedLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    const auto side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
+    painter.drawText(contentsRect(), static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine,
+                     shownText());
+}
+
+}  // namespace valdorn

@@ -1,0 +1,67 @@
+#include "ui/GroupPanel.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QPainter>
+
+#include "ui/AccessibleRole.h"
+#include "ui/SystemPalette.h"
+
+namespace valdorn {
+
+namespace {
+
+constexpr double cornerRadius = 6.0;
+constexpr int insetPoints = 4;  // between the panel's edge and what the group lays out
+
+// Panels are lighter than their window, as if a little nearer; on dark windows, where white is
+// far away, by less. Without a window's colour to lighten the edge alone tells.
+constexpr double lightShare = 0.55;
+constexpr double darkShare = 0.055;
+constexpr double edgeShare = 0.10;
+
+QColor mixed(const QColor& from, const QColor& to, double share) {
+    const auto channel = [share](int a, int b) { return qRound(a + (b - a) * share); };
+    return {channel(from.red(), to.red()), channel(from.green(), to.green()),
+            channel(from.blue(), to.blue())};
+}
+
+QColor panelColor(const QPalette& around) {
+    const double share = SystemPalette::isDark(around) ? darkShare : lightShare;
+    return mixed(around.color(QPalette::Window), Qt::white, share);
+}
+
+}  // namespace
+
+GroupPanel::GroupPanel(QWidget* parent) : QWidget(parent) {
+    setContentsMargins(insetPoints, insetPoints, insetPoints, insetPoints);
+    AccessibleRole::set(*this, QAccessible::Grouping);
+    reshade();
+}
+
+void GroupPanel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
+        reshade();
+}
+
+void GroupPanel::reshade() {
+    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    QPalette own;  // only what is set here counts, the rest stays inherited
+    own.setColor(QPalette::Window, panelColor(around));
+    // Setting a palette announces its change, which leads back here.
+    if (palette().color(QPalette::Window) != own.color(QPalette::Window))
+        setPalette(own);
+}
+
+void GroupPanel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor panel = palette().color(QPalette::Window);
+    painter.setPen(mixed(panel, palette().color(QPalette::WindowText), edgeShare));
+    painter.setBrush(panel);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
+                            cornerRadius);
+}
+
+}  // namespace valdorn

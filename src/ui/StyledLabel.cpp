@@ -1,0 +1,41 @@
+#include "ui/StyledLabel.h"
+
+#include <QApplication>
+#include <QEvent>
+
+#include "ui/StyledFont.h"
+#include "ui/SystemPalette.h"
+
+namespace valdorn {
+
+StyledLabel::StyledLabel(TextStyle style, std::optional<SystemColor> color, QFont::Weight weight)
+    : color_(color) {
+    setTextFormat(Qt::PlainText);
+    new StyledFont(*this, style, weight);
+    recolor();
+}
+
+void StyledLabel::setColor(std::optional<SystemColor> color) {
+    color_ = color;
+    recolor();
+}
+
+void StyledLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
+        recolor();
+}
+
+void StyledLabel::recolor() {
+    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    QPalette own;  // only what is set here counts, the rest stays inherited
+    if (color_)
+        own.setColor(QPalette::WindowText, SystemPalette::text(*color_, around));
+    // Setting a palette announces its change, which leads back here.
+    const bool isSet = testAttribute(Qt::WA_SetPalette) == color_.has_value();
+    if (!isSet ||
+        (color_ && palette().color(QPalette::WindowText) != own.color(QPalette::WindowText)))
+        setPalette(own);
+}
+
+}  // namespace valdorn
