@@ -1,0 +1,232 @@
+#include "ui/status/RunnerRow.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QMargins>
+#include <QStringList>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <QWidgetItem>
+#include <algorithm>
+
+#include "runner/RunnerManager.h"
+#include "ui/ElidedLabel.h"
+#include "ui/SymbolButton.h"
+#include "ui/TabularLabel.h"
+#include "ui/status/StatusDot.h"
+
+namespace valdorn {
+
+namespace {
+
+constexpr int padding = 6;
+constexpr int spacing = 10;
+constexpr int lineSpacing = 4;
+constexpr int partSpacing = 6;
+constexpr int aboveDot = 5;  // puts the dot beside the middle of the first line
+constexpr int symbolPoints = 22;
+
+QString text(const std::optional<std::string>& part) {
+    return part ? QString::fromStdString(*part) : QString();
+}
+
+// Lays the button out as large as its symbol looks; what it has around that, for the pointer and the
+// ring, reaches into the row's padding.
+class SymbolItem : public QWidgetItem {
+public:
+    using QWidgetItem::QWidgetItem;
+
+    QSize sizeHint() const override { return QWidgetItem::sizeHint().shrunkBy(overhang); }
+    QSize minimumSize() const override { return QWidgetItem::minimumSize().shrunkBy(overhang); }
+    QSize maximumSize() const override { return QWidgetItem::maximumSize().shrunkBy(overhang); }
+    void setGeometry(const QRect& place) override {
+        widget()->setGeometry(
+            QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, QWidgetItem::sizeHint(), place));
+    }
+    QRect geometry() const override { return widget()->geometry().marginsRemoved(overhang); }
+
+private:
+    static constexpr QMargins overhang{SymbolButton::margin, SymbolButton::margin + 1,
+                                       SymbolButton::margin, SymbolButton::margin + 1};
+};
+
+// Shows or hides a part; one that is hidden leaves no gap.
+template <typename Label>
+void applyPart(Label& label, const std::optional<std::string>& part) {
+    if (part && label.text() != text(part))
+        label.setText(text(part));
+    label.setVisible(part.has_value());
+}
+
+ElidedLabel* secondary() {
+    return new ElidedLabel(TextStyle::callout, SystemColor::secondary);
+}
+
+}  // namespace
+
+RunnerRow::RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue)
+    : runner_(std::move(runner)),
+      id_(runner_->id()),
+      queue_(queue),
+      dot_(new StatusDot),
+      name_(new ElidedLabel(TextStyle::body, std::nullopt, QFont::DemiBold)),
+      button_(new SymbolButton(symbolPoints)),
+      status_(secondary()),
+      version_(secondary()),
+      uptime_(new TabularLabel(TextStyle::callout, SystemColor::secondary)),
+      hint_(secondary()),
+      build_(new ElidedLabel(TextStyle::callout)),
+      dotColumn_(new QVBoxLayout),
+      update_(queue, [this]() VALDORN_ON_MAIN_THREAD { refresh(); }),
+      changes_(runner_->onWillChange([this] { update_.request(); })) {
+    setObjectName(QStringLiteral("runnerRow"));
+    dot_->setObjectName(QStringLiteral("statusDot"));
+    name_->setObjectName(QStringLiteral("name"));
+    button_->setObjectName(QStringLiteral("startStop"));
+    status_->setObjectName(QStringLiteral("status"));
+    version_->setObjectName(QStringLiteral("version"));
+    uptime_->setObjectName(QStringLiteral("uptime"));
+    hint_->setObjectName(QStringLiteral("updateHint"));
+    build_->setObjectName(QStringLiteral("build"));
+    layOut();
+    connect(button_, &SymbolButton::clicked, this, &RunnerRow::toggle);
+}
+
+RunnerRow::~RunnerRow() = default;
+
+QWidget& RunnerRow::button() const {
+    return *button_;
+}
+
+void RunnerRow::layOut() {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // The status is one of six short titles: what gives way is what comes from outside.
+    status_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    auto* const lines = new QVBoxLayout;
+    lines->setSpacing(lineSpacing);
+    lines->addLayout(makeNameLine());
+    lines->addLayout(makeStatusLine());
+    lines->addWidget(hint_, 0, Qt::AlignLeft);
+    lines->addWidget(build_, 0, Qt::AlignLeft);
+    dotColumn_->addWidget(dot_);
+    dotColumn_->addStretch();
+    alignDot();
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(padding, padding, padding, padding);
+    row->setSpacing(spacing);
+    row->addLayout(dotColumn_);
+    row->addLayout(lines, 1);
+}
+
+QLayout* RunnerRow::makeNameLine() {
+    button_->setParent(this);
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(partSpacing);
+    line->addWidget(name_, 0, Qt::AlignVCenter);
+    line->addStretch();
+    line->addItem(new SymbolItem(button_));
+    return line;
+}
+
+QLayout* RunnerRow::makeStatusLine() {
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(partSpacing);
+    line->addWidget(status_);
+    line->addWidget(version_);
+    line->addWidget(uptime_);
+    line->addStretch();
+    return line;
+}
+
+void RunnerRow::toggle() {
+    if (runner_->isRunning())
+        runner_->stop();
+    else
+        runner_->start();
+}
+
+void RunnerRow::showWith(const std::optional<std::string>& latest) {
+    latest_ = latest;
+    refresh();
+}
+
+void RunnerRow::setSeen(bool seen) {
+    isSeen_ = seen;
+    refresh();
+}
+
+void RunnerRow::refresh() {
+    apply(RunnerRowContent::of(*runner_, latest_, queue_.now()));
+    armTick();
+}
+
+void RunnerRow::apply(const RunnerRowContent& content) {
+    if (shown_ == content)
+        return;
+    const std::optional<RunnerRowContent> before = std::exchange(shown_, content);
+    if (!before || before->statusText != content.statusText)
+        dot_->setStatus(content.dotColor, QString::fromStdString(content.statusText));
+    applyPart(*name_, content.name);
+    applyPart(*status_, content.statusText);
+    applyPart(*version_, content.version);
+    applyPart(*uptime_, content.uptime);
+    if (content.updateHint)
+        hint_->setColor(content.updateHint->color);
+    applyPart(*hint_, content.updateHint ? std::optional(content.updateHint->text) : std::nullopt);
+    applyPart(*build_, content.buildLine);
+    if (!before || before->isRunning != content.isRunning)
+        applyButton();
+    describe();
+}
+
+void RunnerRow::applyButton() {
+    if (shown_->isRunning)
+        button_->setSymbol(QStringLiteral("stop.circle.fill"), SystemColor::red,
+                           QStringLiteral("Stop runner"));
+    else
+        button_->setSymbol(QStringLiteral("play.circle.fill"), SystemColor::green,
+                           QStringLiteral("Start runner"));
+}
+
+// The lines as one text, without the uptime: nobody wants to be told every second.
+void RunnerRow::describe() {
+    setAccessibleName(QString::fromStdString(shown_->name));
+    QStringList lines{text(shown_->statusText)};
+    if (shown_->version)
+        lines.back() += QLatin1Char(' ') + text(shown_->version);
+    if (shown_->updateHint)
+        lines += QString::fromStdString(shown_->updateHint->text);
+    if (shown_->buildLine)
+        lines += text(shown_->buildLine);
+    const QString description = lines.join(QLatin1String(", "));
+    if (description != accessibleDescription())
+        setAccessibleDescription(description);
+}
+
+// A child that ends before it is launched again is not announced: each tick looks at everything.
+void RunnerRow::armTick() {
+    tick_.cancel();
+    if (!isSeen_ || !shown_->uptime)
+        return;
+    const auto elapsed = queue_.now() - *runner_->startedAt();
+    const auto full = std::chrono::floor<std::chrono::seconds>(elapsed);
+    const auto rest = full + std::chrono::seconds(1) - elapsed;
+    tick_ = queue_.after(std::chrono::ceil<std::chrono::milliseconds>(rest),
+                         [this]() VALDORN_ON_MAIN_THREAD { refresh(); });
+}
+
+void RunnerRow::changeEvent(QEvent* event) {
+    GroupPanel::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        alignDot();
+}
+
+// With large text the first line is higher than the symbol.
+void RunnerRow::alignDot() {
+    const QFontMetrics firstLine(TextStyles::font(TextStyle::body, QFont::DemiBold));
+    const int above = (firstLine.height() - StatusDot::diameter) / 2;
+    dotColumn_->setContentsMargins(0, std::max(above, aboveDot), 0, 0);
+}
+
+}  // namespace valdorn

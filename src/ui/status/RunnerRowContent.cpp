@@ -1,0 +1,90 @@
+#include "ui/status/RunnerRowContent.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "runner/RunnerManager.h"
+#include "runner/RunnerStatus.h"
+#include "update/UpdateCheck.h"
+
+namespace valdorn {
+
+namespace {
+
+using OptionalText = std::optional<std::string>;
+
+SystemColor dotColorOf(RunnerStatus status) {
+    switch (status) {
+        case RunnerStatus::notRegistered:
+        case RunnerStatus::stopped:
+            break;
+        case RunnerStatus::starting:
+            return SystemColor::yellow;
+        case RunnerStatus::noNetwork:
+            return SystemColor::red;
+        case RunnerStatus::connected:
+            return SystemColor::green;
+        case RunnerStatus::building:
+            return SystemColor::blue;
+    }
+    return SystemColor::secondary;
+}
+
+OptionalText uptimeOf(const RunnerManager& runner,
+                      MainQueue::TimePoint now) VALDORN_ON_MAIN_THREAD {
+    const auto& startedAt = runner.startedAt();
+    if (!runner.isRunning() || !startedAt)
+        return std::nullopt;
+    return "· up " + elapsedText(std::chrono::floor<std::chrono::seconds>(now - *startedAt));
+}
+
+// The words decide about the colour: who reads "available" sees it in orange.
+std::optional<RunnerRowContent::Hint> updateHintOf(const OptionalText& version,
+                                                   const OptionalText& latest) {
+    if (!latest || !version)
+        return std::nullopt;
+    std::string text = UpdateCheck::isNewer(*latest, *version) ? "update: " + *latest + " available"
+                                                               : "runner is up to date";
+    const bool isOffer = text.find("available") != std::string::npos;
+    return RunnerRowContent::Hint{std::move(text),
+                                  isOffer ? SystemColor::orange : SystemColor::secondary};
+}
+
+OptionalText buildLineOf(const OptionalText& build, const OptionalText& job) {
+    if (!build)
+        return std::nullopt;
+    return "Building " + *build + (job ? " (" + *job + ")" : "");
+}
+
+}  // namespace
+
+RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, const OptionalText& latest,
+                                      MainQueue::TimePoint now) {
+    const OptionalText& version = runner.runnerVersion();
+    RunnerRowContent content;
+    content.name = runner.config().name.empty() ? "runner" : runner.config().name;
+    content.dotColor = dotColorOf(runner.status());
+    content.statusText = rawValue(runner.status());
+    content.version = version ? OptionalText("· runner " + *version) : std::nullopt;
+    content.uptime = uptimeOf(runner, now);
+    content.updateHint = updateHintOf(version, latest);
+    content.buildLine = buildLineOf(runner.currentBuild(), runner.currentJob());
+    content.isRunning = runner.isRunning();
+    return content;
+}
+
+std::string elapsedText(std::chrono::seconds elapsed) {
+    const long long total = std::max<long long>(elapsed.count(), 0);
+    const long long hours = total / 3600;
+    const long long minutes = total / 60 % 60;
+    const long long seconds = total % 60;
+    std::array<char, 40> text{};
+    if (hours > 0)
+        std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", hours, minutes, seconds);
+    else
+        std::snprintf(text.data(), text.size(), "%lld:%02lld", minutes, seconds);
+    return text.data();
+}
+
+}  // namespace valdorn
