@@ -47,6 +47,9 @@ class Figure:
     def __str__(self):
         return f"{self.median / 1e3:.0f} µs ({self.lowest / 1e3:.0f} to {self.highest / 1e3:.0f})"
 
+    def precise(self):
+        return f"{self.median / 1e3:.2f} µs ({self.lowest / 1e3:.2f} to {self.highest / 1e3:.2f})"
+
 
 def table(heads, rows):
     lines = ["| " + " | ".join(heads) + " |", "|" + "---|" * len(heads)]
@@ -74,3 +77,9 @@ def publish(title, text):
     sections = [part for part in re.split(r"^(?=## )", before, flags=re.MULTILINE)]
     kept = [part.rstrip() + "\n" for part in sections if not part.startswith(f"## {title}\n")]
     RESULTS.write_text("\n".join([kept[0], *sorted([*kept[1:], section])]))
+
+
+def publish_table(title, introduction, heads, rows, misses):
+    """The same for a table and what in it misses its bar."""
+    verdict = f"**The bar is missed: {'; '.join(misses)}.**" if misses else "The bars are met."
+    publish(title, f"{introduction}\n{table(heads, rows)}\n\n{verdict}")
