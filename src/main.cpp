@@ -16,8 +16,13 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/TrayHostSearch.h"
+#include "fleet/LogPath.h"
 #include "fleet/RunnersStore.h"
+#include "logs/CaseFold.h"
+#include "logs/LogTailer.h"
+#include "logs/LogViewer.h"
 #include "platform/ApplicationId.h"
+#include "platform/Environment.h"
 #include "platform/Path.h"
 #include "platform/Services.h"
 #include "platform/XdgFolders.h"
@@ -36,14 +41,21 @@
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/InstanceBus.h"
+#include "platform/qt/NetworkHttpClient.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWindowHost.h"
+#include "platform/qt/QtWorkspace.h"
 #include "platform/qt/QuitSignals.h"
 #include "platform/qt/SystemTraySurface.h"
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/XembedTrayWatcher.h"
 #include "ui/TrayDrawing.h"
+#include "ui/log/LogViewerView.h"
+#include "ui/status/RunnerStatusView.h"
+#include "update/ReleaseService.h"
+#include "update/UpdateChecker.h"
 
 namespace valdorn {
 namespace {
@@ -90,6 +102,8 @@ private:
     void terminate();
     void onHostMissing();
     void activate(const std::string& token);
+    QWidget* makeLogView();
+    QWidget* makeStatusView();
 
     Ground& ground_;
     const std::string key_;
@@ -104,6 +118,9 @@ private:
     const Services services_;
 
     std::shared_ptr<AppDelegate> delegate_;  // owns the menu that the next two show
+    QtPasteboard pasteboard_;
+    QtWorkspace workspace_;
+    std::optional<NetworkHttpClient> http_;  // once a window asks for something
     QtWindowHost windows_;
     TrayStatusItem statusItem_;
     TrayHostWatcher notifierHosts_;
@@ -141,10 +158,27 @@ Application::Application(Ground& ground, const std::string& key,
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
-    // The views come with what they show; until then a window is an empty one.
-    for (const WindowKind kind :
-         {WindowKind::settings, WindowKind::log, WindowKind::status, WindowKind::onboarding})
+    windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
+    windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
+    // The other views come with what they show; until then a window is an empty one.
+    for (const WindowKind kind : {WindowKind::settings, WindowKind::onboarding})
         windows_.registerView(kind, [] { return new QWidget; });
+}
+
+QWidget* Application::makeLogView() {
+    const auto logPath = [this] { return Config::logPath(RunnersStore::shared(services_)); };
+    CaseFold fold(Environment::characterLocale(ground_.host.environment()));
+    return new LogViewerView(
+        {mainQueue_, pasteboard_, workspace_, logPath},
+        std::make_unique<LogViewer>(
+            mainQueue_, LogTailer::create(mainQueue_, ground_.files, logPath()), std::move(fold)));
+}
+
+QWidget* Application::makeStatusView() {
+    http_.emplace(mainQueue_);
+    return new RunnerStatusView(
+        RunnersStore::shared(services_).shared_from_this(), mainQueue_,
+        std::make_unique<UpdateChecker>(*http_, ReleaseService::baseUrl(ground_.host)));
 }
 
 ChildLauncher& Application::launcher() {
