@@ -15,6 +15,7 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 # Positions in the set of states, from the protocol.
 _STATES = {1: "active", 4: "checked", 8: "enabled", 11: "focusable", 12: "focused", 7: "editable",
            24: "sensitive", 25: "showing", 30: "visible"}
+_LABELLED_BY = 2
 _ON_SCREEN = dbus.UInt32(0)
 
 # Programs that ask for accessibility while the bus is coming up stay without it.
@@ -83,6 +84,12 @@ class Accessible:
 
     def description(self):
         return str(self._property(ACCESSIBLE, "Description"))
+
+    def labels(self):
+        """The names of the things that say what this is for."""
+        return [Accessible(self._bus, str(service), str(path)).name()
+                for relation, targets in self._call("GetRelationSet")
+                if relation == _LABELLED_BY for service, path in targets]
 
     def role(self):
         return str(self._call("GetRoleName"))
