@@ -102,6 +102,13 @@ QColor text(SystemColor color, const QPalette& palette) {
     return standingOut(color, palette, textContrast);
 }
 
+QPalette onBase(const QPalette& palette) {
+    QPalette ground = palette;
+    ground.setColor(QPalette::Window, palette.color(QPalette::Base));
+    ground.setColor(QPalette::WindowText, palette.color(QPalette::Text));
+    return ground;
+}
+
 double contrast(const QColor& one, const QColor& other) {
     const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);

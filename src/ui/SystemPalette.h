@@ -24,6 +24,9 @@ QColor dot(SystemColor color, const QPalette& palette);
 // The colour for text: the same, until it stands out by at least 4.5:1.
 QColor text(SystemColor color, const QPalette& palette);
 
+// The palette for what stands on the ground of text fields and lists in place of the window's.
+QPalette onBase(const QPalette& palette);
+
 // How much two opaque colours stand out from each other, 1 to 21 (relative luminance as in WCAG 2).
 double contrast(const QColor& one, const QColor& other);
 

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
-#include <QFontInfo>
 #include <algorithm>
 
 namespace valdorn::TextStyles {

@@ -191,9 +191,7 @@ void LogRowsView::paintEvent(QPaintEvent* event) {
         return;
     QPainter painter(viewport());
     // Colours are to stand out from what the text is written on.
-    QPalette ground = palette();
-    ground.setColor(QPalette::Window, ground.color(QPalette::Base));
-    ground.setColor(QPalette::WindowText, ground.color(QPalette::Text));
+    const QPalette ground = SystemPalette::onBase(palette());
     const Paint paint{painter, event->rect(), palette(),
                       SystemPalette::text(SystemColor::orange, ground),
                       SystemPalette::text(SystemColor::red, ground)};

@@ -7,7 +7,6 @@
 #include <QHideEvent>
 #include <QKeySequence>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QShowEvent>
 #include <QVBoxLayout>
@@ -16,6 +15,7 @@
 
 #include "platform/Pasteboard.h"
 #include "platform/Workspace.h"
+#include "ui/PromptField.h"
 #include "ui/log/LogRowsView.h"
 
 namespace valdorn {
@@ -64,10 +64,8 @@ QSize LogViewerView::minimumSizeHint() const {
 }
 
 void LogViewerView::addFilter(QHBoxLayout& bar) {
-    auto* const filter = new QLineEdit;
+    auto* const filter = new PromptField(QStringLiteral("Filter"));
     filter->setObjectName(QStringLiteral("logFilter"));
-    filter->setPlaceholderText(QStringLiteral("Filter"));
-    filter->setAccessibleName(QStringLiteral("Filter"));
     filter->setClearButtonEnabled(true);
     filter->setMaximumWidth(widestFilterPoints);
     connect(filter, &QLineEdit::textChanged, this,

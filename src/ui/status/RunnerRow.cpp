@@ -54,7 +54,7 @@ private:
 // Shows or hides a part; one that is hidden leaves no gap.
 template <typename Label>
 void applyPart(Label& label, const std::optional<std::string>& part) {
-    if (part && label.text() != text(part))
+    if (part)
         label.setText(text(part));
     label.setVisible(part.has_value());
 }
@@ -107,8 +107,8 @@ void RunnerRow::layOut() {
     lines->setSpacing(lineSpacing);
     lines->addLayout(makeNameLine());
     lines->addLayout(makeStatusLine());
-    lines->addWidget(hint_, 0, Qt::AlignLeft);
-    lines->addWidget(build_, 0, Qt::AlignLeft);
+    lines->addWidget(hint_);
+    lines->addWidget(build_);
     dotColumn_->addWidget(dot_);
     dotColumn_->addStretch();
     alignDot();

@@ -286,9 +286,7 @@ protected:
         return false;
     }
     QColor on(SystemColor color) const {
-        QPalette ground = view.palette();
-        ground.setColor(QPalette::Window, ground.color(QPalette::Base));
-        return SystemPalette::text(color, ground);
+        return SystemPalette::text(color, SystemPalette::onBase(view.palette()));
     }
 };
 

@@ -168,6 +168,32 @@ TEST_F(RunnerStatusViewTest, RunnerThatTakesAnIdOverGetsARowOfItsOwn) {
     EXPECT_NE(rows()[0], row);
 }
 
+TEST_F(RunnerStatusViewTest, TabFindsARowThatCameBetweenTheOthers) {
+    show({"a", "b", "c"});
+    RunnerConfig record = stage.runner(1).config();
+    record.id = "other";
+    stage.runner(1).setConfig(record);
+    stage.store->add("d");
+    stage.settle();
+    EXPECT_EQ(names(), (Names{"a", "b", "c", "d"}));
+    button(0)->setFocus();
+    QTest::keyClick(button(0), Qt::Key_Tab);
+    EXPECT_TRUE(button(1)->hasFocus());
+}
+
+TEST_F(RunnerStatusViewTest, RunnersOfOneIdKeepTheirOwnRows) {
+    stage.makeFleet({"a", "b"});
+    RunnerConfig record = stage.runner(1).config();
+    record.id = stage.runner(0).id();
+    stage.runner(1).setConfig(record);
+    stage.show();
+    const auto* const row = rows()[1];
+    stage.store->remove(stage.store->runners().front());
+    stage.settle();
+    ASSERT_EQ(names(), (Names{"b"}));
+    EXPECT_EQ(rows()[0], row);
+}
+
 TEST_F(RunnerStatusViewTest, TabWalksTheRowsFromTopToBottom) {
     show({"a", "b"});
     stage.store->add("c");
