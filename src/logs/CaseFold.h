@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +30,10 @@ public:
     // empty folds by the common rules.
     explicit CaseFold(std::string_view locale);
 
-    // The key of UTF-8, at most 2 GiB of it; ill-formed bytes are taken as U+FFFD.
+    // What is looked at of a text at the most: all that ICU can address.
+    static constexpr std::size_t searchedBytes = std::numeric_limits<std::int32_t>::max();
+
+    // The key of UTF-8; ill-formed bytes are taken as U+FFFD.
     Key key(std::string_view text) const;
 
     // True when the text of `key` contains the one of `query`, perceived character by perceived
