@@ -1,5 +1,5 @@
-"""What a screen reader learns of the windows of a program: roles, names, states and texts, read over
-the accessibility bus (AT-SPI)."""
+"""What a screen reader learns of the windows of a program: roles, names, states and texts, read
+over the accessibility bus (AT-SPI)."""
 
 import dbus
 import dbus.bus

@@ -1,4 +1,4 @@
-"""A light and a dark desktop, at the usual scale and at twice that, and pictures of windows there."""
+"""A light and a dark desktop, at the usual scale and at twice that, and pictures of windows."""
 
 import os
 import subprocess
