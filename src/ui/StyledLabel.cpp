@@ -22,7 +22,7 @@ void StyledLabel::setColor(std::optional<SystemColor> color) {
 
 void StyledLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
+    if (event->type() == QEvent::PaletteChange)
         recolor();
 }
 

@@ -1,6 +1,5 @@
 #include "ui/SymbolButton.h"
 
-#include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyleOption>
@@ -38,13 +37,6 @@ void SymbolButton::setSymbol(const QString& name, std::optional<SystemColor> col
 QSize SymbolButton::sizeHint() const {
     const int side = symbolPoints_ + 2 * margin;
     return {side, side};
-}
-
-bool SymbolButton::event(QEvent* event) {
-    // Whether the ring shows hangs on the window, too, which repaints nobody when it comes forward.
-    if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
-        update();
-    return QAbstractButton::event(event);
 }
 
 void SymbolButton::keyPressEvent(QKeyEvent* event) {

@@ -1,6 +1,5 @@
 #include "ui/TabularLabel.h"
 
-#include <QEvent>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <algorithm>
@@ -52,12 +51,6 @@ void TabularLabel::setText(const QString& text) {
 QSize TabularLabel::sizeHint() const {
     const QFontMetricsF metrics(font());
     return {static_cast<int>(std::ceil(textWidth(metrics, text_))), fontMetrics().height()};
-}
-
-void TabularLabel::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        updateGeometry();
 }
 
 void TabularLabel::paintEvent(QPaintEvent*) {
