@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-#include "logs/Utf8.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "logs/CaseFold.h"
 #include "logs/LevelFilter.h"
 #include "logs/LogTailer.h"
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
+#include "text/CaseFold.h"
 
 namespace valdorn {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "runner/Text.h"
+#include "text/Text.h"
 
 namespace valdorn {
 

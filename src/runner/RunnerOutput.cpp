@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/FileSystem.h"
-#include "runner/Text.h"
+#include "text/Text.h"
 
 namespace valdorn {
 

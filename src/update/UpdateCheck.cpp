@@ -7,7 +7,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
-#include "runner/CharacterBreaks.h"
+#include "text/CharacterBreaks.h"
 
 namespace valdorn::UpdateCheck {
 

@@ -9,9 +9,9 @@
 #include <unicode/unistr.h>
 
 #include "logs/LogTail.h"
-#include "logs/Utf8.h"
 #include "support/LogTexts.h"
 #include "support/WatchedFileSystem.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 namespace {

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "runner/RunnerOutput.h"
-#include "runner/Text.h"
 #include "support/FaultyFileSystem.h"
 #include "support/MemoryFileSystem.h"
+#include "text/Text.h"
 
 namespace valdorn {
 namespace {

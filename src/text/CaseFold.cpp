@@ -1,4 +1,4 @@
-#include "logs/CaseFold.h"
+#include "text/CaseFold.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "runner/CharacterBreaks.h"
+#include "text/CharacterBreaks.h"
 
 namespace valdorn {
 namespace {

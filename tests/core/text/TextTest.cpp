@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "runner/Text.h"
+#include "text/Text.h"
 
 namespace valdorn {
 namespace {

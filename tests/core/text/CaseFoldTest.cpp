@@ -10,7 +10,7 @@
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
-#include "logs/CaseFold.h"
+#include "text/CaseFold.h"
 
 namespace valdorn {
 namespace {

@@ -1,4 +1,4 @@
-#include "runner/Text.h"
+#include "text/Text.h"
 
 #include <cassert>
 #include <cstdint>
@@ -7,7 +7,7 @@
 #include <unicode/ustring.h>
 #include <unicode/utf8.h>
 
-#include "runner/CharacterBreaks.h"
+#include "text/CharacterBreaks.h"
 
 namespace valdorn::Text {
 

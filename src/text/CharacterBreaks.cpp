@@ -1,4 +1,4 @@
-#include "runner/CharacterBreaks.h"
+#include "text/CharacterBreaks.h"
 
 #include <cassert>
 #include <new>

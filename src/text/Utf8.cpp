@@ -1,4 +1,4 @@
-#include "logs/Utf8.h"
+#include "text/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>

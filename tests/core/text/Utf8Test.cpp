@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "logs/Utf8.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 namespace {
