@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <new>
 
 #include <unicode/brkiter.h>
 #include <unicode/normalizer2.h>
@@ -12,18 +11,13 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include "text/Icu.h"
+
 namespace valdorn {
 
 namespace {
 
 constexpr std::string_view dotlessI = "\xC4\xB1";
-
-// All that is asked of ICU needs only data that is a part of its library: a failure can only mean
-// that memory ran out.
-void require(UErrorCode status) {
-    if (U_FAILURE(status))
-        throw std::bad_alloc();
-}
 
 std::int32_t length32(std::string_view text) {
     return static_cast<std::int32_t>(text.size());
@@ -39,26 +33,11 @@ const icu::UnicodeSet& settledCharacters() {
             u"[[[:GCB=Other:][:GCB=Control:]]&[:^CWCF:]&[:NFD_Inert:]"
             u"-[\\u0000-\\u007F\\uFFFD]]",
             status);
-        require(status);
+        Icu::require(status);
         set.freeze();
         return set;
     }();
     return characters;
-}
-
-// An iterator is made from this one, which is a tenth of the work of making one from nothing.
-std::unique_ptr<icu::BreakIterator> characterBreaks() {
-    static const std::unique_ptr<const icu::BreakIterator> pattern = [] {
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<const icu::BreakIterator> made(
-            icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-        require(status);
-        return made;
-    }();
-    std::unique_ptr<icu::BreakIterator> breaks(pattern->clone());
-    if (!breaks)
-        throw std::bad_alloc();
-    return breaks;
 }
 
 constexpr std::uint64_t everyByte(unsigned char value) {
@@ -167,7 +146,7 @@ template <typename Take>
 void forEachCharacter(const icu::UnicodeString& text, Take take) {
     std::unique_ptr<icu::BreakIterator> breaks;
     if (!standAlone(text)) {
-        breaks = characterBreaks();
+        breaks = Icu::characterBreaks();
         breaks->setText(text);
     }
     for (std::int32_t at = 0; at < text.length();) {
@@ -185,11 +164,11 @@ icu::UnicodeString folded(const icu::UnicodeString& character, bool turkic) {
     const icu::Normalizer2* const decomposing = icu::Normalizer2::getNFDInstance(status);
     const icu::Normalizer2* const before =
         turkic ? icu::Normalizer2::getNFCInstance(status) : decomposing;
-    require(status);
+    Icu::require(status);
     icu::UnicodeString text = before->normalize(character, status);
     text.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
     text = decomposing->normalize(text, status);
-    require(status);
+    Icu::require(status);
     return text;
 }
 

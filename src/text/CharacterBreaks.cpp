@@ -1,10 +1,11 @@
 #include "text/CharacterBreaks.h"
 
 #include <cassert>
-#include <new>
 
 #include <unicode/brkiter.h>
 #include <unicode/utext.h>
+
+#include "text/Icu.h"
 
 namespace valdorn {
 
@@ -13,13 +14,6 @@ namespace {
 struct CloseText {
     void operator()(UText* text) const { utext_close(text); }
 };
-
-// Breaking characters needs ICU's own data, which is a part of its library: a failure can only
-// mean that memory ran out.
-void require(UErrorCode status) {
-    if (U_FAILURE(status))
-        throw std::bad_alloc();
-}
 
 }  // namespace
 
@@ -30,15 +24,13 @@ struct CharacterBreaks::Walk {
 
 CharacterBreaks::CharacterBreaks(std::string_view text) : walk_(std::make_unique<Walk>()) {
     assert(text.size() <= longestBytes);
+    walk_->breaks = Icu::characterBreaks();
     UErrorCode status = U_ZERO_ERROR;
-    walk_->breaks.reset(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    require(status);
     walk_->source.reset(
         utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
-    require(status);
+    Icu::require(status);
     walk_->breaks->setText(walk_->source.get(), status);
-    require(status);
+    Icu::require(status);
 }
 
 CharacterBreaks::~CharacterBreaks() = default;
