@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "text/Text.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 
@@ -13,7 +14,7 @@ void RegistrationOutput::append(std::string_view chunk) {
         chunk.remove_prefix(end + 1);
         ++lineFeeds_;
         // A line feed never stands inside a multi-byte character, so lines can be judged alone.
-        broken_ = broken_ || !Text::isUtf8(currentLine_);
+        broken_ = broken_ || !isWellFormedUtf8(currentLine_);
         if (!currentLine_.empty())
             lastLine_ = std::exchange(currentLine_, {});
     }
@@ -25,7 +26,7 @@ void RegistrationOutput::append(std::string_view chunk) {
 void RegistrationOutput::cutCurrentLine() {
     const std::size_t end = Text::completeLength(currentLine_);
     const std::string_view complete = std::string_view(currentLine_).substr(0, end);
-    broken_ = broken_ || !Text::isUtf8(complete);
+    broken_ = broken_ || !isWellFormedUtf8(complete);
     if (broken_) {
         currentLine_.clear();
         return;
@@ -35,7 +36,7 @@ void RegistrationOutput::cutCurrentLine() {
 }
 
 std::string RegistrationOutput::message(int exitStatus) const {
-    if (broken_ || !Text::isUtf8(currentLine_)) {
+    if (broken_ || !isWellFormedUtf8(currentLine_)) {
         return "act_runner register failed (exit " + std::to_string(exitStatus) + ")";
     }
     if (!currentLine_.empty())

@@ -5,6 +5,7 @@
 
 #include "platform/FileSystem.h"
 #include "text/Text.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 
@@ -25,7 +26,7 @@ RunnerOutput::RunnerOutput(std::unique_ptr<AppendHandle> log) : logHandle_(std::
 RunnerOutput::~RunnerOutput() = default;
 
 LineBatch RunnerOutput::ingest(std::string_view chunk) {
-    if (!Text::isUtf8(chunk))
+    if (!isWellFormedUtf8(chunk))
         return {};
     const std::size_t searched = lineBuffer_.size();
     lineBuffer_ += chunk;

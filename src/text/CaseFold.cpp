@@ -11,6 +11,7 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include "text/Ascii.h"
 #include "text/Icu.h"
 
 namespace valdorn {
@@ -66,18 +67,6 @@ void appendLowered(std::string& out, std::string_view plain) {
     std::memcpy(&word, out.data() + at, out.size() - at);
     word = lowered(word);
     std::memcpy(out.data() + at, &word, out.size() - at);
-}
-
-std::size_t asciiPrefix(std::string_view text) {
-    std::size_t at = 0;
-    for (std::uint64_t word = 0; at + sizeof word <= text.size(); at += sizeof word) {
-        std::memcpy(&word, text.data() + at, sizeof word);
-        if ((word & everyByte(0x80)) != 0)
-            break;
-    }
-    while (at < text.size() && U8_IS_SINGLE(text[at]))
-        ++at;
-    return at;
 }
 
 // How much of the text, from its start, is ASCII or settled.

@@ -8,9 +8,6 @@ namespace valdorn {
 // Questions about UTF-8 text. Pure; any thread.
 namespace Text {
 
-// True when the bytes are well-formed UTF-8 (no surrogates, no overlong forms, nothing cut off).
-bool isUtf8(std::string_view bytes);
-
 // The length in bytes of the text without a last character of which only the beginning is there.
 std::size_t completeLength(std::string_view text);
 

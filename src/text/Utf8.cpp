@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
+
+#include "text/Ascii.h"
 
 namespace valdorn {
 
@@ -12,28 +12,12 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-// So many bytes are looked at together where they may be ASCII.
-constexpr std::size_t wordsBytes = 64;
+// Text that is not ASCII at one place seldom is right after it: so many bytes are then looked at by
+// the character, before ASCII is looked for again.
+constexpr std::size_t byCharacterBytes = 64;
 
 constexpr unsigned char lowestTrail = 0x80;
 constexpr unsigned char highestTrail = 0xBF;
-
-// How many bytes of ASCII the text begins with, give or take a few: looked at many at a time.
-std::size_t asciiPrefix(std::string_view bytes) {
-    constexpr std::uint64_t highBits = 0x8080808080808080U;
-    std::size_t at = 0;
-    for (; at + wordsBytes <= bytes.size(); at += wordsBytes) {
-        std::uint64_t all = 0;
-        for (std::size_t word = 0; word < wordsBytes; word += sizeof all) {
-            std::uint64_t next = 0;
-            std::memcpy(&next, bytes.data() + at + word, sizeof next);
-            all |= next;
-        }
-        if ((all & highBits) != 0)
-            break;
-    }
-    return at;
-}
 
 // What a lead byte promises: how long the character is, and which second byte it may have, so that
 // there are no overlong forms, no surrogates and nothing above U+10FFFF. The further bytes are
@@ -88,9 +72,9 @@ Character firstCharacter(std::string_view bytes) {
 std::size_t wellFormedPrefix(std::string_view bytes) {
     std::size_t at = 0;
     while (at < bytes.size()) {
-        const std::size_t ascii = asciiPrefix(bytes.substr(at));
-        const std::size_t byOne = std::min(bytes.size(), at + ascii + wordsBytes);
-        for (at += ascii; at < byOne;) {
+        at += asciiPrefix(bytes.substr(at));
+        const std::size_t end = std::min(bytes.size(), at + byCharacterBytes);
+        while (at < end) {
             const Character next = firstCharacter(bytes.substr(at));
             if (!next.isWellFormed)
                 return at;

@@ -3,27 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "text/Text.h"
+#include "text/Utf8.h"
 
 namespace valdorn {
 namespace {
-
-TEST(TextUtf8, TakesWellFormedText) {
-    for (const std::string text : {"", "plain ascii, longer than a word", "\xC3\xA9",
-                                   "\xE2\x80\xA6", "\xF0\x9F\x90\xA6 bird", "\x7F"}) {
-        EXPECT_TRUE(Text::isUtf8(text)) << text;
-        EXPECT_TRUE(Text::isUtf8("12345678" + text + "12345678")) << text;
-    }
-    EXPECT_TRUE(Text::isUtf8(std::string(3, '\0')));
-}
-
-TEST(TextUtf8, RefusesEverythingElse) {
-    for (const std::string text : {"\xFF", "\x80", "\xC3", "\xE2\x80", "\xF0\x9F\x90", "\xC0\xAF",
-                                   "\xE0\x80\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"}) {
-        EXPECT_FALSE(Text::isUtf8(text));
-        EXPECT_FALSE(Text::isUtf8("1234567" + text));
-        EXPECT_FALSE(Text::isUtf8("12345678" + text + "x"));
-    }
-}
 
 TEST(TextLastCharacters, GivesShortTextsWhole) {
     EXPECT_EQ(Text::lastCharacters("", 3), "");
@@ -51,7 +34,7 @@ TEST(TextLastCharacters, AreBoundedHoweverManyMarksTheyHave) {
     const std::string_view tail = Text::lastCharacters(marks, 1);
     EXPECT_LE(tail.size(), Text::longestTailBytes);
     EXPECT_GE(tail.size(), Text::longestTailBytes - 1);
-    EXPECT_TRUE(Text::isUtf8(tail));
+    EXPECT_TRUE(isWellFormedUtf8(tail));
 }
 
 TEST(TextCompleteLength, LeavesOutACharacterThatHasOnlyBegun) {

@@ -70,6 +70,15 @@ TEST(Utf8Test, AFlawIsFoundWhereverItStands) {
     }
 }
 
+TEST(Utf8Test, NothingButWellFormedTextPasses) {
+    for (const std::string flaw : {"\xFF", "\x80", "\xC3", "\xE2\x80", "\xF0\x9F\x90", "\xC0\xAF",
+                                   "\xE0\x80\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"}) {
+        EXPECT_FALSE(isWellFormedUtf8(flaw));
+        EXPECT_FALSE(isWellFormedUtf8("1234567" + flaw));
+        EXPECT_FALSE(isWellFormedUtf8("12345678" + flaw + "x"));
+    }
+}
+
 TEST(Utf8Test, EachByteThatLeadsNothingIsReplaced) {
     for (const std::string byte : {"\x80", "\xBF", "\xC0", "\xC1", "\xF5", "\xFE", "\xFF"}) {
         EXPECT_EQ(replacementsOf(byte), 1);
