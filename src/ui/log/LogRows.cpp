@@ -21,11 +21,12 @@ void LogRows::setWidth(int pixels) {
     measure();
 }
 
-void LogRows::setLines(Lines lines) {
-    lines_ = std::move(lines);
+LogLines LogRows::setLines(LogLines lines) {
+    LogLines before = std::exchange(lines_, std::move(lines));
     ++revision_;
     measure();
     forgetLostLines();
+    return before;
 }
 
 std::int64_t LogRows::height() const {

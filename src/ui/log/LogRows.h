@@ -16,15 +16,16 @@ struct LogPosition {
     std::size_t line = 0;
     qsizetype at = 0;
 
-    auto operator<=>(const LogPosition&) const = default;
+    bool operator==(const LogPosition&) const = default;
+    bool operator<(const LogPosition& other) const {
+        return line < other.line || (line == other.line && at < other.at);
+    }
 };
 
 // Lines of a log, one below the other, each broken into rows that fit a width: where everything is.
 // Vertical places are device-independent pixels from the top of all. Main thread only.
 class LogRows {
 public:
-    using Lines = LogLines;
-
     static constexpr int paddingPixels = 6;  // around all
     static constexpr int spacingPixels = 1;  // between lines
 
@@ -33,10 +34,10 @@ public:
     // The lines are laid out anew, at that width of all.
     void setFont(const QFont& font);
     void setWidth(int pixels);
-    // Only lines that have not been there before are measured.
-    void setLines(Lines lines);
+    // Gives back the lines before. Only lines that have not been there are measured.
+    LogLines setLines(LogLines lines);
 
-    const Lines& lines() const { return lines_; }
+    const LogLines& lines() const { return lines_; }
     // Another number after each change of the lines.
     std::uint64_t revision() const { return revision_; }
     const LineWrap& wrap() const { return wrap_; }
@@ -64,7 +65,7 @@ private:
 
     LineWrap wrap_;
     int width_ = 0;
-    Lines lines_;
+    LogLines lines_;
     std::uint64_t revision_ = 0;
     std::vector<std::int64_t> rowsBefore_{0};     // how many rows stand above each line
     std::unordered_map<LogLine, int> rowCounts_;  // at this width

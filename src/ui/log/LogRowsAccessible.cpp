@@ -53,7 +53,8 @@ const std::vector<int>& LogRowsAccessible::lineOffsets() const {
 }
 
 int LogRowsAccessible::offsetOf(LogPosition position) const {
-    return lineOffsets().at(position.line) + static_cast<int>(position.at);
+    const qsizetype offset = lineOffsets().at(position.line) + position.at;
+    return static_cast<int>(std::min<qsizetype>(offset, std::numeric_limits<int>::max()));
 }
 
 LogPosition LogRowsAccessible::positionOf(int offset) const {

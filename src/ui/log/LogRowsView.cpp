@@ -26,8 +26,6 @@ namespace valdorn {
 
 namespace {
 
-constexpr std::chrono::milliseconds dragScrollPeriod{50};
-
 QFont rowFont() {
     return TextStyles::monospaced(TextStyle::caption);
 }
@@ -72,20 +70,27 @@ int toInt(std::int64_t pixels) {
 struct LogRowsView::Paint {
     QPainter& painter;
     QRect area;  // of the viewport
-    QPalette palette;
+    QColor text;
     QColor warning;
     QColor error;
 
     QColor colorOf(std::string_view line) const {
         const auto color = lineColor(line);
         if (!color)
-            return palette.color(QPalette::Text);
+            return text;
         return color == SystemColor::red ? error : warning;
     }
 };
 
 LogRowsView::LogRowsView(MainQueue& queue, Pasteboard& pasteboard, QWidget* parent)
-    : QAbstractScrollArea(parent), queue_(queue), pasteboard_(pasteboard), rows_(rowFont()) {
+    : QAbstractScrollArea(parent),
+      queue_(queue),
+      pasteboard_(pasteboard),
+      rows_(rowFont()),
+      drag_(queue, [this](int pixels) {
+          verticalScrollBar()->setValue(verticalScrollBar()->value() + pixels);
+          extendToDrag();
+      }) {
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setCursor(Qt::IBeamCursor);
@@ -96,9 +101,8 @@ LogRowsView::LogRowsView(MainQueue& queue, Pasteboard& pasteboard, QWidget* pare
 
 LogRowsView::~LogRowsView() = default;
 
-void LogRowsView::setLines(LogRows::Lines lines) {
-    const LogRows::Lines before = rows_.lines();
-    rows_.setLines(std::move(lines));
+void LogRowsView::setLines(LogLines lines) {
+    const LogLines before = rows_.setLines(std::move(lines));
     selection_.keepUp(before, rows_);
     updateScrollBar();
     viewport()->update();
@@ -164,7 +168,7 @@ void LogRowsView::layOutAnew(const std::function<void()>& change) {
 }
 
 bool LogRowsView::event(QEvent* event) {
-    // Keys that move the caret are not for shortcuts of the window.
+    // The usual keys for copying mean the text here, whatever else has them in this window.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto* const key = static_cast<QKeyEvent*>(event);
         if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll))
@@ -192,7 +196,7 @@ void LogRowsView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     // Colours are to stand out from what the text is written on.
     const QPalette ground = SystemPalette::onBase(palette());
-    const Paint paint{painter, event->rect(), palette(),
+    const Paint paint{painter, event->rect(), palette().color(QPalette::Text),
                       SystemPalette::text(SystemColor::orange, ground),
                       SystemPalette::text(SystemColor::red, ground)};
     const std::int64_t bottom = scrolled() + event->rect().bottom();
@@ -235,7 +239,7 @@ void LogRowsView::selectIn(LogRowLayout& row, LogPosition begin, LogPosition end
 }
 
 bool LogRowsView::isLineEndSelected(LogPosition end) const {
-    return selection_.first() <= end && selection_.last().line > end.line;
+    return !(end < selection_.first()) && selection_.last().line > end.line;
 }
 
 void LogRowsView::drawCaret(QPainter& painter) const {
@@ -307,7 +311,7 @@ void LogRowsView::mousePressEvent(QMouseEvent* event) {
     } else {
         selection_.place(*position);
     }
-    dragging_ = true;
+    drag_.begin(event->position());
     columnX_.reset();
     viewport()->update();
 }
@@ -331,39 +335,24 @@ void LogRowsView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void LogRowsView::mouseMoveEvent(QMouseEvent* event) {
-    if (dragging_)
-        dragTo(event->position());
+    if (!drag_.isUnderWay())
+        return;
+    drag_.moveTo(event->position(), viewport()->height());
+    extendToDrag();
 }
 
-void LogRowsView::dragTo(QPointF place) {
-    if (const auto position = positionAt(place); position && *position != selection_.caret()) {
-        selection_.extendTo(*position);
-        viewport()->update();
-    }
-    scrollWhileDragging(place);
-}
-
-// While the mouse is held above or below the text, the text comes to it.
-void LogRowsView::scrollWhileDragging(QPointF place) {
-    const bool outside = place.y() < 0 || place.y() >= viewport()->height();
-    dragPlace_ = place;
-    if (!outside)
-        return dragScroll_.cancel();
-    dragScroll_ = queue_.every(dragScrollPeriod, [this] {
-        const qreal beyond =
-            dragPlace_.y() < 0 ? dragPlace_.y() : dragPlace_.y() - viewport()->height() + 1;
-        verticalScrollBar()->setValue(verticalScrollBar()->value() + static_cast<int>(beyond));
-        if (const auto position = positionAt(dragPlace_))
-            selection_.extendTo(*position);
-        viewport()->update();
-    });
+void LogRowsView::extendToDrag() {
+    const auto position = positionAt(drag_.place());
+    if (!position || *position == selection_.caret())
+        return;
+    selection_.extendTo(*position);
+    viewport()->update();
 }
 
 void LogRowsView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
-    dragging_ = false;
-    dragScroll_.cancel();
+    drag_.end();
     if (!selection_.isEmpty())
         pasteboard_.setSelectedText(selection_.text(rows_).toStdString());
 }
@@ -385,6 +374,11 @@ void LogRowsView::contextMenuEvent(QContextMenuEvent* event) {
     menu->popup(place);
 }
 
+void LogRowsView::hideEvent(QHideEvent* event) {
+    QAbstractScrollArea::hideEvent(event);
+    drag_.end();
+}
+
 void LogRowsView::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
     viewport()->update();
@@ -392,6 +386,7 @@ void LogRowsView::focusInEvent(QFocusEvent* event) {
 
 void LogRowsView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
+    drag_.end();  // whoever has the keyboard now may take the mouse as well
     viewport()->update();
 }
 

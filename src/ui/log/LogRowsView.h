@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/MainQueue.h"
+#include "ui/log/LogDrag.h"
 #include "ui/log/LogPlaces.h"
 #include "ui/log/LogRows.h"
 #include "ui/log/LogSelection.h"
@@ -33,7 +34,7 @@ public:
 
     // Replaces the lines. The scroll position stays where it is, in pixels from the top, as far as
     // there are that many; the selection stays with its lines.
-    void setLines(LogRows::Lines lines);
+    void setLines(LogLines lines);
 
     // Brings the last line to the bottom of what is visible.
     void scrollToLast();
@@ -61,6 +62,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
@@ -76,18 +78,15 @@ private:
     void drawCaret(QPainter& painter) const;
     void move(LogMotion motion, bool extend);
     void announceCaret();
-    void dragTo(QPointF place);
-    void scrollWhileDragging(QPointF place);
+    void extendToDrag();
     bool isTripleClick(const QMouseEvent& event) const;
 
-    MainQueue& queue_;
+    MainQueue& queue_;  // for its clock
     Pasteboard& pasteboard_;
     LogRows rows_;
     LogSelection selection_;
     std::optional<qreal> columnX_;  // what moving up and down keeps to
-    bool dragging_ = false;
-    QPointF dragPlace_;
-    ScheduledTask dragScroll_;  // while the mouse drags outside
+    LogDrag drag_;
     std::optional<MainQueue::TimePoint> doubleClicked_;
     QPointF doubleClickPlace_;
 };

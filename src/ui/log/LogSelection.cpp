@@ -9,7 +9,7 @@ namespace {
 
 using LineNumbers = std::unordered_map<LogLine, std::size_t>;
 
-LineNumbers numbersOf(const LogRows::Lines& lines) {
+LineNumbers numbersOf(const LogLines& lines) {
     LineNumbers numbers;
     numbers.reserve(lines.size());
     for (std::size_t number = 0; number < lines.size(); ++number)
@@ -17,7 +17,7 @@ LineNumbers numbersOf(const LogRows::Lines& lines) {
     return numbers;
 }
 
-LogPosition moved(LogPosition position, const LogRows::Lines& before, const LineNumbers& numbers,
+LogPosition moved(LogPosition position, const LogLines& before, const LineNumbers& numbers,
                   LogPosition end) {
     for (std::size_t line = position.line; line < before.size(); ++line) {
         const auto found = numbers.find(before[line]);
@@ -29,7 +29,7 @@ LogPosition moved(LogPosition position, const LogRows::Lines& before, const Line
 
 }  // namespace
 
-void LogSelection::keepUp(const LogRows::Lines& before, const LogRows& after) {
+void LogSelection::keepUp(const LogLines& before, const LogRows& after) {
     if (isEmpty() && caret_ == LogPosition{})
         return;
     const LineNumbers numbers = numbersOf(after.lines());

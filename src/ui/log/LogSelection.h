@@ -27,7 +27,7 @@ public:
 
     // The list has changed: both ends stay with their lines. The end in a line that is gone moves
     // to the beginning of the next line that is left, or to the end of all.
-    void keepUp(const LogRows::Lines& before, const LogRows& after);
+    void keepUp(const LogLines& before, const LogRows& after);
 
     // The selected text as it stands in the log, lines joined by line feeds.
     QString text(const LogRows& rows) const;

@@ -19,16 +19,16 @@ inline LogLine logLine(std::string_view text) {
     return {line, &line->view};
 }
 
-inline LogRows::Lines logLines(std::initializer_list<std::string_view> texts) {
-    LogRows::Lines lines;
+inline LogLines logLines(std::initializer_list<std::string_view> texts) {
+    LogLines lines;
     for (const std::string_view text : texts)
         lines.push_back(logLine(text));
     return lines;
 }
 
 // "line 0" and so on.
-inline LogRows::Lines numberedLines(int count) {
-    LogRows::Lines lines;
+inline LogLines numberedLines(int count) {
+    LogLines lines;
     for (int number = 0; number < count; ++number)
         lines.push_back(logLine("line " + std::to_string(number)));
     return lines;

@@ -8,6 +8,7 @@
 
 #include "support/RecordingPasteboard.h"
 #include "support/VirtualMainQueue.h"
+#include "ui/Pictures.h"
 #include "ui/SystemPalette.h"
 #include "ui/log/LogLines.h"
 #include "ui/log/LogRowsView.h"
@@ -77,7 +78,7 @@ TEST_F(LogRowsViewTest, ScrollingToTheLastShowsItAtTheBottom) {
 }
 
 TEST_F(LogRowsViewTest, NarrowerViewKeepsTheLineAtTheTop) {
-    LogRows::Lines lines;
+    LogLines lines;
     for (int number = 0; number < 100; ++number)
         lines.push_back(logLine("0123456789 0123456789 0123456789 0123456789"));
     view.setLines(lines);
@@ -165,6 +166,44 @@ TEST_F(LogRowsViewTest, DraggingOutsideScrollsUntilTheButtonIsUp) {
     EXPECT_EQ(queue.pending(), 0U);
 }
 
+TEST_F(LogRowsViewTest, TremblingHandScrollsAsFast) {
+    view.setLines(numberedLines(100));
+    press(at(2, 0));
+    for (int move = 0; move < 50; ++move) {
+        dragTo(QPoint(20 + move, 230));
+        queue.advance(10ms);
+    }
+    EXPECT_GT(bar().value(), 100);
+    release(QPoint(20, 230));
+}
+
+TEST_F(LogRowsViewTest, DragEndsWithTheWindowOrTheFocus) {
+    view.setLines(numberedLines(100));
+    press(at(2, 0));
+    dragTo(QPoint(20, 230));
+    view.hide();
+    EXPECT_EQ(queue.pending(), 0U);
+    view.show();
+    press(at(2, 0));
+    dragTo(QPoint(20, 230));
+    ASSERT_EQ(queue.pending(), 1U);
+    QFocusEvent elsewhere(QEvent::FocusOut);
+    QApplication::sendEvent(&view, &elsewhere);
+    EXPECT_EQ(queue.pending(), 0U);
+    release(QPoint(20, 100));
+}
+
+TEST_F(LogRowsViewTest, OtherFontOfTheDesktopIsTakenUp) {
+    view.setLines(numberedLines(100));
+    bar().setValue(static_cast<int>(view.rows().top(40)));
+    Looks looks(Scheme::light);
+    const int before = rowHeight();
+    looks.change(Scheme::light, 20);
+    EXPECT_GT(rowHeight(), before);
+    EXPECT_EQ(bar().value(), view.rows().top(40));
+    EXPECT_EQ(bar().singleStep(), rowHeight());
+}
+
 TEST_F(LogRowsViewTest, SelectedTextIsOfferedToAMiddleClick) {
     view.setLines(logLines({"first line", "second line"}));
     press(at(0, 6));
@@ -243,7 +282,7 @@ TEST_F(LogRowsViewTest, EmptyLogTakesEveryKeyAndClick) {
 }
 
 TEST_F(LogRowsViewTest, SelectionSurvivesNewLines) {
-    LogRows::Lines lines = numberedLines(3);
+    LogLines lines = numberedLines(3);
     view.setLines(lines);
     view.select({0, 0}, {0, 6});
     lines.push_back(logLine("new"));

@@ -14,8 +14,8 @@ protected:
         selection.extendTo(caret);
     }
 
-    void change(LogRows::Lines lines) {
-        const LogRows::Lines before = rows.lines();
+    void change(LogLines lines) {
+        const LogLines before = rows.lines();
         rows.setLines(std::move(lines));
         selection.keepUp(before, rows);
     }
@@ -57,7 +57,7 @@ TEST_F(LogSelectionTest, EndlessLineIsTakenWhole) {
 }
 
 TEST_F(LogSelectionTest, StaysWithItsLinesWhenOthersGo) {
-    LogRows::Lines lines = numberedLines(5);
+    LogLines lines = numberedLines(5);
     rows.setLines(lines);
     select({2, 1}, {3, 4});
     lines.erase(lines.begin(), lines.begin() + 2);
@@ -68,7 +68,7 @@ TEST_F(LogSelectionTest, StaysWithItsLinesWhenOthersGo) {
 }
 
 TEST_F(LogSelectionTest, EndInALostLineMovesToTheNextThatIsLeft) {
-    LogRows::Lines lines = numberedLines(5);
+    LogLines lines = numberedLines(5);
     rows.setLines(lines);
     select({1, 3}, {3, 4});
     lines.erase(lines.begin(), lines.begin() + 2);
