@@ -20,15 +20,9 @@ constexpr double lightShare = 0.55;
 constexpr double darkShare = 0.055;
 constexpr double edgeShare = 0.10;
 
-QColor mixed(const QColor& from, const QColor& to, double share) {
-    const auto channel = [share](int a, int b) { return qRound(a + (b - a) * share); };
-    return {channel(from.red(), to.red()), channel(from.green(), to.green()),
-            channel(from.blue(), to.blue())};
-}
-
 QColor panelColor(const QPalette& around) {
     const double share = SystemPalette::isDark(around) ? darkShare : lightShare;
-    return mixed(around.color(QPalette::Window), Qt::white, share);
+    return SystemPalette::mixed(around.color(QPalette::Window), Qt::white, share);
 }
 
 }  // namespace
@@ -58,7 +52,7 @@ void GroupPanel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor panel = palette().color(QPalette::Window);
-    painter.setPen(mixed(panel, palette().color(QPalette::WindowText), edgeShare));
+    painter.setPen(SystemPalette::mixed(panel, palette().color(QPalette::WindowText), edgeShare));
     painter.setBrush(panel);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
                             cornerRadius);

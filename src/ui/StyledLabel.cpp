@@ -29,8 +29,11 @@ void StyledLabel::changeEvent(QEvent* event) {
 void StyledLabel::recolor() {
     const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
     QPalette own;  // only what is set here counts, the rest stays inherited
-    if (color_)
-        own.setColor(QPalette::WindowText, SystemPalette::text(*color_, around));
+    if (color_) {
+        // What is disabled looks so in every colour.
+        for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
+            own.setColor(group, QPalette::WindowText, SystemPalette::text(*color_, around));
+    }
     // Setting a palette announces its change, which leads back here.
     const bool isSet = testAttribute(Qt::WA_SetPalette) == color_.has_value();
     if (!isSet ||

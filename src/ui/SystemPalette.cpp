@@ -13,14 +13,6 @@ const QColor middleGray(0x9A, 0x9A, 0xA0);  // as far from black as from white
 constexpr double dotContrast = 3.0;   // graphical objects, WCAG 2.1 criterion 1.4.11
 constexpr double textContrast = 4.5;  // text, WCAG 2.1 criterion 1.4.3
 
-QColor mixed(const QColor& from, const QColor& to, double share) {
-    const auto channel = [share](int a, int b) {
-        return static_cast<int>(std::lround(a + (b - a) * share));
-    };
-    return {channel(from.red(), to.red()), channel(from.green(), to.green()),
-            channel(from.blue(), to.blue())};
-}
-
 // Text at 55 %: quieter than text, and still readable on the usual palettes.
 QColor secondary(const QPalette& palette) {
     return mixed(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.55);
@@ -70,6 +62,14 @@ double luminance(const QColor& color) {
 }
 
 }  // namespace
+
+QColor mixed(const QColor& from, const QColor& to, double share) {
+    const auto channel = [share](int a, int b) {
+        return static_cast<int>(std::lround(a + (b - a) * share));
+    };
+    return {channel(from.red(), to.red()), channel(from.green(), to.green()),
+            channel(from.blue(), to.blue())};
+}
 
 bool isDark(const QPalette& palette) {
     return luminance(palette.color(QPalette::WindowText)) >

@@ -27,6 +27,9 @@ QColor text(SystemColor color, const QPalette& palette);
 // The palette for what stands on the ground of text fields and lists in place of the window's.
 QPalette onBase(const QPalette& palette);
 
+// What lies that share (0 to 1) of the way from one colour to the other.
+QColor mixed(const QColor& from, const QColor& to, double share);
+
 // How much two opaque colours stand out from each other, 1 to 21 (relative luminance as in WCAG 2).
 double contrast(const QColor& one, const QColor& other);
 

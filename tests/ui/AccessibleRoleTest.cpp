@@ -21,7 +21,9 @@ TEST(AccessibleRoleTest, LabelMayBeAHeading) {
     QLabel label;
     AccessibleRole::set(label, QAccessible::Heading);
     label.setText(QStringLiteral("Runners"));
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(&label)->role(), QAccessible::Heading);
+    const auto* const seen = QAccessible::queryAccessibleInterface(&label);
+    EXPECT_EQ(seen->role(), QAccessible::Heading);
+    EXPECT_EQ(seen->text(QAccessible::Name), QStringLiteral("Runners"));
 }
 
 TEST(AccessibleRoleTest, OtherWidgetsStayWhatTheyAre) {

@@ -87,6 +87,13 @@ TEST_F(LabelsTest, ColourStandsOutFromWhatTheLabelStandsOn) {
     }
 }
 
+TEST_F(LabelsTest, ColouredLabelThatIsDisabledLooksSo) {
+    StyledLabel label(TextStyle::body, SystemColor::red);
+    const QColor enabled = label.palette().color(QPalette::WindowText);
+    label.setEnabled(false);
+    EXPECT_NE(label.palette().color(QPalette::WindowText), enabled);
+}
+
 TEST_F(LabelsTest, ColourComesAndGoes) {
     auto* const label = put(new StyledLabel(TextStyle::body));
     show(300);
