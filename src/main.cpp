@@ -160,22 +160,23 @@ Application::Application(Ground& ground, const std::string& key,
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
     windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
     windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
-    // The other views come with what they show; until then a window is an empty one.
+    // Nothing to show as yet.
     for (const WindowKind kind : {WindowKind::settings, WindowKind::onboarding})
         windows_.registerView(kind, [] { return new QWidget; });
 }
 
 QWidget* Application::makeLogView() {
     const auto logPath = [this] { return Config::logPath(RunnersStore::shared(services_)); };
-    CaseFold fold(Environment::characterLocale(ground_.host.environment()));
+    const CaseFold fold(Environment::characterLocale(ground_.host.environment()));
     return new LogViewerView(
         {mainQueue_, pasteboard_, workspace_, logPath},
-        std::make_unique<LogViewer>(
-            mainQueue_, LogTailer::create(mainQueue_, ground_.files, logPath()), std::move(fold)));
+        std::make_unique<LogViewer>(mainQueue_,
+                                    LogTailer::create(mainQueue_, ground_.files, logPath()), fold));
 }
 
 QWidget* Application::makeStatusView() {
-    http_.emplace(mainQueue_);
+    if (!http_)
+        http_.emplace(mainQueue_);
     return new RunnerStatusView(
         RunnersStore::shared(services_).shared_from_this(), mainQueue_,
         std::make_unique<UpdateChecker>(*http_, ReleaseService::baseUrl(ground_.host)));

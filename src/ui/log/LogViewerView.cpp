@@ -4,11 +4,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
-#include <QHideEvent>
 #include <QKeySequence>
 #include <QLabel>
 #include <QPushButton>
-#include <QShowEvent>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -22,12 +21,12 @@ namespace valdorn {
 
 namespace {
 
-constexpr int marginPoints = 10;
-constexpr int rowSpacingPoints = 8;
-constexpr int controlSpacingPoints = 10;
-constexpr QSize minimumPoints{660, 400};
-constexpr int widestFilterPoints = 220;
-constexpr int levelPickerPoints = 110;
+constexpr int margin = 10;
+constexpr int rowSpacing = 8;
+constexpr int controlSpacing = 10;
+constexpr QSize leastSize{660, 400};
+constexpr int widestFilter = 220;
+constexpr int levelPicker = 110;
 
 QString fromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -35,18 +34,19 @@ QString fromUtf8(std::string_view text) {
 
 }  // namespace
 
-LogViewerView::LogViewerView(LogViewerEnvironment environment, std::unique_ptr<LogViewer> viewer,
-                             QWidget* parent)
-    : QWidget(parent),
+LogViewerView::LogViewerView(LogViewerEnvironment environment, std::unique_ptr<LogViewer> viewer)
+    : WindowView(leastSize),
       environment_(std::move(environment)),
       viewer_(std::move(viewer)),
       rows_(new LogRowsView(environment_.queue, environment_.pasteboard)) {
     auto* const stack = new QVBoxLayout(this);
-    stack->setContentsMargins(marginPoints, marginPoints, marginPoints, marginPoints);
-    stack->setSpacing(rowSpacingPoints);
+    stack->setContentsMargins(margin, margin, margin, margin);
+    stack->setSpacing(rowSpacing);
     auto* const bar = new QHBoxLayout;
-    bar->setSpacing(controlSpacingPoints);
+    bar->setSpacing(controlSpacing);
     addFilter(*bar);
+    addLevel(*bar);
+    addFollow(*bar);
     bar->addStretch();
     addButtons(*bar);
     stack->addLayout(bar);
@@ -59,18 +59,20 @@ LogViewerView::LogViewerView(LogViewerEnvironment environment, std::unique_ptr<L
 
 LogViewerView::~LogViewerView() = default;
 
-QSize LogViewerView::minimumSizeHint() const {
-    return QWidget::minimumSizeHint().expandedTo(minimumPoints);
-}
-
 void LogViewerView::addFilter(QHBoxLayout& bar) {
     auto* const filter = new PromptField(QStringLiteral("Filter"));
     filter->setObjectName(QStringLiteral("logFilter"));
     filter->setClearButtonEnabled(true);
-    filter->setMaximumWidth(widestFilterPoints);
+    filter->findChild<QToolButton*>()->setAccessibleName(QStringLiteral("Clear Filter"));
+    filter->setMaximumWidth(widestFilter);
     connect(filter, &QLineEdit::textChanged, this,
             [this](const QString& text) { viewer_->setQuery(text.toStdString()); });
     bar.addWidget(filter, 1);
+    auto* const clearing = new QAction(filter);
+    clearing->setShortcut(Qt::Key_Escape);
+    clearing->setShortcutContext(Qt::WidgetShortcut);
+    connect(clearing, &QAction::triggered, filter, &QLineEdit::clear);
+    filter->addAction(clearing);
     auto* const finding = new QAction(this);
     finding->setShortcut(QKeySequence::Find);
     connect(finding, &QAction::triggered, filter, [filter] {
@@ -78,13 +80,15 @@ void LogViewerView::addFilter(QHBoxLayout& bar) {
         filter->selectAll();
     });
     addAction(finding);
+}
 
+void LogViewerView::addLevel(QHBoxLayout& bar) {
     auto* const level = new QComboBox;
     level->setObjectName(QStringLiteral("logLevel"));
     level->setAccessibleName(QStringLiteral("Level"));
     for (const LevelFilter each : levelFilters)
         level->addItem(fromUtf8(rawValue(each)));
-    level->setFixedWidth(std::max(levelPickerPoints, level->sizeHint().width()));
+    level->setFixedWidth(std::max(levelPicker, level->sizeHint().width()));
     connect(level, &QComboBox::currentIndexChanged, this, [this](int index) {
         viewer_->setLevel(levelFilters.at(static_cast<std::size_t>(index)));
     });
@@ -93,7 +97,9 @@ void LogViewerView::addFilter(QHBoxLayout& bar) {
     auto* const label = new QLabel(QStringLiteral("Level"), this);
     label->setBuddy(level);
     label->hide();
+}
 
+void LogViewerView::addFollow(QHBoxLayout& bar) {
     auto* const follow = new QCheckBox(QStringLiteral("Follow"));
     follow->setObjectName(QStringLiteral("logFollow"));
     follow->setChecked(viewer_->follow());
@@ -122,16 +128,12 @@ void LogViewerView::showFiltered(LogViewer::Scrolling scrolling) {
         rows_->scrollToLast();
 }
 
-void LogViewerView::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (!event->spontaneous())
-        viewer_->start();
+void LogViewerView::appeared() {
+    viewer_->start();
 }
 
-void LogViewerView::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
-    if (!event->spontaneous())
-        viewer_->stop();
+void LogViewerView::vanished() {
+    viewer_->stop();
 }
 
 }  // namespace valdorn

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QWidget>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "logs/LogViewer.h"
 #include "platform/Observable.h"
+#include "ui/WindowView.h"
 
 class QHBoxLayout;
 
@@ -22,30 +22,29 @@ struct LogViewerEnvironment {
     MainQueue& queue;
     Pasteboard& pasteboard;
     Workspace& workspace;
-    // Where the log is at this moment, for opening it with another program.
+    // Where the log is at this moment, for opening it with another program: the window itself stays
+    // with the file that it was made for.
     std::function<std::string()> logPath;
 };
 
 // The log window: the last lines of a log, narrowed down by a text and a level, the newest kept in
 // view. While it is shown, it follows the file; each time it appears, it reads the file anew. What
 // was chosen is kept while it is hidden. Main thread only.
-class LogViewerView : public QWidget {
+class LogViewerView : public WindowView {
     Q_OBJECT
 
 public:
-    LogViewerView(LogViewerEnvironment environment, std::unique_ptr<LogViewer> viewer,
-                  QWidget* parent = nullptr);
+    LogViewerView(LogViewerEnvironment environment, std::unique_ptr<LogViewer> viewer);
     ~LogViewerView() override;
 
-    // 660 by 400 points at the usual font.
-    QSize minimumSizeHint() const override;
-
 protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+    void appeared() override;
+    void vanished() override;
 
 private:
     void addFilter(QHBoxLayout& bar);
+    void addLevel(QHBoxLayout& bar);
+    void addFollow(QHBoxLayout& bar);
     void addButtons(QHBoxLayout& bar);
     void showFiltered(LogViewer::Scrolling scrolling);
 

@@ -24,19 +24,21 @@ constexpr QSize leastSize(460, 200);
 
 RunnerStatusView::RunnerStatusView(std::shared_ptr<RunnersStore> store, MainQueue& queue,
                                    std::unique_ptr<UpdateChecker> updates)
-    : store_(std::move(store)),
+    : WindowView(leastSize),
+      store_(std::move(store)),
       queue_(queue),
       updates_(std::move(updates)),
       heading_(new StyledLabel(TextStyle::title3, std::nullopt, QFont::Bold)),
-      rowStack_(new QVBoxLayout),
+      rowArea_(new QWidget),
+      rowStack_(new QVBoxLayout(rowArea_)),
+      scrolling_(new VerticalScrollArea(makeContent())),
       update_(queue, [this]() VALDORN_ON_MAIN_THREAD { refresh(); }),
       listChanges_(store_->onWillChange([this] { update_.request(); })),
       updateChanges_(updates_->onWillChange([this] { update_.request(); })) {
     setObjectName(QStringLiteral("runnerStatusView"));
-    auto* const scrolling = new VerticalScrollArea(makeContent());
     auto* const whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
-    whole->addWidget(scrolling);
+    whole->addWidget(scrolling_);
     refresh();
 }
 
@@ -49,29 +51,24 @@ QWidget* RunnerStatusView::makeContent() {
     footnote->setObjectName(QStringLiteral("footnote"));
     footnote->setText(QStringLiteral("Add or remove runners in Settings → Runners."));
     footnote->setWordWrap(true);
+    rowStack_->setContentsMargins(0, 0, 0, 0);
     rowStack_->setSpacing(spacing);
     auto* const content = new QWidget;
     auto* const stack = new QVBoxLayout(content);
     stack->setContentsMargins(padding, padding, padding, padding);
     stack->setSpacing(spacing);
     stack->addWidget(heading_);
-    stack->addLayout(rowStack_);
+    stack->addWidget(rowArea_);
     stack->addWidget(footnote);
     stack->addStretch();
     return content;
 }
 
-QSize RunnerStatusView::minimumSizeHint() const {
-    return QWidget::minimumSizeHint().expandedTo(leastSize);
-}
-
 void RunnerStatusView::refresh() {
     const bool isOne = store_->runners().size() == 1;
     const QString heading = isOne ? QStringLiteral("Runner") : QStringLiteral("Runners");
-    if (heading_->text() != heading) {
+    if (heading_->text() != heading)
         heading_->setText(heading);
-        heading_->setAccessibleName(heading);
-    }
     updateRows();
     for (RunnerRow* const row : rows_)
         row->showWith(updates_->latest());
@@ -90,6 +87,7 @@ void RunnerStatusView::updateRows() {
         delete gone;
     }
     placeRows();
+    rowArea_->setVisible(!rows_.empty());
 }
 
 // The runner's row out of the present ones, or a new one.
@@ -124,16 +122,21 @@ void RunnerStatusView::setSeen(bool seen) {
         row->setSeen(seen);
 }
 
-// Being minimised hides without closing: uptimes stop, but coming back is no new appearance.
+void RunnerStatusView::appeared() {
+    updates_->check();
+    // Otherwise the first button would have the keyboard, and a stray blank would stop a runner.
+    if (!focusWidget())
+        scrolling_->setFocus();
+}
+
+// Uptimes stop while the window is minimised, too.
 void RunnerStatusView::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
+    WindowView::showEvent(event);
     setSeen(true);
-    if (!event->spontaneous())
-        updates_->check();
 }
 
 void RunnerStatusView::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
+    WindowView::hideEvent(event);
     setSeen(false);
 }
 

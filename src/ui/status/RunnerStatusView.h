@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QWidget>
 #include <memory>
 #include <vector>
 
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
 #include "ui/DeferredUpdate.h"
+#include "ui/WindowView.h"
 
 class QVBoxLayout;
 
@@ -17,6 +17,7 @@ class RunnerRow;
 class RunnersStore;
 class StyledLabel;
 class UpdateChecker;
+class VerticalScrollArea;
 
 // The content of the runner status window: one row per runner of the fleet, in its order. It shows
 // the fleet and sends commands to its runners; runners are added and removed elsewhere.
@@ -24,7 +25,7 @@ class UpdateChecker;
 // Thread: main thread only. The view looks at its runners from the moment it is made; uptimes count
 // only while somebody can see them, and whenever it appears it asks whether there is a newer release.
 // A row belongs to one runner for as long as that runner is on the list, wherever it stands there.
-class RunnerStatusView : public QWidget {
+class RunnerStatusView : public WindowView {
     Q_OBJECT
 
 public:
@@ -34,10 +35,8 @@ public:
                      std::unique_ptr<UpdateChecker> updates);
     ~RunnerStatusView() override;
 
-    // 460 by 200 points at the usual font.
-    QSize minimumSizeHint() const override;
-
 protected:
+    void appeared() override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
@@ -54,7 +53,10 @@ private:
     const std::unique_ptr<UpdateChecker> updates_;
 
     StyledLabel* const heading_;
+    QWidget* const
+        rowArea_;  // apart, so that a screen reader comes to the rows before the footnote
     QVBoxLayout* const rowStack_;
+    VerticalScrollArea* const scrolling_;
     std::vector<RunnerRow*> rows_;  // children, in list order
     bool isSeen_ = false;
     DeferredUpdate update_;

@@ -5,8 +5,8 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolButton>
 
-#include <QtTest/qtestspontaneevent.h>
 #include <gtest/gtest.h>
 
 #include "support/MemoryFileSystem.h"
@@ -118,13 +118,11 @@ TEST_F(LogViewerViewTest, SleepsWhileItIsHidden) {
 
 TEST_F(LogViewerViewTest, GoesOnFollowingWhileItIsMinimised) {
     show();
-    QHideEvent minimised;
-    QShowEvent restored;
-    QSpontaneKeyEvent::setSpontaneous(&minimised);
-    QSpontaneKeyEvent::setSpontaneous(&restored);
-    QApplication::instance()->notify(&view(), &minimised);
+    view().showMinimized();
+    QCoreApplication::processEvents();
     EXPECT_EQ(queue.pending(), 1U);
-    QApplication::instance()->notify(&view(), &restored);
+    view().showNormal();
+    QCoreApplication::processEvents();
     EXPECT_EQ(queue.pending(), 1U) << "not twice";
 }
 
@@ -274,7 +272,7 @@ TEST_F(LogViewerViewTest, BurstBetweenTwoPollsIsTakenInAtOnce) {
     EXPECT_EQ(bar().value(), bar().maximum());
 }
 
-TEST_F(LogViewerViewTest, LayoutHasTheGivenMeasures) {
+TEST_F(LogViewerViewTest, ControlsStandInOneRowAboveTheLines) {
     Looks looks(Scheme::light);
     show();
     EXPECT_EQ(view().minimumSizeHint(), QSize(660, 400));
@@ -335,6 +333,16 @@ TEST_F(LogViewerViewTest, ControlsHaveNames) {
     EXPECT_EQ(button("logClear").text(), QStringLiteral("Clear"));
     EXPECT_EQ(button("logOpenFile").text(), QStringLiteral("Open File"));
     EXPECT_EQ(rows().accessibleName(), QStringLiteral("Log"));
+    EXPECT_EQ(filter().findChild<QToolButton*>()->accessibleName(), QStringLiteral("Clear Filter"));
+}
+
+TEST_F(LogViewerViewTest, EscapeEmptiesTheFilter) {
+    show();
+    QApplication::setActiveWindow(&view());
+    filter().setFocus();
+    filter().setText(QStringLiteral("job"));
+    QTest::keyClick(&filter(), Qt::Key_Escape);
+    EXPECT_EQ(filter().text(), QString());
 }
 
 TEST_F(LogViewerViewTest, UsualKeyLeadsToTheFilter) {
@@ -347,7 +355,7 @@ TEST_F(LogViewerViewTest, UsualKeyLeadsToTheFilter) {
 
 TEST_F(LogViewerViewTest, LooksAsItShould) {
     for (const auto& [scheme, name] :
-         {std::pair(Scheme::light, "log-light"), std::pair(Scheme::dark, "log-dark")}) {
+         {std::pair(Scheme::light, "log_light"), std::pair(Scheme::dark, "log_dark")}) {
         Looks looks(scheme);
         if (files.files.empty())
             write(
@@ -355,9 +363,9 @@ TEST_F(LogViewerViewTest, LooksAsItShould) {
                 "time=\"2026-11-21T10:00:01Z\" level=info msg=\"runner: mac-mini, with version: "
                 "v1.0.8, with labels: [macos linux], declare successfully\"\n"
                 "time=\"2026-11-21T10:02:11Z\" level=info msg=\"task 7 repo is acme/site\"\n"
-                "[CI/build] \u2b50 Run Main checkout\n"
-                "[CI/build]   | Cloning into 'site'...\n"
-                "[CI/build]   | \u2714 done in 2.1 s\n"
+                "time=\"2026-11-21T10:02:12Z\" level=info msg=\"Running job with maxParallel=1 for 1 "
+                "matrix combinations\"\n"
+                "time=\"2026-11-21T10:02:19Z\" level=info msg=\"\u2714 finished in 7 s\"\n"
                 "time=\"2026-11-21T10:03:40Z\" level=warning msg=\"failed to fetch task\" "
                 "error=\"unavailable: dial tcp 10.0.0.7:3000: connect: connection refused\"\n"
                 "time=\"2026-11-21T10:03:45Z\" level=error msg=\"cannot report the result\"\n"

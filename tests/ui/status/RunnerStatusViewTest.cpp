@@ -194,6 +194,48 @@ TEST_F(RunnerStatusViewTest, RunnersOfOneIdKeepTheirOwnRows) {
     EXPECT_EQ(rows()[0], row);
 }
 
+TEST_F(RunnerStatusViewTest, AScreenReaderReadsFromTopToBottom) {
+    show({"a", "b"});
+    stage.store->add("c");
+    stage.settle();
+    std::vector<std::string> read;
+    const std::function<void(QAccessibleInterface*)> walk = [&](QAccessibleInterface* thing) {
+        const QString name = thing->text(QAccessible::Name);
+        const bool isLanding = thing->role() == QAccessible::Heading ||
+                               name.startsWith(QLatin1String("Add or")) ||
+                               qobject_cast<RunnerRow*>(thing->object());
+        if (isLanding)
+            read.push_back(name.toStdString());
+        for (int child = 0; child < thing->childCount(); ++child)
+            walk(thing->child(child));
+    };
+    walk(QAccessible::queryAccessibleInterface(stage.view));
+    EXPECT_EQ(read, (std::vector<std::string>{"Runners", "a", "b", "c",
+                                              "Add or remove runners in Settings → Runners."}));
+}
+
+TEST_F(RunnerStatusViewTest, StrayKeyStopsNoRunnerWhenTheWindowOpens) {
+    stage.makeFleet({"a"});
+    stage.start(0);
+    stage.show();
+    QApplication::setActiveWindow(stage.window.get());
+    ASSERT_TRUE(stage.window->focusWidget());
+    QTest::keyClick(stage.window->focusWidget(), Qt::Key_Space);
+    stage.settle();
+    EXPECT_TRUE(stage.runner(0).isRunning());
+    EXPECT_TRUE(stage.runner(0).keepRunning());
+    QTest::keyClick(stage.window->focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(stage.window->focusWidget(), button(0));
+}
+
+TEST_F(RunnerStatusViewTest, KeyboardStaysWhereItWasWhenTheWindowComesBack) {
+    show({"a", "b"});
+    button(1)->setFocus();
+    stage.window->hide();
+    stage.window->show();
+    EXPECT_EQ(stage.window->focusWidget(), button(1));
+}
+
 TEST_F(RunnerStatusViewTest, TabWalksTheRowsFromTopToBottom) {
     show({"a", "b"});
     stage.store->add("c");
@@ -505,7 +547,7 @@ TEST_F(RunnerStatusViewTest, FailedCheckShowsNothing) {
 
 // Room.
 
-TEST_F(RunnerStatusViewTest, SpacingsAreTheGivenOnes) {
+TEST_F(RunnerStatusViewTest, PartsStandApartEvenly) {
     show({"a", "b"});
     stage.start(0);
     QWidget* const window = stage.window.get();
@@ -515,7 +557,7 @@ TEST_F(RunnerStatusViewTest, SpacingsAreTheGivenOnes) {
     EXPECT_EQ(placeOf(rows()[0], window).left(), 16);
     EXPECT_EQ(placeOf(rows()[0], window).right(), window->width() - 16 - 1);
     EXPECT_EQ(rows()[1]->y() - rows()[0]->geometry().bottom() - 1, 12);
-    EXPECT_EQ(footnote()->y() - rows()[1]->geometry().bottom() - 1, 12);
+    EXPECT_EQ(placeOf(footnote(), window).top() - placeOf(rows()[1], window).bottom() - 1, 12);
     const QRect dot = placeOf(part<StatusDot>(0, "statusDot"), rows()[0]);
     EXPECT_EQ(dot.left(), 4 + 6);
     EXPECT_EQ(placeOf(part(0, "name"), rows()[0]).left() - dot.right() - 1, 10);
@@ -524,7 +566,7 @@ TEST_F(RunnerStatusViewTest, SpacingsAreTheGivenOnes) {
               rows()[0]->width() - 1 - 4 - 6);
 }
 
-TEST_F(RunnerStatusViewTest, IsNeverSmallerThanGivenAndGrowsWithTheFont) {
+TEST_F(RunnerStatusViewTest, HasALeastSizeThatGrowsWithTheFont) {
     Looks large(Scheme::light);
     show({"a"});
     EXPECT_EQ(stage.view->minimumSizeHint(), QSize(460, 200));
