@@ -17,7 +17,12 @@ std::shared_ptr<AppDelegate> AppDelegate::create(AppEnvironment environment) {
     return std::make_shared<AppDelegate>(Key{}, std::move(environment));
 }
 
-AppDelegate::AppDelegate(Key, AppEnvironment environment) : environment_(std::move(environment)) {}
+AppDelegate::AppDelegate(Key, AppEnvironment environment)
+    : environment_(std::move(environment)),
+      refresh_(environment_.services.mainQueue, [this]() VALDORN_ON_MAIN_THREAD {
+          const auto self = shared_from_this();  // whoever is told of it may drop us
+          refresh();
+      }) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -73,23 +78,10 @@ void AppDelegate::observeRunners() {
         runnerSubscriptions_.push_back(
             runner->onWillChange([weak = weak_from_this()]() VALDORN_ON_MAIN_THREAD {
                 if (const auto self = weak.lock())
-                    self->scheduleRefresh();
+                    self->refresh_.request();
             }));
     }
     refresh();
-}
-
-void AppDelegate::scheduleRefresh() {
-    // One refresh shows every change that was announced before it ran.
-    if (std::exchange(refreshScheduled_, true))
-        return;
-    environment_.services.mainQueue.post([weak = weak_from_this()]() VALDORN_ON_MAIN_THREAD {
-        const auto self = weak.lock();
-        if (!self)
-            return;
-        self->refreshScheduled_ = false;
-        self->refresh();
-    });
 }
 
 void AppDelegate::refresh() {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/StatusMenu.h"
+#include "platform/DeferredUpdate.h"
 #include "platform/Observable.h"
 #include "platform/Services.h"
 
@@ -64,15 +65,14 @@ private:
     void buildMenu() VALDORN_ON_MAIN_THREAD;
     void observeList() VALDORN_ON_MAIN_THREAD;
     void observeRunners() VALDORN_ON_MAIN_THREAD;
-    void scheduleRefresh() VALDORN_ON_MAIN_THREAD;
     void refresh() VALDORN_ON_MAIN_THREAD;
     RunnersStore& store() VALDORN_ON_MAIN_THREAD { return environment_.sharedStore(); }
 
     const AppEnvironment environment_;
     std::optional<StatusMenu> statusMenu_ VALDORN_MAIN_THREAD_ONLY;
+    DeferredUpdate refresh_ VALDORN_MAIN_THREAD_ONLY;
     Subscription listSubscription_ VALDORN_MAIN_THREAD_ONLY;
     std::vector<Subscription> runnerSubscriptions_ VALDORN_MAIN_THREAD_ONLY;
-    bool refreshScheduled_ VALDORN_MAIN_THREAD_ONLY = false;
 };
 
 }  // namespace valdorn

@@ -6,13 +6,12 @@
 namespace valdorn {
 
 LogViewer::LogViewer(MainQueue& queue, std::shared_ptr<LogTailer> tailer, CaseFold fold)
-    : queue_(queue),
-      tailer_(std::move(tailer)),
+    : tailer_(std::move(tailer)),
       fold_(fold),
       lines_(tailer_->lines()),
       filtered_(lines_),
-      linesSubscription_(
-          tailer_->onWillChange([this]() VALDORN_ON_MAIN_THREAD { scheduleUpdate(); })) {}
+      update_(queue, [this]() VALDORN_ON_MAIN_THREAD { update(); }),
+      linesSubscription_(tailer_->onWillChange([this] { update_.request(); })) {}
 
 void LogViewer::setQuery(std::string query) {
     if (query == query_)
@@ -38,18 +37,6 @@ std::string LogViewer::text() const {
         joined += *line;
     }
     return joined;
-}
-
-void LogViewer::scheduleUpdate() {
-    // One update takes in every change that was announced before it ran.
-    if (std::exchange(updateScheduled_, true))
-        return;
-    queue_.post([this, alive = std::weak_ptr<const Alive>(alive_)]() VALDORN_ON_MAIN_THREAD {
-        if (alive.expired())
-            return;
-        updateScheduled_ = false;
-        update();
-    });
 }
 
 void LogViewer::update() {

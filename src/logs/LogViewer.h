@@ -8,6 +8,7 @@
 
 #include "logs/LevelFilter.h"
 #include "logs/LogTailer.h"
+#include "platform/DeferredUpdate.h"
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
 #include "text/CaseFold.h"
@@ -64,9 +65,7 @@ public:
 
 private:
     using Lines = LogTailer::Lines;
-    struct Alive {};
 
-    void scheduleUpdate() VALDORN_ON_MAIN_THREAD;
     // Takes in what has become of the tailer's lines; looks at the new ones only.
     void update() VALDORN_ON_MAIN_THREAD;
     // Looks at every line of the tailer.
@@ -82,20 +81,17 @@ private:
     void appendPassing(Lines& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
     void show(Lines shown) VALDORN_ON_MAIN_THREAD;
 
-    MainQueue& queue_;
     const std::shared_ptr<LogTailer> tailer_;
     const CaseFold fold_;
     std::string query_ VALDORN_MAIN_THREAD_ONLY;
     CaseFold::Key queryKey_ VALDORN_MAIN_THREAD_ONLY;
     LevelFilter level_ VALDORN_MAIN_THREAD_ONLY = LevelFilter::all;
     bool follow_ VALDORN_MAIN_THREAD_ONLY = true;
-    bool updateScheduled_ VALDORN_MAIN_THREAD_ONLY = false;
     Lines lines_ VALDORN_MAIN_THREAD_ONLY;                      // what filtered_ was taken from
     std::vector<CaseFold::Key> keys_ VALDORN_MAIN_THREAD_ONLY;  // of lines_, while there is a query
     Lines filtered_ VALDORN_MAIN_THREAD_ONLY;
     ObserverList<Scrolling> observers_;
-    // Tasks on the queue may come after this one's end: they look whether it is there.
-    const std::shared_ptr<const Alive> alive_ = std::make_shared<const Alive>();
+    DeferredUpdate update_;
     Subscription linesSubscription_;
 };
 

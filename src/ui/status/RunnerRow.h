@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "platform/DeferredUpdate.h"
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
-#include "ui/DeferredUpdate.h"
 #include "ui/GroupPanel.h"
 #include "ui/status/RunnerRowContent.h"
 

@@ -3,9 +3,9 @@
 #include <memory>
 #include <vector>
 
+#include "platform/DeferredUpdate.h"
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
-#include "ui/DeferredUpdate.h"
 #include "ui/WindowView.h"
 
 class QVBoxLayout;

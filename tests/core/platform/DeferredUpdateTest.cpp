@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/DeferredUpdate.h"
 #include "support/VirtualMainQueue.h"
-#include "ui/DeferredUpdate.h"
 
 namespace valdorn {
 namespace {
