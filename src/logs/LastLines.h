@@ -15,12 +15,17 @@ namespace valdorn {
 // A line feed ends a line unless a carriage return stands right before it: such a pair stays in its
 // line, as does any other carriage return. What follows the last line feed is a line, too, unless it
 // is empty. Bytes come out as well-formed UTF-8. Memory grows with the kept lines and a block; lines
-// are where they were read and copied only when they reach over blocks. A movable value; one thread
-// at a time.
+// are where they were read and copied only when they reach over blocks. Not to be copied: what a copy
+// kept would look into what this one holds. A new one may be assigned, to begin anew. One thread at a
+// time.
 class LastLines {
 public:
     // At least one line is kept.
     explicit LastLines(std::size_t maxLines) : maxLines_(maxLines) {}
+    LastLines(const LastLines&) = delete;
+    LastLines& operator=(const LastLines&) = delete;
+    LastLines& operator=(LastLines&&) noexcept = default;
+    ~LastLines() = default;
 
     // Takes in what stands right before the bytes taken so far. A block must not begin with a line
     // feed unless the text does: it would be cut off from a carriage return before it.
