@@ -9,7 +9,6 @@
 namespace valdorn {
 
 class FileSystem;
-class ReadHandle;
 
 // Reads a growing text file piece by piece, by byte offset. A value; one thread at a time.
 //

@@ -146,8 +146,8 @@ void forEachCharacter(const icu::UnicodeString& text, Take take) {
 }
 
 // Turkish and Azerbaijani are folded composed: I is another letter there when it bears its dot or a
-// hat. Elsewhere text is folded decomposed, so that a Greek subscript, which
-// becomes a letter, comes after the other marks.
+// hat. Elsewhere text is folded decomposed, so that a Greek subscript, which becomes a letter, comes
+// after the other marks.
 icu::UnicodeString folded(const icu::UnicodeString& character, bool turkic) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::Normalizer2* const decomposing = icu::Normalizer2::getNFDInstance(status);
