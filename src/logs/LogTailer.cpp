@@ -10,7 +10,7 @@ namespace {
 
 // The last of the lines that were there, as the same objects, and the new ones after them; no more
 // than the bound in all. There are no more new ones than that.
-LogTailer::Lines joined(const LogTailer::Lines& before, LogTailer::Lines added) {
+LogLines joined(const LogLines& before, LogLines added) {
     const std::size_t kept = std::min(before.size(), LogTailer::maxLines - added.size());
     added.insert(added.begin(), before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
     return added;
@@ -48,7 +48,7 @@ void LogTailer::poll() {
     const bool isReset = update.kind == LogTail::Update::Kind::reset;
     if (update.lines.empty() && !isReset)
         return;
-    lines_.set(joined(isReset ? Lines() : lines_.get(), std::move(update.lines)));
+    lines_.set(joined(isReset ? LogLines() : lines_.get(), std::move(update.lines)));
 }
 
 void LogTailer::clear() {

@@ -20,8 +20,6 @@ class LogTailer : public Observable, public std::enable_shared_from_this<LogTail
     struct Key {};
 
 public:
-    using Lines = LogLines;
-
     // The bound on lines(): what a window can usefully scroll through.
     static constexpr std::size_t maxLines = 5000;
 
@@ -36,7 +34,7 @@ public:
     LogTailer(const LogTailer&) = delete;
     LogTailer& operator=(const LogTailer&) = delete;
 
-    const Lines& lines() const VALDORN_ON_MAIN_THREAD { return lines_.get(); }
+    const LogLines& lines() const VALDORN_ON_MAIN_THREAD { return lines_.get(); }
 
     // Reads the file as a whole, then looks every pollPeriod for what is new, for as long as the
     // tailer lives or until stop(). The owner stops a started tailer before starting it again:
@@ -58,7 +56,7 @@ public:
 private:
     MainQueue& queue_;
     LogTail tail_ VALDORN_MAIN_THREAD_ONLY;
-    Published<Lines> lines_;
+    Published<LogLines> lines_;
     ScheduledTask timer_ VALDORN_MAIN_THREAD_ONLY;
 };
 

@@ -42,7 +42,7 @@ std::string LogViewer::text() const {
 void LogViewer::update() {
     const std::size_t dropped = droppedLines();
     const std::size_t kept = lines_.size() - dropped;
-    Lines shown(filtered_.begin() + filteredAmongFirst(dropped), filtered_.end());
+    LogLines shown(filtered_.begin() + filteredAmongFirst(dropped), filtered_.end());
     takeLines(dropped);
     appendPassing(shown, kept);
     show(std::move(shown));
@@ -50,13 +50,13 @@ void LogViewer::update() {
 
 void LogViewer::filterAnew() {
     takeLines(droppedLines());
-    Lines shown;
+    LogLines shown;
     appendPassing(shown, 0);
     show(std::move(shown));
 }
 
 std::size_t LogViewer::droppedLines() const {
-    const Lines& now = tailer_->lines();
+    const LogLines& now = tailer_->lines();
     if (now.empty())
         return lines_.size();
     const auto kept = std::find(lines_.begin(), lines_.end(), now.front());
@@ -85,7 +85,7 @@ void LogViewer::takeLines(std::size_t dropped) {
         keys_.push_back(fold_.key(*lines_[at]));
 }
 
-void LogViewer::appendPassing(Lines& shown, std::size_t first) const {
+void LogViewer::appendPassing(LogLines& shown, std::size_t first) const {
     for (std::size_t at = first; at < lines_.size(); ++at) {
         if (passes(level_, *lines_[at]) &&
             (query_.empty() || CaseFold::contains(keys_[at], queryKey_)))
@@ -93,7 +93,7 @@ void LogViewer::appendPassing(Lines& shown, std::size_t first) const {
     }
 }
 
-void LogViewer::show(Lines shown) {
+void LogViewer::show(LogLines shown) {
     if (shown == filtered_)
         return;
     const bool recounted = shown.size() != filtered_.size();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "logs/LevelFilter.h"
+#include "logs/LogLine.h"
 #include "logs/LogTailer.h"
 #include "platform/DeferredUpdate.h"
 #include "platform/MainQueue.h"
@@ -36,7 +37,7 @@ public:
     LogViewer& operator=(const LogViewer&) = delete;
 
     // The lines that pass, in the tailer's order.
-    const std::vector<LogLine>& filtered() const VALDORN_ON_MAIN_THREAD { return filtered_; }
+    const LogLines& filtered() const VALDORN_ON_MAIN_THREAD { return filtered_; }
 
     // The last line comes into view when the number of filtered lines has changed, is not zero, and
     // following is on. Turning it on scrolls nothing by itself.
@@ -64,8 +65,6 @@ public:
     std::string text() const VALDORN_ON_MAIN_THREAD;
 
 private:
-    using Lines = LogTailer::Lines;
-
     // Takes in what has become of the tailer's lines; looks at the new ones only.
     void update() VALDORN_ON_MAIN_THREAD;
     // Looks at every line of the tailer.
@@ -78,8 +77,8 @@ private:
     // Makes lines_ the tailer's, and keys_ theirs.
     void takeLines(std::size_t dropped) VALDORN_ON_MAIN_THREAD;
     // Adds those of lines_, beginning with the one at `first`, that pass.
-    void appendPassing(Lines& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
-    void show(Lines shown) VALDORN_ON_MAIN_THREAD;
+    void appendPassing(LogLines& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
+    void show(LogLines shown) VALDORN_ON_MAIN_THREAD;
 
     const std::shared_ptr<LogTailer> tailer_;
     const CaseFold fold_;
@@ -87,9 +86,9 @@ private:
     CaseFold::Key queryKey_ VALDORN_MAIN_THREAD_ONLY;
     LevelFilter level_ VALDORN_MAIN_THREAD_ONLY = LevelFilter::all;
     bool follow_ VALDORN_MAIN_THREAD_ONLY = true;
-    Lines lines_ VALDORN_MAIN_THREAD_ONLY;                      // what filtered_ was taken from
+    LogLines lines_ VALDORN_MAIN_THREAD_ONLY;                   // what filtered_ was taken from
     std::vector<CaseFold::Key> keys_ VALDORN_MAIN_THREAD_ONLY;  // of lines_, while there is a query
-    Lines filtered_ VALDORN_MAIN_THREAD_ONLY;
+    LogLines filtered_ VALDORN_MAIN_THREAD_ONLY;
     ObserverList<Scrolling> observers_;
     DeferredUpdate update_;
     Subscription linesSubscription_;

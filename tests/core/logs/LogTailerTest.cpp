@@ -145,7 +145,7 @@ TEST_F(LogTailerTest, AnnouncesNewLinesBeforeTheyAreThere) {
 TEST_F(LogTailerTest, NothingNewIsNoChange) {
     content() = "a\n";
     tailer->reload();
-    const LogTailer::Lines before = tailer->lines();
+    const LogLines before = tailer->lines();
     tailer->poll();
     files.files.clear();
     tailer->poll();
@@ -210,7 +210,7 @@ TEST_F(LogTailerTest, ShowsNoMoreThanTheLastFiveThousandLines) {
 TEST_F(LogTailerTest, TheOldestLinesGoAndTheOthersStayTheSameObjects) {
     content() = numbered(0, 4999);
     tailer->reload();
-    const LogTailer::Lines before = tailer->lines();
+    const LogLines before = tailer->lines();
     content() += numbered(4999, 5002);
     tailer->poll();
     ASSERT_EQ(tailer->lines().size(), 5000U);
