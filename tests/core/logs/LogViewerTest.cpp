@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "logs/LogViewer.h"
+#include "support/LogTexts.h"
 #include "support/MemoryFileSystem.h"
 #include "support/VirtualMainQueue.h"
 
@@ -16,13 +17,6 @@ namespace {
 
 using Scrolling = LogViewer::Scrolling;
 using Texts = std::vector<std::string>;
-
-Texts texts(const std::vector<LogLine>& lines) {
-    Texts result;
-    for (const LogLine& line : lines)
-        result.emplace_back(*line);
-    return result;
-}
 
 class LogViewerTest : public testing::Test {
 protected:
@@ -358,9 +352,9 @@ protected:
         }
     }
 
-    std::vector<LogLine> expected() const {
+    LogLines expected() const {
         const CaseFold fold("C");
-        std::vector<LogLine> lines;
+        LogLines lines;
         for (const LogLine& line : tailer->lines()) {
             if (passes(viewer->level(), *line) &&
                 CaseFold::contains(fold.key(*line), fold.key(viewer->query())))
@@ -388,7 +382,7 @@ TEST_F(LogViewerWalk, ShowsWhatALookAtEveryLineGives) {
         random.seed(seed);
         files.files[path].clear();
         for (int steps = 0; steps < 60; ++steps) {
-            const std::vector<LogLine> before = viewer->filtered();
+            const LogLines before = viewer->filtered();
             told.clear();
             step();
             if (random() % 3 == 0)
