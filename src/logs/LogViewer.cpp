@@ -5,6 +5,21 @@
 
 namespace valdorn {
 
+namespace {
+
+std::string joined(const LogLines& lines) {
+    std::string text;
+    bool first = true;
+    for (const LogLine& line : lines) {
+        if (!std::exchange(first, false))
+            text += '\n';
+        text += *line;
+    }
+    return text;
+}
+
+}  // namespace
+
 LogViewer::LogViewer(MainQueue& queue, std::shared_ptr<LogTailer> tailer, CaseFold fold)
     : tailer_(std::move(tailer)),
       fold_(fold),
@@ -27,16 +42,15 @@ void LogViewer::setLevel(LevelFilter level) {
 }
 
 std::string LogViewer::text() const {
-    std::string joined;
-    bool first = true;
+    if (tailer_->lines() == lines_)
+        return joined(filtered_);
+    LogLines passing;
     for (const LogLine& line : tailer_->lines()) {
-        if (!passes(level_, *line) || !CaseFold::contains(fold_.key(*line), queryKey_))
-            continue;
-        if (!std::exchange(first, false))
-            joined += '\n';
-        joined += *line;
+        if (passes(level_, *line) &&
+            (query_.empty() || CaseFold::contains(fold_.key(*line), queryKey_)))
+            passing.push_back(line);
     }
-    return joined;
+    return joined(passing);
 }
 
 void LogViewer::update() {

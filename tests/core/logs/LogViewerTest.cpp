@@ -122,6 +122,24 @@ TEST_F(LogViewerTest, TextIsOfTheLinesOfThatMoment) {
     EXPECT_TRUE(viewer->filtered().empty());
 }
 
+TEST_F(LogViewerTest, TextOfThatMomentIsOfTheLinesThatPass) {
+    write("level=info job\n");
+    poll();
+    viewer->setQuery("JOB");
+    viewer->setLevel(LevelFilter::info);
+    write("level=info x\nlevel=info Job\nlevel=error job\n");
+    tailer->poll();  // not taken in yet
+    EXPECT_EQ(viewer->text(), "level=info job\nlevel=info Job");
+    viewer->setQuery("");
+    EXPECT_EQ(viewer->text(), "level=info job\nlevel=info x\nlevel=info Job");
+    write("level=info y\n");
+    tailer->poll();
+    viewer->setQuery("y");
+    EXPECT_EQ(viewer->text(), "level=info y");
+    viewer->clear();
+    EXPECT_EQ(viewer->text(), "");
+}
+
 TEST_F(LogViewerTest, EachAdditionScrollsToTheLastLineWhileFollowing) {
     write("a\n");
     poll();
