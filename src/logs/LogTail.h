@@ -45,8 +45,9 @@ public:
     LogLines reload();
 
     // Reads what was appended since. The offset moves to the size that was measured first: what
-    // arrives between measuring and reading is delivered now and once more by the next call. After
-    // an error the offset stays.
+    // arrives between measuring and reading is delivered now and once more by the next call, as the
+    // offset moves only over what was measured: a line twice is better than a line lost. After an
+    // error the offset stays.
     Update readNew();
 
     // The lines of a text: cut at every line feed but those of CR LF pairs, which stay in the line;

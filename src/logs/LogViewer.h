@@ -40,7 +40,9 @@ public:
     const LogLines& filtered() const VALDORN_ON_MAIN_THREAD { return filtered_; }
 
     // The last line comes into view when the number of filtered lines has changed, is not zero, and
-    // following is on. Turning it on scrolls nothing by itself.
+    // following is on. Turning it on scrolls nothing by itself. Lines that replace as many others keep
+    // the place: the rows move up beneath the reader, and while rows are equally high the end stays
+    // where it is, so that whoever looks at it goes on seeing the newest line.
     [[nodiscard]] Subscription onFilteredChanged(Observer observer) VALDORN_ON_MAIN_THREAD {
         return observers_.subscribe(std::move(observer));
     }

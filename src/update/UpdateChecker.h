@@ -28,8 +28,9 @@ public:
         return latest_.get();
     }
 
-    // Asks the service unless a tag has come already. Requests under way do not hold it back: each
-    // call makes one, and the last to succeed decides. Nothing is tried again by itself.
+    // Asks the service unless a tag has come already. Requests under way do not hold it back: one that
+    // hangs until its ten seconds are over must not keep the one from being made that would succeed.
+    // Each call makes one, and the last to succeed decides. Nothing is tried again by itself.
     void check() VALDORN_ON_MAIN_THREAD;
 
 private:
