@@ -13,8 +13,19 @@ namespace {
 // Enough for every alphabet; what does not repeat is not worth keeping.
 constexpr std::size_t mostAdvances = 20000;
 
+// Families of emoji are that long; beyond, somebody joins characters without end.
+constexpr qsizetype longestKept = 16;
+
 bool isAscii(QChar unit) {
     return unit.unicode() < 0x80;
+}
+
+// The control characters after ASCII, and those that turn the direction of the text around them.
+bool isUnseen(char16_t code) {
+    const bool isControl = code >= 0x80 && code < 0xA0;
+    const bool isEmbedding = code >= 0x202A && code <= 0x202E;
+    const bool isIsolate = code >= 0x2066 && code <= 0x2069;
+    return isControl || isEmbedding || isIsolate;
 }
 
 // The symbol of a control character; other characters are their own.
@@ -29,8 +40,9 @@ QChar visible(QChar unit) {
         return QChar(static_cast<char16_t>(controlPictures + code));
     if (code == 0x7F)
         return QChar(deletePicture);
-    const bool separatesLines = code == QChar::LineSeparator || code == QChar::ParagraphSeparator;
-    return separatesLines ? QChar(lineFeedPicture) : unit;
+    if (code == QChar::LineSeparator || code == QChar::ParagraphSeparator)
+        return QChar(lineFeedPicture);
+    return isUnseen(code) ? QChar(QChar::ReplacementCharacter) : unit;
 }
 
 bool isLineEnd(const QString& text, qsizetype at) {
@@ -38,15 +50,39 @@ bool isLineEnd(const QString& text, qsizetype at) {
            text.at(at + 1) == QLatin1Char('\n');
 }
 
-// At most longestShown units, whole characters.
+// At most longestShown units, no surrogate without its other half.
 QString beginning(std::string_view line) {
     // A unit of UTF-16 comes from three bytes at the most.
     constexpr std::size_t enoughBytes = std::size_t{3} * LineWrap::longestShown;
     QString text = QString::fromUtf8(line.substr(0, enoughBytes));
-    if (text.size() > LineWrap::longestShown)
-        text.truncate(LineWrap::longestShown -
-                      (text.at(LineWrap::longestShown).isLowSurrogate() ? 1 : 0));
+    if (text.size() > LineWrap::longestShown) {
+        const bool cutsInTwo = text.at(LineWrap::longestShown - 1).isLowSurrogate();
+        text.truncate(LineWrap::longestShown - (cutsInTwo ? 2 : 1));
+        text += QChar(0x2026);
+    }
     return text;
+}
+
+// Marks beyond what a letter bears are shown as what cannot be shown.
+void thinMarks(QString& text) {
+    int marks = 0;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const bool isPair = text.at(at).isHighSurrogate() && at + 1 < text.size();
+        const char32_t character =
+            isPair ? QChar::surrogateToUcs4(text.at(at), text.at(at + 1)) : text.at(at).unicode();
+        marks = QChar::isMark(character) ? marks + 1 : 0;
+        if (marks > LineWrap::mostMarks) {
+            text[at] = QChar(QChar::ReplacementCharacter);
+            if (isPair)
+                text[at + 1] = QChar(QChar::ReplacementCharacter);
+            marks = LineWrap::mostMarks;
+        }
+        at += isPair ? 1 : 0;
+    }
+}
+
+bool isAllAscii(const QString& text) {
+    return std::all_of(text.begin(), text.end(), isAscii);
 }
 
 }  // namespace
@@ -111,6 +147,8 @@ QString LineWrap::shown(std::string_view line) {
         else if (const QChar unit = text.at(at); visible(unit) != unit)
             text[at] = visible(unit);
     }
+    if (!isAllAscii(text))
+        thinMarks(text);
     return text;
 }
 
@@ -157,6 +195,8 @@ qsizetype LineWrap::passCharacters(const QString& shown, qsizetype at, Breaker& 
 }
 
 qreal LineWrap::advance(const QString& character) const {
+    if (character.size() > longestKept)
+        return QFontMetricsF(font_).horizontalAdvance(character);
     if (advances_.size() >= mostAdvances)
         advances_.clear();
     const auto [known, isNew] = advances_.try_emplace(character, 0.0);

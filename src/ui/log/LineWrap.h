@@ -19,9 +19,13 @@ public:
     // How far apart tab stops are, in characters, counted from the beginning of a row.
     static constexpr int tabColumns = 8;
 
-    // What is shown of a line at the most, in UTF-16 units. Longer lines come from no runner, whose
-    // lines are cut well below that, and would take a moment to be drawn.
-    static constexpr qsizetype longestShown = qsizetype{512} * 1024;
+    // What is shown of a line at the most, in UTF-16 units, "…" at the end of what is cut short. Pages
+    // of one line help nobody, and thousands of them would take seconds to be laid out.
+    static constexpr qsizetype longestShown = qsizetype{16} * 1024;
+
+    // So many marks on one letter are shown; no writing needs as many, and a font takes seconds for
+    // thousands.
+    static constexpr int mostMarks = 30;
 
     explicit LineWrap(const QFont& font);
 
@@ -32,7 +36,8 @@ public:
     qreal columnWidth() const { return column_; }
 
     // A line as it is drawn, unit by unit the same text: control characters are shown by their
-    // symbols, but for tabs and the line ends inside the line, where a new row begins.
+    // symbols, but for tabs and the line ends inside the line, where a new row begins; what would
+    // reorder the text, or pile up marks, by U+FFFD.
     static QString shown(std::string_view line);
 
     // Where the rows of a shown line begin; the first begins at 0. A row has one character at least.

@@ -113,14 +113,42 @@ TEST_F(LineWrapTest, ControlCharactersShowTheirSymbols) {
 TEST_F(LineWrapTest, EndlessLineIsShownUpToALimit) {
     const auto longest = static_cast<std::size_t>(LineWrap::longestShown);
     EXPECT_EQ(LineWrap::shown(std::string(longest, 'x')).size(), LineWrap::longestShown);
-    EXPECT_EQ(LineWrap::shown(std::string(4 * longest, 'x')).size(), LineWrap::longestShown);
+    const QString cut = LineWrap::shown(std::string(4 * longest, 'x'));
+    EXPECT_EQ(cut.size(), LineWrap::longestShown);
+    EXPECT_TRUE(cut.endsWith(QString::fromUtf8("x…")));
 }
 
 TEST_F(LineWrapTest, LimitCutsNoCharacterInTwo) {
     const auto longest = static_cast<std::size_t>(LineWrap::longestShown);
-    const QString shown = LineWrap::shown(std::string(longest - 1, 'x') + "\U0001F426" + "x");
+    const QString shown = LineWrap::shown(std::string(longest - 2, 'x') + "\U0001F426" + "xx");
     EXPECT_EQ(shown.size(), LineWrap::longestShown - 1);
-    EXPECT_EQ(shown.back(), QLatin1Char('x'));
+    EXPECT_TRUE(shown.endsWith(QString::fromUtf8("x…")));
+}
+
+TEST_F(LineWrapTest, HeapOfMarksIsThinnedUnitByUnit) {
+    std::string line = "e";
+    for (int mark = 0; mark < 1000; ++mark)
+        line += "\u0301";
+    line += "f\u0301";
+    const QString shown = LineWrap::shown(line);
+    EXPECT_EQ(shown.size(), 1003);
+    EXPECT_EQ(shown.at(LineWrap::mostMarks), QChar(0x301));
+    EXPECT_EQ(shown.at(LineWrap::mostMarks + 1), QChar(QChar::ReplacementCharacter));
+    EXPECT_EQ(shown.right(2), QString::fromUtf8("f\u0301"));
+}
+
+TEST_F(LineWrapTest, HeapOfMarksInPairsIsThinned) {
+    std::string line = "e";
+    for (int mark = 0; mark < 100; ++mark)
+        line += "\U000E0101";
+    const QString shown = LineWrap::shown(line);
+    EXPECT_EQ(shown.size(), 201);
+    EXPECT_EQ(shown.back(), QChar(QChar::ReplacementCharacter));
+}
+
+TEST_F(LineWrapTest, NothingTurnsTheDirectionUnseen) {
+    EXPECT_EQ(LineWrap::shown("a\u202Eb\u2066c\u0085d"),
+              QString::fromUtf8("a\uFFFDb\uFFFDc\uFFFDd"));
 }
 
 }  // namespace
