@@ -70,20 +70,17 @@ void LogRows::measure() {
 }
 
 int LogRows::rowCount(const LogLine& line) {
-    const auto [known, isNew] = rowCounts_.try_emplace(line, 0);
-    if (isNew)
-        known->second = static_cast<int>(rowStarts(LineWrap::shown(*line)).size());
-    return known->second;
+    RowCount& known = rowCounts_[line.get()];
+    // Another line may stand where a lost one stood.
+    if (known.line.expired())
+        known = {line, static_cast<int>(rowStarts(LineWrap::shown(*line)).size())};
+    return known.rows;
 }
 
-// Lines that were filtered out may come back, and stay known for a while.
+// Lines that were filtered out may come back, and stay known until they are gone.
 void LogRows::forgetLostLines() {
-    if (rowCounts_.size() <= 2 * LogTailer::maxLines)
-        return;
-    std::unordered_map<LogLine, int> known;
-    for (const LogLine& line : lines_)
-        known.emplace(line, rowCounts_.at(line));
-    rowCounts_ = std::move(known);
+    if (rowCounts_.size() > 2 * LogTailer::maxLines)
+        std::erase_if(rowCounts_, [](const auto& known) { return known.second.line.expired(); });
 }
 
 }  // namespace valdorn

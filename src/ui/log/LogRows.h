@@ -58,6 +58,12 @@ public:
     LogPosition end() const;
 
 private:
+    // Of a line that may be gone, which this does not hold on to.
+    struct RowCount {
+        LogLine::weak_type line;
+        int rows = 0;
+    };
+
     qreal innerWidth() const;
     void measure();
     int rowCount(const LogLine& line);
@@ -67,8 +73,8 @@ private:
     int width_ = 0;
     LogLines lines_;
     std::uint64_t revision_ = 0;
-    std::vector<std::int64_t> rowsBefore_{0};     // how many rows stand above each line
-    std::unordered_map<LogLine, int> rowCounts_;  // at this width
+    std::vector<std::int64_t> rowsBefore_{0};  // how many rows stand above each line
+    std::unordered_map<const LogLine::element_type*, RowCount> rowCounts_;  // at this width
 };
 
 }  // namespace valdorn

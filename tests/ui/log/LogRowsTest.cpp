@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "logs/LogTailer.h"
 #include "ui/TextStyle.h"
 #include "ui/log/LogLines.h"
 #include "ui/log/LogRows.h"
@@ -78,12 +77,28 @@ TEST_F(LogRowsTest, RevisionTellsChangedLines) {
     EXPECT_NE(rows.revision(), before);
 }
 
-TEST_F(LogRowsTest, DoesNotHoldOnToLinesForEver) {
+TEST_F(LogRowsTest, IsNeverNarrowerThanOneColumn) {
+    rows.setLines(logLines({"abc"}));
+    rows.setWidth(1);
+    EXPECT_EQ(rows.rowStarts(rows.shown(0)).size(), 3U);
+}
+
+TEST_F(LogRowsTest, HoldsOnToNoLineThatIsTakenAway) {
     rows.setLines(numberedLines(1));
-    const std::weak_ptr<LogLine::element_type> gone = rows.lines().front();
-    for (int round = 0; round < 3; ++round)
-        rows.setLines(numberedLines(static_cast<int>(LogTailer::maxLines)));
+    const LogLine::weak_type gone = rows.lines().front();
+    rows.setLines({});
     EXPECT_TRUE(gone.expired());
+}
+
+TEST_F(LogRowsTest, MeasuresTheLineThatStandsWhereALostOneStood) {
+    for (int round = 0; round < 100; ++round) {
+        rows.setLines(logLines({"0123456789 0123456789"}));
+        EXPECT_EQ(rows.height(), 12 + 2 * rowHeight());
+        rows.setLines({});
+        rows.setLines(logLines({"a"}));
+        EXPECT_EQ(rows.height(), 12 + rowHeight());
+        rows.setLines({});
+    }
 }
 
 }  // namespace
