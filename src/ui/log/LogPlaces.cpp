@@ -70,8 +70,13 @@ LogPosition positionAt(const LogRows& rows, qreal x, std::int64_t y) {
     return {line, at};
 }
 
-std::pair<LogPosition, LogPosition> wordAt(const LogRows& rows, LogPosition position) {
+std::pair<LogPosition, LogPosition> unitAt(const LogRows& rows, LogPosition position,
+                                           LogUnit unit) {
     const QString text = rows.shown(position.line);
+    if (unit == LogUnit::character)
+        return {position, position};
+    if (unit == LogUnit::line)
+        return {{position.line, 0}, {position.line, text.size()}};
     QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
     finder.setPosition(position.at);
     const qsizetype begin = finder.isAtBoundary() && position.at < text.size()

@@ -23,6 +23,9 @@ enum class LogMotion {
     end
 };
 
+// By what the mouse selects: a double click takes words, a triple click lines.
+enum class LogUnit { character, word, line };
+
 // Where places in the text stand on the screen, and where motions lead. Pure functions of the rows;
 // places are device-independent pixels from the top left of all. Main thread only.
 namespace LogPlaces {
@@ -44,8 +47,8 @@ qreal xOf(const LogRows& rows, LogPosition position);
 // The position nearest to the place.
 LogPosition positionAt(const LogRows& rows, qreal x, std::int64_t y);
 
-// The beginning and the end of the word around the position.
-std::pair<LogPosition, LogPosition> wordAt(const LogRows& rows, LogPosition position);
+// The beginning and the end of what stands around the position.
+std::pair<LogPosition, LogPosition> unitAt(const LogRows& rows, LogPosition position, LogUnit unit);
 
 // Where the motion leads from there. Up and down keep to `x`; a page is `pagePixels` high.
 LogPosition moved(const LogRows& rows, LogPosition position, LogMotion motion, qreal x,

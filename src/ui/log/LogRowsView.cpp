@@ -155,7 +155,8 @@ void LogRowsView::updateScrollBar() {
 
 // Changes the layout of the same lines; the one at the top stays there, the end stays at the bottom.
 void LogRowsView::layOutAnew(const std::function<void()>& change) {
-    const bool wasAtEnd = scrolled() == verticalScrollBar()->maximum() && scrolled() > 0;
+    const bool wasAtEnd =
+        scrolled() == verticalScrollBar()->maximum() && (scrolled() > 0 || keepsEnd_);
     const std::size_t line = rows_.lines().empty() ? 0 : rows_.lineAt(scrolled());
     const std::int64_t within = scrolled() - rows_.top(line);
     change();
@@ -179,7 +180,7 @@ bool LogRowsView::event(QEvent* event) {
 
 void LogRowsView::changeEvent(QEvent* event) {
     QAbstractScrollArea::changeEvent(event);
-    if (event->type() != QEvent::FontChange && event->type() != QEvent::ApplicationFontChange)
+    if (event->type() != QEvent::FontChange)
         return;
     layOutAnew([this] { rows_.setFont(rowFont()); });
     verticalScrollBar()->setSingleStep(rows_.wrap().rowHeight());
@@ -191,9 +192,11 @@ void LogRowsView::resizeEvent(QResizeEvent* event) {
 }
 
 void LogRowsView::paintEvent(QPaintEvent* event) {
+    QPainter painter(viewport());
+    if (hasFocus())
+        drawFocusFrame(painter);
     if (rows_.lines().empty())
         return;
-    QPainter painter(viewport());
     // Colours are to stand out from what the text is written on.
     const QPalette ground = SystemPalette::onBase(palette());
     const Paint paint{painter, event->rect(), palette().color(QPalette::Text),
@@ -242,6 +245,11 @@ bool LogRowsView::isLineEndSelected(LogPosition end) const {
     return !(end < selection_.first()) && selection_.last().line > end.line;
 }
 
+void LogRowsView::drawFocusFrame(QPainter& painter) const {
+    painter.setPen(palette().color(QPalette::Highlight));
+    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
+}
+
 void LogRowsView::drawCaret(QPainter& painter) const {
     const QRect caret = caretRect(selection_.caret());
     painter.fillRect(caret, palette().color(QPalette::Text));
@@ -264,6 +272,8 @@ void LogRowsView::keyPressEvent(QKeyEvent* event) {
 void LogRowsView::move(LogMotion motion, bool extend) {
     if (rows_.lines().empty())
         return;
+    if (!extend || selection_.isEmpty())
+        fetchCaret(motion == LogMotion::up || motion == LogMotion::pageUp);
     const LogPosition from = selection_.caret();
     const qreal x = columnX_.value_or(LogPlaces::xOf(rows_, from));
     const int page = std::max(viewport()->height() - rows_.wrap().rowHeight(), 1);
@@ -281,6 +291,21 @@ void LogRowsView::move(LogMotion motion, bool extend) {
     viewport()->update();
 }
 
+bool LogRowsView::isInView(LogPosition position) const {
+    const QRect place = caretRect(position);
+    return place.top() < viewport()->height() && place.bottom() >= 0;
+}
+
+// A caret that was left behind comes to what is being read, at its nearer end.
+void LogRowsView::fetchCaret(bool fromBelow) {
+    if (rows_.lines().empty() || isInView(selection_.caret()))
+        return;
+    const int rowHeight = rows_.wrap().rowHeight();
+    const int y =
+        fromBelow ? viewport()->height() - LogRows::paddingPixels - rowHeight / 2 : rowHeight / 2;
+    selection_.place(*positionAt(QPointF(0, y)));
+}
+
 void LogRowsView::ensureVisible(LogPosition position) {
     const QRect place = caretRect(position);
     QScrollBar* const bar = verticalScrollBar();
@@ -296,23 +321,35 @@ void LogRowsView::announceCaret() {
     if (!QAccessible::isActive())
         return;
     QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(this);
-    QAccessibleTextCursorEvent moved(this, accessible->textInterface()->cursorPosition());
+    const QAccessibleTextInterface& text = *accessible->textInterface();
+    QAccessibleTextCursorEvent moved(this, text.cursorPosition());
     QAccessible::updateAccessibility(&moved);
+    int start = 0;
+    int end = 0;
+    text.selection(0, &start, &end);
+    QAccessibleTextSelectionEvent selected(this, start, end);
+    QAccessible::updateAccessibility(&selected);
 }
 
 void LogRowsView::mousePressEvent(QMouseEvent* event) {
     const auto position = positionAt(event->position());
     if (event->button() != Qt::LeftButton || !position)
         return;
-    if (isTripleClick(*event)) {
-        select({position->line, 0}, {position->line, rows_.shown(position->line).size()});
-    } else if (event->modifiers().testFlag(Qt::ShiftModifier)) {
-        selection_.extendTo(*position);
-    } else {
-        selection_.place(*position);
-    }
+    if (isTripleClick(*event))
+        return beginDrag(event->position(), *position, LogUnit::line);
+    if (!event->modifiers().testFlag(Qt::ShiftModifier))
+        return beginDrag(event->position(), *position, LogUnit::character);
     drag_.begin(event->position());
+    extendToDrag();
+}
+
+void LogRowsView::beginDrag(QPointF place, LogPosition position, LogUnit unit) {
+    const auto [begin, end] = LogPlaces::unitAt(rows_, position, unit);
+    selection_.begin(begin, end);
+    dragUnit_ = unit;
+    drag_.begin(place);
     columnX_.reset();
+    announceCaret();
     viewport()->update();
 }
 
@@ -328,8 +365,7 @@ void LogRowsView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = positionAt(event->position());
     if (event->button() != Qt::LeftButton || !position)
         return;
-    const auto [begin, end] = LogPlaces::wordAt(rows_, *position);
-    select(begin, end);
+    beginDrag(event->position(), *position, LogUnit::word);
     doubleClicked_ = queue_.now();
     doubleClickPlace_ = event->position();
 }
@@ -343,9 +379,15 @@ void LogRowsView::mouseMoveEvent(QMouseEvent* event) {
 
 void LogRowsView::extendToDrag() {
     const auto position = positionAt(drag_.place());
-    if (!position || *position == selection_.caret())
+    if (!position)
         return;
-    selection_.extendTo(*position);
+    const auto [begin, end] = LogPlaces::unitAt(rows_, *position, dragUnit_);
+    const LogPosition before = selection_.caret();
+    selection_.extendTo(begin, end);
+    columnX_.reset();
+    if (selection_.caret() == before)
+        return;
+    announceCaret();
     viewport()->update();
 }
 
@@ -368,10 +410,10 @@ void LogRowsView::contextMenuEvent(QContextMenuEvent* event) {
         menu->addAction(QStringLiteral("Select All"), this, [this] { selectAll(); });
     selecting->setShortcut(QKeySequence::SelectAll);
     selecting->setEnabled(!rows_.lines().empty());
-    const QPoint place = event->reason() == QContextMenuEvent::Keyboard
-                             ? viewport()->mapToGlobal(caretRect(selection_.caret()).bottomLeft())
-                             : event->globalPos();
-    menu->popup(place);
+    const bool isAtCaret =
+        event->reason() == QContextMenuEvent::Keyboard && isInView(selection_.caret());
+    menu->popup(isAtCaret ? viewport()->mapToGlobal(caretRect(selection_.caret()).bottomLeft())
+                          : event->globalPos());
 }
 
 void LogRowsView::hideEvent(QHideEvent* event) {
@@ -381,6 +423,10 @@ void LogRowsView::hideEvent(QHideEvent* event) {
 
 void LogRowsView::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
+    const bool isByKey =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isByKey && selection_.isEmpty())
+        fetchCaret(true);
     viewport()->update();
 }
 

@@ -39,6 +39,9 @@ public:
     // Brings the last line to the bottom of what is visible.
     void scrollToLast();
 
+    // Whether the end stays in view when the view becomes too low for all of it.
+    void setKeepsEnd(bool keepsEnd) { keepsEnd_ = keepsEnd; }
+
     void copySelection();
     void selectAll();
     // Selects from one position to another, and puts the caret there.
@@ -75,9 +78,13 @@ private:
     void drawLine(const Paint& paint, std::size_t line) const;
     void selectIn(LogRowLayout& row, LogPosition begin, LogPosition end) const;
     bool isLineEndSelected(LogPosition end) const;
+    void drawFocusFrame(QPainter& painter) const;
     void drawCaret(QPainter& painter) const;
     void move(LogMotion motion, bool extend);
+    bool isInView(LogPosition position) const;
+    void fetchCaret(bool fromBelow);
     void announceCaret();
+    void beginDrag(QPointF place, LogPosition position, LogUnit unit);
     void extendToDrag();
     bool isTripleClick(const QMouseEvent& event) const;
 
@@ -87,6 +94,8 @@ private:
     LogSelection selection_;
     std::optional<qreal> columnX_;  // what moving up and down keeps to
     LogDrag drag_;
+    LogUnit dragUnit_ = LogUnit::character;
+    bool keepsEnd_ = false;
     std::optional<MainQueue::TimePoint> doubleClicked_;
     QPointF doubleClickPlace_;
 };

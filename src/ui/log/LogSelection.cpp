@@ -33,7 +33,8 @@ void LogSelection::keepUp(const LogLines& before, const LogRows& after) {
     if (isEmpty() && caret_ == LogPosition{})
         return;
     const LineNumbers numbers = numbersOf(after.lines());
-    anchor_ = moved(anchor_, before, numbers, after.end());
+    anchorBegin_ = moved(anchorBegin_, before, numbers, after.end());
+    anchorEnd_ = moved(anchorEnd_, before, numbers, after.end());
     caret_ = moved(caret_, before, numbers, after.end());
 }
 

@@ -32,6 +32,16 @@ QString fromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+// As wide as it is meant to be, and wider where the desktop's font needs it.
+class LevelPicker : public QComboBox {
+public:
+    LevelPicker() { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
+    QSize sizeHint() const override {
+        return QComboBox::sizeHint().expandedTo(QSize(levelPicker, 0));
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+};
+
 }  // namespace
 
 LogViewerView::LogViewerView(LogViewerEnvironment environment, std::unique_ptr<LogViewer> viewer)
@@ -83,12 +93,11 @@ void LogViewerView::addFilter(QHBoxLayout& bar) {
 }
 
 void LogViewerView::addLevel(QHBoxLayout& bar) {
-    auto* const level = new QComboBox;
+    auto* const level = new LevelPicker;
     level->setObjectName(QStringLiteral("logLevel"));
     level->setAccessibleName(QStringLiteral("Level"));
     for (const LevelFilter each : levelFilters)
         level->addItem(fromUtf8(rawValue(each)));
-    level->setFixedWidth(std::max(levelPicker, level->sizeHint().width()));
     connect(level, &QComboBox::currentIndexChanged, this, [this](int index) {
         viewer_->setLevel(levelFilters.at(static_cast<std::size_t>(index)));
     });
@@ -103,7 +112,11 @@ void LogViewerView::addFollow(QHBoxLayout& bar) {
     auto* const follow = new QCheckBox(QStringLiteral("Follow"));
     follow->setObjectName(QStringLiteral("logFollow"));
     follow->setChecked(viewer_->follow());
-    connect(follow, &QCheckBox::toggled, this, [this](bool on) { viewer_->setFollow(on); });
+    rows_->setKeepsEnd(viewer_->follow());
+    connect(follow, &QCheckBox::toggled, this, [this](bool on) {
+        viewer_->setFollow(on);
+        rows_->setKeepsEnd(on);
+    });
     bar.addWidget(follow);
 }
 

@@ -116,13 +116,16 @@ TEST_F(LogPlacesTest, RowAndTextHaveEnds) {
 }
 
 TEST_F(LogPlacesTest, WordIsFoundAroundAPosition) {
-    const auto [begin, end] = LogPlaces::wordAt(rows, {0, 8});
+    const auto [begin, end] = LogPlaces::unitAt(rows, {0, 8}, LogUnit::word);
     EXPECT_EQ(begin, (LogPosition{0, 6}));
     EXPECT_EQ(end, (LogPosition{0, 10}));
-    EXPECT_EQ(LogPlaces::wordAt(rows, {0, 0}).second, (LogPosition{0, 5}));
-    EXPECT_EQ(LogPlaces::wordAt(rows, {0, 6}).first, (LogPosition{0, 6}));
-    EXPECT_EQ(LogPlaces::wordAt(rows, {0, 10}).first, (LogPosition{0, 6}));
-    EXPECT_EQ(LogPlaces::wordAt(rows, {2, 0}).second, (LogPosition{2, 0}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {0, 0}, LogUnit::word).second, (LogPosition{0, 5}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {0, 6}, LogUnit::word).first, (LogPosition{0, 6}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {0, 10}, LogUnit::word).first, (LogPosition{0, 6}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {2, 0}, LogUnit::word).second, (LogPosition{2, 0}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {1, 4}, LogUnit::line).first, (LogPosition{1, 0}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {1, 4}, LogUnit::line).second, (LogPosition{1, 25}));
+    EXPECT_EQ(LogPlaces::unitAt(rows, {1, 4}, LogUnit::character).second, (LogPosition{1, 4}));
 }
 
 }  // namespace

@@ -131,6 +131,34 @@ TEST_F(LogRowsViewTest, DoubleClickSelectsAWordAndAThirdTheLine) {
     EXPECT_EQ(selected(), "second line");
 }
 
+TEST_F(LogRowsViewTest, DraggingAfterADoubleClickTakesWords) {
+    view.setLines(logLines({"first line here", "second line"}));
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at(0, 8));
+    dragTo(at(0, 9));
+    EXPECT_EQ(selected(), "line");
+    dragTo(at(0, 13));
+    EXPECT_EQ(selected(), "line here");
+    dragTo(at(0, 2));
+    EXPECT_EQ(selected(), "first line");
+}
+
+TEST_F(LogRowsViewTest, HandThatTremblesAfterATripleClickKeepsTheLine) {
+    view.setLines(logLines({"first line here", "second line"}));
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at(0, 8));
+    press(at(0, 8));
+    dragTo(at(0, 8) + QPoint(1, 1));
+    EXPECT_EQ(selected(), "first line here");
+    dragTo(at(1, 2));
+    EXPECT_EQ(selected(), "first line here\nsecond line");
+}
+
+TEST_F(LogRowsViewTest, ThirdClickElsewhereIsAFirst) {
+    view.setLines(logLines({"first line here", "second line"}));
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at(0, 1));
+    press(at(1, 8));
+    EXPECT_EQ(selected(), "");
+}
+
 TEST_F(LogRowsViewTest, ThirdClickThatComesLateIsAFirst) {
     view.setLines(logLines({"first line", "second line"}));
     QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at(1, 2));
@@ -152,9 +180,10 @@ TEST_F(LogRowsViewTest, DraggingOutsideScrollsUntilTheButtonIsUp) {
     press(at(2, 0));
     dragTo(QPoint(20, 230));
     EXPECT_EQ(queue.armed(), 1U);
+    const std::size_t lineBefore = view.selection().caret().line;
     queue.advance(500ms);
     EXPECT_GT(bar().value(), 100);
-    EXPECT_GT(view.selection().caret().line, 15U);
+    EXPECT_GT(view.selection().caret().line, lineBefore + 5);
     const int reached = bar().value();
     dragTo(QPoint(20, 100));
     queue.advance(500ms);
@@ -255,6 +284,145 @@ TEST_F(LogRowsViewTest, MovingDownKeepsToItsColumnPastShortLines) {
     EXPECT_EQ(view.selection().caret(), (LogPosition{1, 0}));
 }
 
+TEST_F(LogRowsViewTest, OtherPlaceForTheCaretIsAnotherColumn) {
+    view.setLines(logLines({"first line", "x", "third line", "fourth line"}));
+    view.select({0, 8}, {0, 8});
+    key(Qt::Key_Down);
+    press(at(2, 3));
+    release(at(2, 3));
+    key(Qt::Key_Down);
+    EXPECT_EQ(view.selection().caret(), (LogPosition{3, 3}));
+    view.select({0, 8}, {0, 8});
+    key(Qt::Key_Down);
+    view.select({2, 2}, {2, 2});
+    key(Qt::Key_Down);
+    EXPECT_EQ(view.selection().caret(), (LogPosition{3, 2}));
+}
+
+TEST_F(LogRowsViewTest, PageIsTheViewLessOneRow) {
+    view.setLines(numberedLines(100));
+    key(Qt::Key_PageDown);
+    const int pitch = rowHeight() + LogRows::spacingPixels;
+    EXPECT_EQ(view.selection().caret().line,
+              static_cast<std::size_t>((view.viewport()->height() - rowHeight()) / pitch));
+}
+
+TEST_F(LogRowsViewTest, CaretThatWasLeftBehindComesToWhatIsRead) {
+    view.setLines(numberedLines(100));
+    view.scrollToLast();
+    const int end = bar().value();
+    key(Qt::Key_Up);
+    EXPECT_GE(view.selection().caret().line, 95U);
+    EXPECT_EQ(bar().value(), end);
+    view.select({0, 0}, {0, 0});
+    bar().setValue(300);
+    key(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_NEAR(bar().value(), 300, rowHeight());
+    EXPECT_FALSE(view.selection().isEmpty());
+}
+
+TEST_F(LogRowsViewTest, CaretIsInViewWhenTheKeyboardComes) {
+    view.setLines(numberedLines(100));
+    view.scrollToLast();
+    QFocusEvent tabbed(QEvent::FocusIn, Qt::TabFocusReason);
+    QApplication::sendEvent(&view, &tabbed);
+    EXPECT_GE(view.selection().caret().line, 95U);
+    view.select({1, 0}, {1, 4});
+    QApplication::sendEvent(&view, &tabbed);
+    EXPECT_EQ(selected(), "line") << "a selection is not lost";
+}
+
+TEST_F(LogRowsViewTest, SelectionFollowsItsLinesWhenTheFirstAreDropped) {
+    LogLines lines = numberedLines(5);
+    view.setLines(lines);
+    view.select({3, 0}, {3, 6});
+    lines.erase(lines.begin(), lines.begin() + 2);
+    view.setLines(lines);
+    EXPECT_EQ(selected(), "line 3");
+}
+
+TEST_F(LogRowsViewTest, ViewThatFollowsKeepsTheEndWhenItBecomesTooLow) {
+    view.setLines(numberedLines(10));
+    ASSERT_EQ(bar().maximum(), 0);
+    view.setKeepsEnd(true);
+    view.resize(400, 100);
+    ASSERT_GT(bar().maximum(), 0);
+    EXPECT_EQ(bar().value(), bar().maximum());
+    view.resize(400, 200);
+    view.setKeepsEnd(false);
+    view.resize(400, 100);
+    EXPECT_EQ(bar().value(), 0);
+}
+
+TEST_F(LogRowsViewTest, PlaceWithinALineStaysWhenTheViewIsResized) {
+    view.setLines(numberedLines(100));
+    bar().setValue(307);
+    view.resize(390, 190);
+    EXPECT_EQ(bar().value(), 307);
+}
+
+TEST_F(LogRowsViewTest, KeysForCopyingAreNotForTheWindow) {
+    for (const Qt::Key each : {Qt::Key_C, Qt::Key_A}) {
+        QKeyEvent asked(QEvent::ShortcutOverride, each, Qt::ControlModifier);
+        asked.ignore();
+        QApplication::sendEvent(&view, &asked);
+        EXPECT_TRUE(asked.isAccepted());
+    }
+    QKeyEvent other(QEvent::ShortcutOverride, Qt::Key_F, Qt::ControlModifier);
+    other.ignore();
+    QApplication::sendEvent(&view, &other);
+    EXPECT_FALSE(other.isAccepted());
+}
+
+TEST_F(LogRowsViewTest, TextFromTheRightBeginsAtTheLeft) {
+    view.setLines(logLines({"\u05D0\u05D1\u05D2", "abc"}));
+    const QImage image = view.viewport()->grab().toImage();
+    const QRect row(0, view.caretRect({0, 0}).top(), image.width(), rowHeight());
+    const QColor ground = view.palette().color(QPalette::Base);
+    int drawnAtTheRight = 0;
+    for (int y = row.top(); y <= row.bottom(); ++y) {
+        for (int x = row.center().x(); x < row.right() - 2; ++x)
+            drawnAtTheRight += image.pixelColor(x, y) == ground ? 0 : 1;
+    }
+    EXPECT_EQ(drawnAtTheRight, 0);
+}
+
+// Counts how often the view is painted.
+class PaintCounter : public QObject {
+public:
+    int paints = 0;
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        paints += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+
+TEST_F(LogRowsViewTest, IsPaintedOnceForEachChange) {
+    view.setLines(numberedLines(3));
+    QCoreApplication::processEvents();
+    PaintCounter counter;
+    view.viewport()->installEventFilter(&counter);
+    const auto paintsOf = [&counter](auto change) {
+        counter.paints = 0;
+        change();
+        QCoreApplication::processEvents();
+        return counter.paints;
+    };
+    EXPECT_EQ(paintsOf([] {}), 0);
+    EXPECT_EQ(paintsOf([this] { view.setLines(numberedLines(4)); }), 1);
+    EXPECT_EQ(paintsOf([this] { view.selectAll(); }), 1);
+    EXPECT_EQ(paintsOf([this] { key(Qt::Key_Left); }), 1);
+    EXPECT_EQ(paintsOf([this] { press(at(1, 2)); }), 1);
+    EXPECT_EQ(paintsOf([this] { dragTo(at(2, 2)); }), 1);
+    release(at(2, 2));
+    EXPECT_GE(paintsOf([this] {
+                  QFocusEvent gone(QEvent::FocusOut);
+                  QApplication::sendEvent(&view, &gone);
+              }),
+              1);
+}
+
 TEST_F(LogRowsViewTest, CaretStaysInView) {
     view.setLines(numberedLines(100));
     key(Qt::Key_PageDown);
@@ -300,6 +468,7 @@ TEST_F(LogRowsViewTest, ContextMenuCopiesAndSelectsAll) {
     };
     QMenu* menu = openMenu();
     ASSERT_EQ(menu->actions().size(), 2);
+    EXPECT_TRUE(menu->testAttribute(Qt::WA_DeleteOnClose));
     EXPECT_FALSE(menu->actions().at(0)->isEnabled());
     menu->actions().at(1)->trigger();
     EXPECT_EQ(selected(), "first line\nsecond line");
@@ -356,6 +525,22 @@ TEST_F(LogRowsColorTest, SelectionIsDrawnUpToTheLineEndThatItHolds) {
     EXPECT_TRUE(isDrawn(highlight, 0));
     EXPECT_TRUE(isDrawn(highlight, 1));
     EXPECT_FALSE(isDrawn(highlight, 2));
+}
+
+TEST_F(LogRowsColorTest, KeyboardIsSeen) {
+    const QColor frame = view.palette().color(QPalette::Highlight);
+    const auto corner = [this] { return view.viewport()->grab().toImage().pixelColor(0, 100); };
+    QApplication::setActiveWindow(&view);
+    view.setFocus();
+    EXPECT_EQ(corner(), frame);
+    view.setLines(logLines({blocks}));
+    view.select({0, 3}, {0, 3});
+    EXPECT_EQ(corner(), frame);
+    const QRect caret = view.caretRect({0, 3});
+    EXPECT_EQ(view.viewport()->grab().toImage().pixelColor(caret.center()),
+              view.palette().color(QPalette::Text));
+    view.clearFocus();
+    EXPECT_NE(corner(), frame);
 }
 
 TEST_F(LogRowsColorTest, GroundIsTheOneOfText) {

@@ -56,6 +56,19 @@ TEST_F(LogSelectionTest, EndlessLineIsTakenWhole) {
     EXPECT_EQ(selection.text(rows).size(), 7);
 }
 
+TEST_F(LogSelectionTest, WordThatItBeganWithStaysSelectedEitherWay) {
+    rows.setLines(logLines({"one two three"}));
+    selection.begin({0, 4}, {0, 7});
+    EXPECT_EQ(selection.text(rows), QStringLiteral("two"));
+    selection.extendTo({0, 5}, {0, 5});
+    EXPECT_EQ(selection.text(rows), QStringLiteral("two"));
+    selection.extendTo({0, 8}, {0, 13});
+    EXPECT_EQ(selection.text(rows), QStringLiteral("two three"));
+    selection.extendTo({0, 0}, {0, 3});
+    EXPECT_EQ(selection.text(rows), QStringLiteral("one two"));
+    EXPECT_EQ(selection.caret(), (LogPosition{0, 0}));
+}
+
 TEST_F(LogSelectionTest, StaysWithItsLinesWhenOthersGo) {
     LogLines lines = numberedLines(5);
     rows.setLines(lines);

@@ -303,6 +303,26 @@ TEST_F(LogViewerViewTest, LargeFontClipsNothing) {
         EXPECT_GE(button(name).width(), button(name).minimumSizeHint().width()) << name;
 }
 
+TEST_F(LogViewerViewTest, PickerGrowsWithTheDesktopsFont) {
+    Looks looks(Scheme::light);
+    show();
+    EXPECT_EQ(level().width(), 110);
+    looks.change(Scheme::light, 20);
+    view().resize(1200, 460);
+    QCoreApplication::processEvents();
+    EXPECT_GT(level().sizeHint().width(), 110);
+    EXPECT_EQ(level().width(), level().sizeHint().width());
+}
+
+TEST_F(LogViewerViewTest, LowWindowKeepsTheNewestLineWhileFollowing) {
+    write(numbered(0, 20));
+    show();
+    ASSERT_EQ(bar().maximum(), 0);
+    view().resize(720, 250);
+    EXPECT_EQ(bar().value(), bar().maximum());
+    ASSERT_GT(bar().maximum(), 0);
+}
+
 TEST_F(LogViewerViewTest, TabGoesFromLeftToRightThenDown) {
     show();
     const std::vector<std::string> wanted{"logFilter", "logLevel",    "logFollow", "logCopy",
@@ -349,8 +369,11 @@ TEST_F(LogViewerViewTest, UsualKeyLeadsToTheFilter) {
     show();
     QApplication::setActiveWindow(&view());
     rows().setFocus();
+    filter().setText(QStringLiteral("old"));
     QTest::keyClick(&rows(), Qt::Key_F, Qt::ControlModifier);
     EXPECT_TRUE(filter().hasFocus());
+    QTest::keyClicks(&filter(), QStringLiteral("new"));
+    EXPECT_EQ(filter().text(), QStringLiteral("new"));
 }
 
 TEST_F(LogViewerViewTest, LooksAsItShould) {
@@ -363,7 +386,8 @@ TEST_F(LogViewerViewTest, LooksAsItShould) {
                 "time=\"2026-11-21T10:00:01Z\" level=info msg=\"runner: mac-mini, with version: "
                 "v1.0.8, with labels: [macos linux], declare successfully\"\n"
                 "time=\"2026-11-21T10:02:11Z\" level=info msg=\"task 7 repo is acme/site\"\n"
-                "time=\"2026-11-21T10:02:12Z\" level=info msg=\"Running job with maxParallel=1 for 1 "
+                "time=\"2026-11-21T10:02:12Z\" level=info msg=\"Running job with maxParallel=1 for "
+                "1 "
                 "matrix combinations\"\n"
                 "time=\"2026-11-21T10:02:19Z\" level=info msg=\"\u2714 finished in 7 s\"\n"
                 "time=\"2026-11-21T10:03:40Z\" level=warning msg=\"failed to fetch task\" "
