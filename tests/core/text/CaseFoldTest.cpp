@@ -282,6 +282,22 @@ TEST(CaseFoldTest, FindsWhatAPlainSearchFinds) {
     }
 }
 
+TEST(CaseFoldTest, HeapOfMarksIsFoundAndFoldedInStretches) {
+    std::u32string heap = U"E";
+    for (int mark = 0; mark < 20000; ++mark)
+        heap += mark % 2 == 0 ? U'\u0316' : U'\u0301';
+    EXPECT_TRUE(finds(U"x" + heap + U"y", U"Y"));
+    EXPECT_TRUE(finds(U"x" + heap + U"y", U"e" + heap.substr(1)));
+    EXPECT_FALSE(finds(U"x" + heap + U"y", U"e"));
+    // Put into order as a whole, all marks below would come before all above.
+    std::string bytes;
+    icu::UnicodeString::fromUTF32(reinterpret_cast<const UChar32*>(heap.data()),
+                                  static_cast<std::int32_t>(heap.size()))
+        .toUTF8String(bytes);
+    const std::string key = common.key(bytes).text;
+    EXPECT_LT(key.find("\u0301"), 100U);
+}
+
 TEST(CaseFoldTest, EveryCharacterIsFoundInItsOtherCasesAndSpellings) {
     UErrorCode status = U_ZERO_ERROR;
     const auto* const composed = icu::Normalizer2::getNFCInstance(status);
