@@ -25,6 +25,11 @@ ElidedLabel::ElidedLabel(TextStyle style, std::optional<SystemColor> color, QFon
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
 }
 
+// Measuring takes time for each letter, and is done again with each layout and painting.
+void ElidedLabel::setText(const QString& text) {
+    StyledLabel::setText(PlainText::shortened(text));
+}
+
 QString ElidedLabel::shownText() const {
     const QString line = PlainText::oneLine(text());
     const int room = contentsRect().width();

@@ -1,8 +1,59 @@
 #include "ui/PlainText.h"
 
+#include <QTextBoundaryFinder>
 #include <QTextDocument>
 
 namespace valdorn::PlainText {
+
+namespace {
+
+constexpr QChar ellipsis(0x2026);
+constexpr QChar breakHere(0x200B);  // no width, and a line may end there
+
+// As wide as Qt lets a tooltip be, in letters of middling width.
+constexpr qsizetype toolTipLine = 80;
+// A word that is longer is broken, or the tooltip would be as wide as the word.
+constexpr qsizetype longestWord = toolTipLine / 2;
+
+// What is looked at around a cut to see whether it parts a character: a family of emoji is shorter.
+constexpr qsizetype context = 64;
+
+// The end of the last character that is over at `most`, which the text is longer than.
+qsizetype endOfStart(const QString& text, qsizetype most) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme,
+                               QStringView(text).left(most + context));
+    finder.setPosition(most);
+    const qsizetype cut = finder.isAtBoundary() ? most : finder.toPreviousBoundary();
+    return cut > 0 ? cut : most - (text.at(most).isLowSurrogate() ? 1 : 0);
+}
+
+// The start of the first character that begins in the last `most`.
+qsizetype startOfEnd(const QString& text, qsizetype most) {
+    const qsizetype earliest = text.size() - most;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme,
+                               QStringView(text).right(most + context));
+    finder.setPosition(context);
+    const qsizetype skipped = finder.isAtBoundary() ? 0 : finder.toNextBoundary() - context;
+    return skipped < most ? earliest + skipped
+                          : earliest + (text.at(earliest).isLowSurrogate() ? 1 : 0);
+}
+
+QString withBreaks(const QString& text) {
+    QString result;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype word = 0;
+    for (qsizetype from = 0, to = 0; (to = finder.toNextBoundary()) > 0; from = to) {
+        word = text.at(from).isSpace() ? 0 : word + 1;
+        if (word > longestWord) {
+            result += breakHere;
+            word = 1;
+        }
+        result += QStringView(text).mid(from, to - from);
+    }
+    return result;
+}
+
+}  // namespace
 
 QString oneLine(QString text) {
     text.replace(QLatin1String("\r\n"), QLatin1String(" "));
@@ -11,8 +62,20 @@ QString oneLine(QString text) {
     return text;
 }
 
+QString shortened(const QString& text) {
+    if (text.size() <= 2 * endLength)
+        return text;
+    return text.left(endOfStart(text, endLength)) + ellipsis +
+           text.mid(startOfEnd(text, endLength));
+}
+
 QString toolTip(const QString& text) {
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    const QString shown =
+        text.size() <= toolTipLength ? text : text.left(endOfStart(text, toolTipLength)) + ellipsis;
+    if (shown.size() <= toolTipLine && !Qt::mightBeRichText(shown))
+        return shown;
+    return QLatin1String("<p style=\"white-space:pre-wrap\">") + withBreaks(shown).toHtmlEscaped() +
+           QLatin1String("</p>");
 }
 
 }  // namespace valdorn::PlainText

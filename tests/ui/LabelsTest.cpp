@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QApplication>
 #include <QHelpEvent>
 #include <QTest>
 #include <QToolTip>
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "ui/ElidedLabel.h"
+#include "ui/EventCounter.h"
 #include "ui/GroupPanel.h"
 #include "ui/Pictures.h"
 #include "ui/SystemPalette.h"
@@ -71,6 +73,28 @@ TEST_F(LabelsTest, LongTextAsksForNoRoom) {
     auto* const label = put(new ElidedLabel(TextStyle::body));
     label->setText(QString(500, QLatin1Char('x')));
     EXPECT_LT(label->minimumSizeHint().width(), 60);
+}
+
+TEST_F(LabelsTest, OfAnEndlessTextOnlyTheEndsAreLookedAt) {
+    auto* const label = put(new ElidedLabel(TextStyle::body));
+    label->setText(QStringLiteral("begin") + QString(900'000, QLatin1Char('x')) +
+                   QStringLiteral("end"));
+    show(300);
+    EXPECT_TRUE(label->shownText().startsWith(QStringLiteral("begin")));
+    EXPECT_TRUE(label->shownText().endsWith(QStringLiteral("end")));
+    EXPECT_LE(label->text().size(), 2001);
+    EXPECT_LE(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name).size(), 2001);
+}
+
+TEST_F(LabelsTest, TooltipOfALongTextIsNoWiderThanAScreen) {
+    auto* const label = put(new ElidedLabel(TextStyle::body));
+    label->setText(QString(3000, QLatin1Char('W')));
+    show(200);
+    toolTipOf(*label);
+    for (const QWidget* const widget : QApplication::topLevelWidgets())
+        if (widget->inherits("QTipLabel")) {
+            EXPECT_LT(widget->width(), 800);
+        }
 }
 
 TEST_F(LabelsTest, ColourStandsOutFromWhatTheLabelStandsOn) {
