@@ -27,8 +27,12 @@ constexpr int partSpacing = 6;
 constexpr int aboveDot = 5;  // puts the dot beside the middle of the first line
 constexpr int symbolPoints = 22;
 
-QString text(const std::optional<std::string>& part) {
-    return part ? QString::fromStdString(*part) : QString();
+const std::string& textOf(const std::string& part) {
+    return part;
+}
+
+const std::string& textOf(const RunnerRowContent::Hint& part) {
+    return part.text;
 }
 
 // Lays the button out as large as its symbol looks; what it has around that, for the pointer and the
@@ -52,10 +56,10 @@ private:
 };
 
 // Shows or hides a part; one that is hidden leaves no gap.
-template <typename Label>
-void applyPart(Label& label, const std::optional<std::string>& part) {
+template <typename Label, typename Part>
+void applyPart(Label& label, const std::optional<Part>& part) {
     if (part)
-        label.setText(text(part));
+        label.setText(QString::fromStdString(textOf(*part)));
     label.setVisible(part.has_value());
 }
 
@@ -65,10 +69,11 @@ ElidedLabel* secondary() {
 
 }  // namespace
 
-RunnerRow::RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue)
+RunnerRow::RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints)
     : runner_(std::move(runner)),
       id_(runner_->id()),
       queue_(queue),
+      hints_(hints),
       dot_(new StatusDot),
       name_(new ElidedLabel(TextStyle::body, std::nullopt, QFont::DemiBold)),
       button_(new SymbolButton(symbolPoints)),
@@ -146,36 +151,38 @@ void RunnerRow::toggle() {
         runner_->start();
 }
 
-void RunnerRow::showWith(const std::optional<std::string>& latest) {
-    latest_ = latest;
-    refresh();
-}
-
 void RunnerRow::setSeen(bool seen) {
     isSeen_ = seen;
     refresh();
 }
 
 void RunnerRow::refresh() {
-    apply(RunnerRowContent::of(*runner_, latest_, queue_.now()));
+    apply(RunnerRowContent::of(*runner_, hints_, queue_.now()));
     armTick();
 }
 
 void RunnerRow::apply(const RunnerRowContent& content) {
     if (shown_ == content)
         return;
-    const std::optional<RunnerRowContent> before = std::exchange(shown_, content);
-    if (!before || before->statusText != content.statusText)
-        dot_->setStatus(content.dotColor, QString::fromStdString(content.statusText));
-    applyPart(*name_, content.name);
-    applyPart(*status_, content.statusText);
-    applyPart(*version_, content.version);
+    std::optional<RunnerRowContent> before = std::exchange(shown_, content);
     applyPart(*uptime_, content.uptime);
-    if (content.updateHint)
-        hint_->setColor(content.updateHint->color);
-    applyPart(*hint_, content.updateHint ? std::optional(content.updateHint->text) : std::nullopt);
-    applyPart(*build_, content.buildLine);
-    if (!before || before->isRunning != content.isRunning)
+    if (before)
+        before->uptime = content.uptime;
+    if (before != shown_)  // more than a second that has passed
+        applyWords(before);
+}
+
+void RunnerRow::applyWords(const std::optional<RunnerRowContent>& before) {
+    if (!before || before->statusText != shown_->statusText)
+        dot_->setStatus(shown_->dotColor, QString::fromStdString(shown_->statusText));
+    name_->setText(QString::fromStdString(shown_->name));
+    status_->setText(QString::fromStdString(shown_->statusText));
+    applyPart(*version_, shown_->version);
+    if (shown_->updateHint)
+        hint_->setColor(shown_->updateHint->color);
+    applyPart(*hint_, shown_->updateHint);
+    applyPart(*build_, shown_->buildLine);
+    if (!before || before->isRunning != shown_->isRunning)
         applyButton();
     describe();
 }
@@ -189,16 +196,17 @@ void RunnerRow::applyButton() {
                            QStringLiteral("Start runner"));
 }
 
-// The lines as one text, without the uptime: nobody wants to be told every second.
+// The lines as one text, as the labels have them, without the uptime: nobody wants to be told every
+// second.
 void RunnerRow::describe() {
-    setAccessibleName(QString::fromStdString(shown_->name));
-    QStringList lines{text(shown_->statusText)};
+    setAccessibleName(name_->text());
+    QStringList lines{status_->text()};
     if (shown_->version)
-        lines.back() += QLatin1Char(' ') + text(shown_->version);
+        lines.back() += QLatin1Char(' ') + version_->text();
     if (shown_->updateHint)
-        lines += QString::fromStdString(shown_->updateHint->text);
+        lines += hint_->text();
     if (shown_->buildLine)
-        lines += text(shown_->buildLine);
+        lines += build_->text();
     const QString description = lines.join(QLatin1String(", "));
     if (description != accessibleDescription())
         setAccessibleDescription(description);

@@ -20,6 +20,7 @@ class RunnerManager;
 class StatusDot;
 class SymbolButton;
 class TabularLabel;
+class UpdateHints;
 
 // One runner in the status window. Shows what the runner says of itself and what differs from what
 // stands there, no more; its button starts or stops this runner alone. Main thread only.
@@ -27,8 +28,8 @@ class RunnerRow : public GroupPanel {
     Q_OBJECT
 
 public:
-    // The queue outlives this.
-    RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue);
+    // The queue outlives this; the hints are asked until the destructor is called.
+    RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints);
     ~RunnerRow() override;
 
     const std::shared_ptr<RunnerManager>& runner() const { return runner_; }
@@ -36,8 +37,8 @@ public:
     const std::string& id() const { return id_; }
     QWidget& button() const;
 
-    // Looks at the runner now, and at this tag of the latest release from here on.
-    void showWith(const std::optional<std::string>& latest) VALDORN_ON_MAIN_THREAD;
+    // Looks at the runner and at the hints now.
+    void refresh() VALDORN_ON_MAIN_THREAD;
 
     // Whether anybody can see the row. While somebody does and the runner's uptime is shown, the row
     // looks each time another second of it is full; otherwise nothing is armed.
@@ -52,8 +53,8 @@ private:
     QLayout* makeStatusLine();
     void toggle() VALDORN_ON_MAIN_THREAD;
 
-    void refresh() VALDORN_ON_MAIN_THREAD;
     void apply(const RunnerRowContent& content);
+    void applyWords(const std::optional<RunnerRowContent>& before);
     void applyButton();
     void describe();
     void armTick() VALDORN_ON_MAIN_THREAD;
@@ -63,6 +64,7 @@ private:
     const std::shared_ptr<RunnerManager> runner_;
     const std::string id_;
     MainQueue& queue_;
+    UpdateHints& hints_;
 
     StatusDot* const dot_;
     ElidedLabel* const name_;
@@ -74,7 +76,6 @@ private:
     ElidedLabel* const build_;
     QVBoxLayout* const dotColumn_;
 
-    std::optional<std::string> latest_;
     std::optional<RunnerRowContent> shown_;
     bool isSeen_ = false;
     ScheduledTask tick_;

@@ -6,7 +6,7 @@
 
 #include "runner/RunnerManager.h"
 #include "runner/RunnerStatus.h"
-#include "update/UpdateCheck.h"
+#include "ui/status/UpdateHints.h"
 
 namespace valdorn {
 
@@ -39,18 +39,6 @@ OptionalText uptimeOf(const RunnerManager& runner,
     return "· up " + elapsedText(std::chrono::floor<std::chrono::seconds>(now - *startedAt));
 }
 
-// The words decide about the colour: who reads "available" sees it in orange.
-std::optional<RunnerRowContent::Hint> updateHintOf(const OptionalText& version,
-                                                   const OptionalText& latest) {
-    if (!latest || !version)
-        return std::nullopt;
-    std::string text = UpdateCheck::isNewer(*latest, *version) ? "update: " + *latest + " available"
-                                                               : "runner is up to date";
-    const bool isOffer = text.find("available") != std::string::npos;
-    return RunnerRowContent::Hint{std::move(text),
-                                  isOffer ? SystemColor::orange : SystemColor::secondary};
-}
-
 OptionalText buildLineOf(const OptionalText& build, const OptionalText& job) {
     if (!build)
         return std::nullopt;
@@ -59,7 +47,7 @@ OptionalText buildLineOf(const OptionalText& build, const OptionalText& job) {
 
 }  // namespace
 
-RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, const OptionalText& latest,
+RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, UpdateHints& hints,
                                       MainQueue::TimePoint now) {
     const OptionalText& version = runner.runnerVersion();
     RunnerRowContent content;
@@ -68,7 +56,8 @@ RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, const Optiona
     content.statusText = rawValue(runner.status());
     content.version = version ? OptionalText("· runner " + *version) : std::nullopt;
     content.uptime = uptimeOf(runner, now);
-    content.updateHint = updateHintOf(version, latest);
+    if (const Hint* const hint = hints.of(version))
+        content.updateHint = *hint;
     content.buildLine = buildLineOf(runner.currentBuild(), runner.currentJob());
     content.isRunning = runner.isRunning();
     return content;

@@ -11,6 +11,7 @@
 namespace valdorn {
 
 class RunnerManager;
+class UpdateHints;
 
 // What a row of the status window says about its runner: a value, made anew whenever something may
 // have changed and compared with what stands there. All texts are UTF-8 and as the runner gives
@@ -32,9 +33,8 @@ struct RunnerRowContent {
     std::optional<std::string> buildLine;  // "Building owner/name (Workflow/job)"
     bool isRunning = false;                // what the button does hangs on this, not on the status
 
-    // `latest` is the tag of the latest release, when known. Main thread only.
-    static RunnerRowContent of(const RunnerManager& runner,
-                               const std::optional<std::string>& latest,
+    // Main thread only.
+    static RunnerRowContent of(const RunnerManager& runner, UpdateHints& hints,
                                MainQueue::TimePoint now) VALDORN_ON_MAIN_THREAD;
 
     friend bool operator==(const RunnerRowContent&, const RunnerRowContent&) = default;

@@ -69,9 +69,10 @@ void RunnerStatusView::refresh() {
     const QString heading = isOne ? QStringLiteral("Runner") : QStringLiteral("Runners");
     if (heading_->text() != heading)
         heading_->setText(heading);
+    hints_.setLatest(updates_->latest());
     updateRows();
     for (RunnerRow* const row : rows_)
-        row->showWith(updates_->latest());
+        row->refresh();
 }
 
 void RunnerStatusView::updateRows() {
@@ -98,7 +99,7 @@ RunnerRow* RunnerStatusView::takeRow(const std::shared_ptr<RunnerManager>& runne
         });
     if (found != rows_.end())
         return std::exchange(*found, nullptr);
-    auto* const row = new RunnerRow(runner, queue_);
+    auto* const row = new RunnerRow(runner, queue_, hints_);
     row->setSeen(isSeen_);
     return row;
 }

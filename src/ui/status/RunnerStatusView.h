@@ -7,6 +7,7 @@
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
 #include "ui/WindowView.h"
+#include "ui/status/UpdateHints.h"
 
 class QVBoxLayout;
 
@@ -51,6 +52,7 @@ private:
     const std::shared_ptr<RunnersStore> store_;
     MainQueue& queue_;
     const std::unique_ptr<UpdateChecker> updates_;
+    UpdateHints hints_;
 
     StyledLabel* const heading_;
     QWidget* const

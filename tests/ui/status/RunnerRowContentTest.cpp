@@ -2,6 +2,7 @@
 
 #include "ui/status/RunnerRowContent.h"
 #include "ui/status/StatusStage.h"
+#include "ui/status/UpdateHints.h"
 
 namespace valdorn {
 namespace {
@@ -13,7 +14,9 @@ protected:
     RunnerRowContentTest() { stage.makeFleet({"mini"}); }
 
     RunnerRowContent content(const std::optional<std::string>& latest = std::nullopt) {
-        return RunnerRowContent::of(stage.runner(0), latest, stage.world.queue.now());
+        UpdateHints hints;
+        hints.setLatest(latest);
+        return RunnerRowContent::of(stage.runner(0), hints, stage.world.queue.now());
     }
     std::string hint(const std::string& latest) {
         const auto found = content(latest).updateHint;

@@ -161,6 +161,18 @@ TEST_F(RunnerStatusRowTest, NamesAreNeverMarkup) {
     }
 }
 
+TEST_F(RunnerStatusRowTest, ReleaseWithAnEndlessNameIsShownByItsEnds) {
+    show({"mini"});
+    stage.print(stage.start(0), StatusStage::declared("v1"));
+    stage.releaseIs("v2" + std::string(900'000, 'x'));
+    const QString shown = part(0, "updateHint")->shownText();
+    EXPECT_TRUE(shown.startsWith(QStringLiteral("update: v2xx"))) << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith(QStringLiteral("xx available"))) << shown.toStdString();
+    EXPECT_LT(rows()[0]->accessibleDescription().size(), 2100);
+    stage.pass(1s);
+    EXPECT_EQ(uptime(0), "· up 0:01");
+}
+
 // Those who do not see.
 
 TEST_F(RunnerStatusRowTest, RowIsAGroupWithTheRunnersNameAndItsStateInWords) {
