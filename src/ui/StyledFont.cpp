@@ -26,7 +26,7 @@ void StyledFont::apply() {
 bool StyledFont::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &widget_ && event->type() == QEvent::ParentChange)
         followParent();
-    else if (watched == parent_ && event->type() == QEvent::FontChange)
+    else if (watched != &widget_ && event->type() == QEvent::FontChange)
         apply();
     return QObject::eventFilter(watched, event);
 }

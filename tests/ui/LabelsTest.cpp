@@ -86,6 +86,16 @@ TEST_F(LabelsTest, OfAnEndlessTextOnlyTheEndsAreLookedAt) {
     EXPECT_LE(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name).size(), 2001);
 }
 
+TEST_F(LabelsTest, TooltipGoesWhenTheTextFits) {
+    auto* const label = put(new ElidedLabel(TextStyle::body));
+    label->setText(QString(60, QLatin1Char('x')));
+    show(200);
+    EXPECT_EQ(toolTipOf(*label), label->text());
+    show(2000);
+    toolTipOf(*label);
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
+}
+
 TEST_F(LabelsTest, TooltipOfALongTextIsNoWiderThanAScreen) {
     auto* const label = put(new ElidedLabel(TextStyle::body));
     label->setText(QString(3000, QLatin1Char('W')));
@@ -143,6 +153,22 @@ TEST_F(LabelsTest, StyleFollowsTheDesktopsFontFromParentToParent) {
     EXPECT_NEAR(label->font().pointSizeF(), 15, 0.01);
 }
 
+TEST_F(LabelsTest, FontOfAFormerParentIsOfNoConcern) {
+    QWidget second;
+    QWidget third;
+    auto* const label = put(new StyledLabel(TextStyle::body));
+    label->setParent(&second);
+    label->setParent(&third);
+    QFont own = label->font();
+    own.setPointSize(40);
+    label->setFont(own);
+    for (QWidget* const former : {&window, &second}) {
+        QEvent change(QEvent::FontChange);
+        QCoreApplication::sendEvent(former, &change);
+        EXPECT_EQ(label->font().pointSize(), 40);
+    }
+}
+
 TEST_F(LabelsTest, PanelIsAShadeOffItsWindow) {
     auto* const panel = put(new GroupPanel);
     show(300);
@@ -168,6 +194,22 @@ TEST_F(LabelsTest, CounterKeepsItsRoomWhateverItsDigits) {
     show(300);
     looks.change(Scheme::light, 20);
     EXPECT_GT(counter->sizeHint().width(), before);
+}
+
+TEST_F(LabelsTest, CounterAsksForRoomOnlyWhenItNeedsMore) {
+    auto* const counter = put(new TabularLabel(TextStyle::callout, SystemColor::secondary));
+    counter->setText(QStringLiteral("· up 9:58"));
+    show(300);
+    const int width = counter->width();
+    EventCounter layouts(QEvent::LayoutRequest);
+    window.installEventFilter(&layouts);
+    counter->setText(QStringLiteral("· up 9:59"));
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(layouts.counts[&window], 0);
+    counter->setText(QStringLiteral("· up 10:00"));
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(layouts.counts[&window], 1);
+    EXPECT_GT(counter->width(), width);
 }
 
 TEST_F(LabelsTest, CounterShowsItsTextInItsColour) {

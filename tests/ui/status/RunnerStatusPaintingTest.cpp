@@ -43,6 +43,23 @@ TEST_F(RunnerStatusPaintingTest, TickPaintsTheCounterAloneAndMovesNothing) {
     EXPECT_EQ(paints.counts[part<TabularLabel>(0, "uptime")], 1);
 }
 
+TEST_F(RunnerStatusPaintingTest, ChangeThatIsNotShownPaintsNothing) {
+    show({"a"});
+    stage.start(0);
+    paintAll();
+    EventCounter paints(QEvent::Paint);
+    for (QWidget* const widget : rows()[0]->findChildren<QWidget*>())
+        widget->installEventFilter(&paints);
+    bool isAnnounced = false;
+    const Subscription changes = stage.runner(0).onWillChange([&] { isAnnounced = true; });
+    RunnerConfig record = stage.runner(0).config();
+    record.labels = "linux";
+    stage.runner(0).setConfig(record);
+    EXPECT_TRUE(isAnnounced);
+    paintAll();
+    EXPECT_EQ(paints.counts.size(), 0U);
+}
+
 // Light and dark.
 
 TEST_F(RunnerStatusPaintingTest, TextsStandOutOnTheirPanelsInEachLight) {

@@ -45,6 +45,14 @@ TEST_F(RunnerStatusRoomTest, HasALeastSizeThatGrowsWithTheFont) {
     EXPECT_GT(stage.view->minimumSizeHint().width(), 460);
 }
 
+TEST_F(RunnerStatusRoomTest, FootnoteWrapsAndMakesTheWindowNoWider) {
+    Looks large(Scheme::light, 30);
+    stage.emptyFleet();
+    stage.show();
+    EXPECT_EQ(stage.view->minimumSizeHint().width(), 460);
+    EXPECT_GT(footnote()->height(), 2 * footnote()->fontMetrics().height() - 1);
+}
+
 TEST_F(RunnerStatusRoomTest, LongTextsAreElidedInTheMiddleAndNeverClipped) {
     const std::string name = "begin" + std::string(200, 'x') + "end";
     show({name});
