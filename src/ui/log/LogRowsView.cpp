@@ -15,11 +15,9 @@
 #include <limits>
 #include <utility>
 
-#include "logs/LineColor.h"
 #include "platform/Pasteboard.h"
-#include "ui/SystemPalette.h"
 #include "ui/TextStyle.h"
-#include "ui/log/LogRowLayout.h"
+#include "ui/log/LogPainter.h"
 #include "ui/log/LogRowsAccessible.h"
 
 namespace valdorn {
@@ -65,22 +63,6 @@ int toInt(std::int64_t pixels) {
 }
 
 }  // namespace
-
-// What all lines of one painting have in common.
-struct LogRowsView::Paint {
-    QPainter& painter;
-    QRect area;  // of the viewport
-    QColor text;
-    QColor warning;
-    QColor error;
-
-    QColor colorOf(std::string_view line) const {
-        const auto color = lineColor(line);
-        if (!color)
-            return text;
-        return color == SystemColor::red ? error : warning;
-    }
-};
 
 LogRowsView::LogRowsView(MainQueue& queue, Pasteboard& pasteboard, QWidget* parent)
     : QAbstractScrollArea(parent),
@@ -193,56 +175,12 @@ void LogRowsView::resizeEvent(QResizeEvent* event) {
 
 void LogRowsView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
-    if (hasFocus())
-        drawFocusFrame(painter);
-    if (rows_.lines().empty())
+    LogPainter(painter, palette(), rows_, selection_).draw(event->rect(), scrolled());
+    if (!hasFocus())
         return;
-    // Colours are to stand out from what the text is written on.
-    const QPalette ground = SystemPalette::onBase(palette());
-    const Paint paint{painter, event->rect(), palette().color(QPalette::Text),
-                      SystemPalette::text(SystemColor::orange, ground),
-                      SystemPalette::text(SystemColor::red, ground)};
-    const std::int64_t bottom = scrolled() + event->rect().bottom();
-    for (std::size_t line = rows_.lineAt(scrolled() + event->rect().top());
-         line < rows_.lines().size() && rows_.top(line) <= bottom; ++line)
-        drawLine(paint, line);
-    if (hasFocus())
+    drawFocusFrame(painter);
+    if (!rows_.lines().empty())
         drawCaret(painter);
-}
-
-void LogRowsView::drawLine(const Paint& paint, std::size_t line) const {
-    const QString shown = rows_.shown(line);
-    const std::vector<qsizetype> starts = rows_.rowStarts(shown);
-    const int rowHeight = rows_.wrap().rowHeight();
-    const std::int64_t top = rows_.top(line) - scrolled();
-    const QColor color = paint.colorOf(*rows_.lines()[line]);
-    const auto first =
-        static_cast<std::size_t>(std::max<std::int64_t>((paint.area.top() - top) / rowHeight, 0));
-    for (std::size_t number = first; number < starts.size(); ++number) {
-        const std::int64_t y = top + static_cast<std::int64_t>(number) * rowHeight;
-        if (y > paint.area.bottom())
-            break;
-        const qsizetype end = number + 1 < starts.size() ? starts[number + 1] : shown.size();
-        LogRowLayout row(rows_.wrap(), shown, starts[number], end);
-        const QPointF place(LogRows::paddingPixels, static_cast<qreal>(y));
-        selectIn(row, {line, starts[number]}, {line, end});
-        if (end == shown.size() && isLineEndSelected({line, end}))
-            paint.painter.fillRect(QRectF(place.x() + row.width(), place.y(),
-                                          rows_.wrap().columnWidth() / 2, rowHeight),
-                                   palette().brush(QPalette::Highlight));
-        row.draw(paint.painter, place, color);
-    }
-}
-
-void LogRowsView::selectIn(LogRowLayout& row, LogPosition begin, LogPosition end) const {
-    const LogPosition from = std::max(selection_.first(), begin);
-    const LogPosition to = std::min(selection_.last(), end);
-    if (from < to)
-        row.select(from.at - begin.at, to.at - begin.at, palette());
-}
-
-bool LogRowsView::isLineEndSelected(LogPosition end) const {
-    return !(end < selection_.first()) && selection_.last().line > end.line;
 }
 
 void LogRowsView::drawFocusFrame(QPainter& painter) const {

@@ -15,7 +15,6 @@ class QPainter;
 
 namespace valdorn {
 
-class LogRowLayout;
 class Pasteboard;
 
 // Lines of a log as coloured rows of small fixed-pitch text, of which only the visible ones are laid
@@ -70,14 +69,9 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    struct Paint;
-
     std::int64_t scrolled() const;
     void layOutAnew(const std::function<void()>& change);
     void updateScrollBar();
-    void drawLine(const Paint& paint, std::size_t line) const;
-    void selectIn(LogRowLayout& row, LogPosition begin, LogPosition end) const;
-    bool isLineEndSelected(LogPosition end) const;
     void drawFocusFrame(QPainter& painter) const;
     void drawCaret(QPainter& painter) const;
     void move(LogMotion motion, bool extend);
