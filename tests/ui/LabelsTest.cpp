@@ -90,8 +90,11 @@ TEST_F(LabelsTest, TooltipGoesWhenTheTextFits) {
     auto* const label = put(new ElidedLabel(TextStyle::body));
     label->setText(QString(60, QLatin1Char('x')));
     show(200);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));  // which ends any tooltip
     EXPECT_EQ(toolTipOf(*label), label->text());
     show(2000);
+    QTest::qWait(0);
+    ASSERT_TRUE(QToolTip::isVisible());
     toolTipOf(*label);
     EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
 }

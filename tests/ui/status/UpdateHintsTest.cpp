@@ -1,3 +1,6 @@
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "ui/status/UpdateHints.h"
@@ -45,13 +48,17 @@ TEST_F(UpdateHintsTest, LooksAtATagOfAnyLengthOnceForAVersion) {
 
 TEST_F(UpdateHintsTest, ForgetsVersionsThatAreTooManyForAFleet) {
     hints.setLatest("v200");
-    const auto* const first = hints.of("v0");
-    for (int version = 1; version < 32; ++version)
-        hints.of("v" + std::to_string(version));
-    EXPECT_EQ(hints.of("v0"), first);
-    hints.of("v32");
-    EXPECT_EQ(of("v0"), "update: v200 available");
+    const auto hintsOfAFleet = [this] {
+        std::vector<const void*> found;
+        for (int version = 0; version < 32; ++version)
+            found.push_back(hints.of("v" + std::to_string(version)));
+        return found;
+    };
+    const auto before = hintsOfAFleet();
+    EXPECT_EQ(hintsOfAFleet(), before);
     EXPECT_EQ(of("v201"), "runner is up to date");
+    EXPECT_NE(hintsOfAFleet(), before);
+    EXPECT_EQ(of("v0"), "update: v200 available");
 }
 
 }  // namespace
