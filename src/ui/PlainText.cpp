@@ -70,7 +70,7 @@ QString shortened(const QString& text) {
 }
 
 QString toolTip(const QString& text) {
-    const QString shown =
+    QString shown =
         text.size() <= toolTipLength ? text : text.left(endOfStart(text, toolTipLength)) + ellipsis;
     if (shown.size() <= toolTipLine && !Qt::mightBeRichText(shown))
         return shown;
