@@ -1,6 +1,6 @@
-#include "platform/Environment.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/Environment.h"
 
 namespace valdorn {
 namespace {
