@@ -17,6 +17,11 @@ struct RunnerConfig {
     friend bool operator==(const RunnerConfig&, const RunnerConfig&) = default;
 };
 
+// What a runner is called where it is listed.
+inline std::string displayName(const RunnerConfig& config) {
+    return config.name.empty() ? "runner" : config.name;
+}
+
 // The labels of a new runner, and of a registration without any.
 inline constexpr char defaultLabels[] = "macos";
 

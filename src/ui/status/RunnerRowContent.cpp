@@ -51,7 +51,7 @@ RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, UpdateHints& 
                                       MainQueue::TimePoint now) {
     const OptionalText& version = runner.runnerVersion();
     RunnerRowContent content;
-    content.name = runner.config().name.empty() ? "runner" : runner.config().name;
+    content.name = displayName(runner.config());
     content.dotColor = dotColorOf(runner.status());
     content.statusText = rawValue(runner.status());
     content.version = version ? OptionalText("· runner " + *version) : std::nullopt;
