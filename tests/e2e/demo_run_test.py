@@ -11,7 +11,7 @@ import unittest
 import dbus.bus
 
 from support.icon import colour
-from support.tray import PROPERTIES, WATCHER, Item
+from support.tray import item_of_panel
 from support.waiting import wait_until
 
 SOURCE = os.environ["VALDORN_SOURCE"]
@@ -101,12 +101,7 @@ class DemoRunTest(unittest.TestCase):
         connection = dbus.bus.BusConnection(address.decode())
         connection.set_exit_on_disconnect(False)
         self.addCleanup(connection.close)
-        wait_until(lambda: connection.name_has_owner(WATCHER), "the panel's tray")
-        watcher = connection.get_object(WATCHER, "/StatusNotifierWatcher", introspect=False)
-        names = wait_until(lambda: watcher.Get(WATCHER, "RegisteredStatusNotifierItems",
-                                               dbus_interface=PROPERTIES), "an item in the panel")
-        service, _, path = str(names[0]).partition("/")
-        return Item(connection, service, "/" + path)
+        return item_of_panel(connection)
 
     def panel_shows(self, rgb):
         shot = subprocess.run(["import", "-window", "root", "-crop", f"1280x{PANEL_HEIGHT}+0+0",

@@ -14,7 +14,7 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 
 # Positions in the set of states, from the protocol.
 _STATES = {1: "active", 4: "checked", 8: "enabled", 11: "focusable", 12: "focused", 7: "editable",
-           24: "sensitive", 25: "showing", 30: "visible"}
+           23: "selected", 24: "sensitive", 25: "showing", 30: "visible"}
 _LABELLED_BY = 2
 _ON_SCREEN = dbus.UInt32(0)
 
@@ -46,11 +46,10 @@ class Accessibility:
         return [window for program in registry.children() for window in program.children()
                 if "showing" in window.states()]
 
-    def window(self, title):
-        """The window of that title, once it is there."""
-        return wait_until(lambda: next((window for window in self.windows()
-                                        if window.name() == title), None),
-                          f"a window {title!r} for screen readers")
+    def windows_like(self, title, content=None):
+        """The visible windows of that title, with something of that role and name in them."""
+        return [window for window in self.windows()
+                if window.name() == title and (not content or window.find_all(*content))]
 
     def close(self):
         self._bus.close()
@@ -106,6 +105,10 @@ class Accessible:
     def text(self):
         """What stands in a field or a text."""
         return str(self._call("GetText", 0, -1, interface="org.a11y.atspi.Text"))
+
+    def length(self):
+        """Of the text in it; all that a password field tells."""
+        return int(self._property("org.a11y.atspi.Text", "CharacterCount"))
 
     def value(self):
         """Of something that has a range, such as a scroll bar."""

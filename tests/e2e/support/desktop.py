@@ -139,6 +139,27 @@ class Desktop:
                                "UTF8_STRING"], env=self.environment, capture_output=True,
                               timeout=30).stdout.decode()
 
+    def move(self, window, x, y):
+        self.xdotool("windowmove", window, str(x), str(y))
+
+    def paint(self, *colours):
+        """The empty desktop, from top to bottom."""
+        width, height = self.xdotool("getdisplaygeometry").split()
+        picture = os.path.join(self.runtime, "desktop.png")
+        subprocess.run(["convert", "-size", f"{width}x{height}", "gradient:" + "-".join(colours),
+                        picture], check=True, timeout=30)
+        # Its exit status is 1 however it went.
+        subprocess.run(["display", "-window", "root", picture], env=self.environment,
+                       capture_output=True, timeout=30)
+
+    def set_clipboard(self, text):
+        """Puts the text on the clipboard, until somebody puts another one there."""
+        with tempfile.NamedTemporaryFile("w", encoding="utf-8") as file:
+            file.write(text)
+            file.flush()
+            self.start("xclip", "-quiet", "-selection", "clipboard", "-in", file.name)
+            wait_until(lambda: self.clipboard() == text, "the text on the clipboard")
+
     def take_picture(self, window, path):
         """Of the content of a window, as it is on the screen."""
         subprocess.run(["import", "-silent", "-window", window, path], env=self.environment,

@@ -12,10 +12,11 @@ def colour(pixmaps):
                if argb[at] > 200 and max(argb[at + 1:at + 4]) > 100]
     if not painted:
         return "nothing"
-    return _name(*(sum(channel) / len(painted) for channel in zip(*painted)))
+    return name_of(*(sum(channel) / len(painted) for channel in zip(*painted)))
 
 
-def _name(red, green, blue):
+def name_of(red, green, blue):
+    """Of a colour by its channels."""
     strongest, weakest = max(red, green, blue), min(red, green, blue)
     spread = strongest - weakest
     if spread / strongest < _GRAY_BELOW:

@@ -3,6 +3,8 @@
 import os
 import subprocess
 
+from .icon import name_of
+
 ARTEFACTS = os.environ["VALDORN_ARTEFACTS"]
 
 # Qt itself reads these settings of KDE, with no more of that desktop there than this file.
@@ -67,6 +69,17 @@ def assert_brightness(case, path, is_dark):
     brightness = float(_ask(path, "%[fx:mean]", "-colorspace", "Gray"))
     compare = case.assertLess if is_dark else case.assertGreater
     compare(brightness, 0.5)
+
+
+def colour_in(path, box):
+    """The name of the most saturated colour in a part of the picture: left, top, width, height."""
+    left, top, width, height = box
+    pixels = subprocess.run(["convert", path, "-crop", f"{width}x{height}+{left}+{top}", "+repage",
+                             "-depth", "8", "rgb:-"], check=True, capture_output=True,
+                            timeout=60).stdout
+    strongest = max((tuple(pixels[at:at + 3]) for at in range(0, len(pixels), 3)),
+                    key=lambda rgb: max(rgb) - min(rgb))
+    return name_of(*strongest)
 
 
 def _ask(path, question, *options):

@@ -1,11 +1,24 @@
 """What the tests of the windows' contents have in common."""
 
+from typing import NamedTuple, Optional
+
 from .accessibility import VARIABLES, Accessibility
 from .case import ProgramCase
 from .waiting import wait_until
 
-STATUS = ("Runner Status…", "Valdorn — Runner Status")
-LOG = ("Show Log…", "Valdorn — Log")
+
+class Kind(NamedTuple):
+    """A window: how the menu calls it, its title, and role and name of something in it, which tells
+    it from another one of that title."""
+    entry: str
+    title: str
+    content: Optional[tuple] = None
+
+
+STATUS = Kind("Runner Status…", "Valdorn — Runner Status")
+LOG = Kind("Show Log…", "Valdorn — Log")
+SETTINGS = Kind("Settings…", "Valdorn", ("list", "Runners"))
+ONBOARDING = Kind("Set Up…", "Valdorn", ("heading", "Welcome to Valdorn"))
 
 
 class WindowCase(ProgramCase):
@@ -26,10 +39,20 @@ class WindowCase(ProgramCase):
 
     def open(self, kind):
         """The content of the window, once it is the active one."""
-        entry, title = kind
-        self.menu.choose(entry)
-        self.window_id = wait_until(lambda: self._active_id(title), f"an active {title!r}")
-        return self.reader.window(title)
+        self.menu.choose(kind.entry)
+        return self.wait_for_window(kind)
+
+    def wait_for_window(self, kind):
+        """The content of a window that comes up as the active one."""
+        def active():
+            return next((window for window in self.shown(kind) if "active" in window.states()), None)
+        window = wait_until(active, f"an active {kind.entry!r}")
+        self.window_id = wait_until(lambda: self._active_id(kind.title), f"{kind.title!r} in front")
+        return window
+
+    def shown(self, kind):
+        """The visible windows of that kind: one at most."""
+        return self.reader.windows_like(kind.title, kind.content)
 
     def _active_id(self, title):
         window = self.desktop.active_window()
@@ -37,7 +60,7 @@ class WindowCase(ProgramCase):
 
     def close_window(self):
         """Closes the one that was opened last."""
-        self.desktop.xdotool("key", "ctrl+w")
+        self.press("ctrl+w")
         wait_until(lambda: self.window_id not in self.desktop.windows(), "a hidden window")
 
     def click(self, thing):

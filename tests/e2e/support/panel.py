@@ -1,0 +1,52 @@
+"""A real panel with a tray, as people have it: that of Xfce."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+
+from . import looks
+from .tray import item_of_panel
+from .waiting import wait_until
+
+SOURCE = os.environ["VALDORN_SOURCE"]
+SETTINGS_SERVICE = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
+SETTINGS_NAME = "org.xfce.Xfconf"
+HEIGHT = 31
+# The only thing in the tray stands at its end.
+ITEM_WIDTH = 34
+
+
+class Panel:
+    """At the top of the desktop, with nothing but a tray at its right end."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._folder = tempfile.mkdtemp(prefix="valdorn-panel.")
+        self._connection = desktop.bus.connect()
+        # The same panel as `./dev run` shows.
+        subprocess.run(["bash", "-c", '. tools/dev/run.sh; write_panel_settings "$1"', "bash",
+                        self._folder], cwd=SOURCE, check=True, timeout=30)
+        self._start(SETTINGS_SERVICE)
+        wait_until(lambda: self._connection.name_has_owner(SETTINGS_NAME), "the panel's settings")
+        self._start("xfce4-panel", "--disable-wm-check")
+        self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
+
+    def _start(self, *command):
+        self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
+
+    def item(self):
+        """The status item that the panel has, once it has one."""
+        return item_of_panel(self._connection)
+
+    def place(self):
+        """Where the item is on the screen."""
+        return self._width - ITEM_WIDTH // 2, HEIGHT // 2
+
+    def colour(self):
+        """Of the item, as the panel paints it."""
+        picture = looks.take_picture(self._desktop, "root", "panel")
+        return looks.colour_in(picture, (self._width - ITEM_WIDTH, 0, ITEM_WIDTH, HEIGHT))
+
+    def close(self):
+        shutil.rmtree(self._folder, ignore_errors=True)
