@@ -248,12 +248,36 @@ TEST_F(AutostartRegistryTest, AMovedProgramIsFollowed) {
     EXPECT_FALSE(registry.refreshMovedExecutable());
 }
 
-TEST_F(AutostartRegistryTest, AnEntryThatStillStartsSomethingIsNotTouched) {
-    memory.files["/opt/other/valdorn"] = "another copy";
-    for (const std::string exec : {"/opt/other/valdorn", "valdorn", "\"/usr/bin/valdorn\""}) {
+// An upgrade may leave the old program where it was.
+TEST_F(AutostartRegistryTest, ACopyOfOursElsewhereGivesWay) {
+    memory.files["/opt/valdorn-1.0/valdorn"] = "the version before";
+    memory.files["/opt/my $1 programs/valdorn"] = "the version before";
+    for (const std::string exec : {"/opt/valdorn-1.0/valdorn", "\"/opt/valdorn-1.0/valdorn\"",
+                                   "\"/opt/my \\\\$1 programs/valdorn\""}) {
+        entry() = "# mine\n[Desktop Entry]\nX-Mine=1\nExec=" + exec +
+                  "\nTryExec=/opt/valdorn-1.0/valdorn\nX-GNOME-Autostart-enabled=true\n";
+        EXPECT_TRUE(registry.refreshMovedExecutable()) << exec;
+        EXPECT_EQ(entry(),
+                  "# mine\n[Desktop Entry]\nX-Mine=1\nExec=\"/usr/bin/valdorn\"\n"
+                  "TryExec=/usr/bin/valdorn\nX-GNOME-Autostart-enabled=true\n");
+        EXPECT_FALSE(registry.refreshMovedExecutable()) << exec;
+    }
+}
+
+TEST_F(AutostartRegistryTest, WhatTheUserHasChosenToStartIsNotTouched) {
+    for (const char* const program : {"/opt/other/valdorn", "/opt/valdorn/wrapper", "/usr/bin/env",
+                                      "/opt/valdorn-next", "/opt/my-valdorn"})
+        memory.files[program] = "is there";
+    memory.files["/home/ada/bin/valdorn"] = "#!/bin/sh\nexec /usr/bin/valdorn\n";
+    memory.folders.insert("/srv/valdorn");
+    for (const std::string exec :
+         {"/home/ada/bin/valdorn", "/srv/valdorn", "/opt/other/valdorn --quiet",
+          "\"/opt/other/valdorn\" %U", "/opt/valdorn/wrapper", "/usr/bin/env valdorn",
+          "/usr/bin/env A=b /opt/other/valdorn", "/opt/valdorn-next", "/opt/my-valdorn", "valdorn",
+          "bin/valdorn", "/usr/bin/valdorn", "\"/usr/bin/valdorn\"", "/usr/bin/valdorn --quiet"}) {
         const std::string text = "[Desktop Entry]\nExec=" + exec + "\n";
         entry() = text;
-        EXPECT_FALSE(registry.refreshMovedExecutable());
+        EXPECT_FALSE(registry.refreshMovedExecutable()) << exec;
         EXPECT_EQ(entry(), text);
     }
     EXPECT_TRUE(memory.atomicReplacements.empty());
@@ -262,8 +286,13 @@ TEST_F(AutostartRegistryTest, AnEntryThatStillStartsSomethingIsNotTouched) {
 TEST_F(AutostartRegistryTest, AnEntryThatIsOffOrMissingIsNotFollowed) {
     EXPECT_FALSE(registry.refreshMovedExecutable());
     EXPECT_FALSE(memory.exists(entryFile));
-    entry() = "[Desktop Entry]\nExec=/gone/valdorn\nHidden=true\n";
-    EXPECT_FALSE(registry.refreshMovedExecutable());
+    memory.files["/opt/other/valdorn"] = "another copy";
+    for (const std::string exec : {"/gone/valdorn", "/opt/other/valdorn"}) {
+        for (const std::string off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+            entry() = "[Desktop Entry]\nExec=" + exec + "\n" + off + "\n";
+            EXPECT_FALSE(registry.refreshMovedExecutable());
+        }
+    }
     EXPECT_TRUE(memory.atomicReplacements.empty());
 }
 

@@ -17,6 +17,7 @@ namespace {
 constexpr std::string_view hiddenKey = "Hidden";
 constexpr std::string_view gnomeKey = "X-GNOME-Autostart-enabled";
 constexpr std::string_view tryExecKey = "TryExec";
+constexpr std::string_view scriptMark = "#!";
 
 // What an entry of ours may be made of and still be nobody else's.
 const std::vector<std::string_view> ourKeys = {"Type",     "Name",    "Exec",  "Icon",
@@ -26,6 +27,10 @@ bool says(const DesktopEntry& entry, std::string_view key, bool truth) {
     const auto value = entry.value(key);
     // The digits are what files older than the words hold.
     return value && (*value == (truth ? "true" : "false") || *value == (truth ? "1" : "0"));
+}
+
+std::string_view fileName(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
 }
 
 bool isEnabled(const DesktopEntry& entry) {
@@ -46,6 +51,18 @@ LoginItemStatus AutostartRegistry::status() const {
     const auto content = files_.read(path_);
     return content.ok() && isEnabled(DesktopEntry(content.value())) ? LoginItemStatus::enabled
                                                                     : LoginItemStatus::notEnabled;
+}
+
+// As registering from another place writes it. A script of our name is somebody's wrapper.
+bool AutostartRegistry::startsACopyOfUs(const std::string& exec, const std::string& program) const {
+    const bool isBare = exec == execValue(program) || exec == escapedValue(program);
+    if (!isBare || fileName(program) != fileName(executable_))
+        return false;
+    const auto file = files_.openForReading(program);
+    if (!file.ok())
+        return false;
+    const auto start = file.value()->readAt(0, scriptMark.size());
+    return start.ok() && start.value() != scriptMark;
 }
 
 void AutostartRegistry::pointAtUs(DesktopEntry& entry) const {
@@ -109,8 +126,11 @@ bool AutostartRegistry::refreshMovedExecutable() {
     DesktopEntry entry(content.value());
     if (!isEnabled(entry))
         return false;
-    const std::string program = programOfExec(*entry.value("Exec"));
-    if (!program.starts_with('/') || program == executable_ || files_.exists(program))
+    const std::string exec = *entry.value("Exec");
+    const std::string program = programOfExec(exec);
+    if (!program.starts_with('/') || program == executable_)
+        return false;
+    if (files_.exists(program) && !startsACopyOfUs(exec, program))
         return false;
     pointAtUs(entry);
     return !write(entry);

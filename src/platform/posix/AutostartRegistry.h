@@ -37,11 +37,14 @@ public:
     std::optional<std::string> registerItem() override;
     std::optional<std::string> unregisterItem() override;
 
-    // Called at start-up. When the entry is enabled but starts a program that is gone from where
-    // it was, points it at ours and changes nothing else. True when the entry was changed. An
-    // entry that starts another program that exists (another copy of ours, a wrapper, a bare name
-    // that is looked up) is the user's choice and stays. When the disk refuses, the entry stands
-    // and the next start tries again.
+    // Called at start-up. Points an enabled entry at our program, and changes nothing else, when it
+    // starts a program that is gone from where it was, or another copy of ours: an upgrade may put
+    // the new program elsewhere and leave the old one, which would then start at each login. True
+    // when the entry was changed.
+    //
+    // A copy of ours is an absolute path without arguments, to a file that has our program's name and
+    // is no script. All else that exists is the user's choice and stays: a wrapper, arguments, a bare
+    // name that is looked up. When the disk refuses, the entry stands and the next start tries again.
     bool refreshMovedExecutable();
 
     // Where the entry stands.
@@ -49,6 +52,7 @@ public:
 
 private:
     std::optional<std::string> write(const DesktopEntry& entry);
+    bool startsACopyOfUs(const std::string& exec, const std::string& program) const;
     void pointAtUs(DesktopEntry& entry) const;
 
     FileSystem& files_;
