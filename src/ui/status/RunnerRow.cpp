@@ -12,9 +12,9 @@
 
 #include "runner/RunnerManager.h"
 #include "ui/ElidedLabel.h"
+#include "ui/StatusDot.h"
 #include "ui/SymbolButton.h"
 #include "ui/TabularLabel.h"
-#include "ui/status/StatusDot.h"
 
 namespace valdorn {
 

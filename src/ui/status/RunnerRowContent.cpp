@@ -6,6 +6,7 @@
 
 #include "runner/RunnerManager.h"
 #include "runner/RunnerStatus.h"
+#include "ui/StatusColor.h"
 #include "ui/status/UpdateHints.h"
 
 namespace valdorn {
@@ -13,23 +14,6 @@ namespace valdorn {
 namespace {
 
 using OptionalText = std::optional<std::string>;
-
-SystemColor dotColorOf(RunnerStatus status) {
-    switch (status) {
-        case RunnerStatus::notRegistered:
-        case RunnerStatus::stopped:
-            break;
-        case RunnerStatus::starting:
-            return SystemColor::yellow;
-        case RunnerStatus::noNetwork:
-            return SystemColor::red;
-        case RunnerStatus::connected:
-            return SystemColor::green;
-        case RunnerStatus::building:
-            return SystemColor::blue;
-    }
-    return SystemColor::secondary;
-}
 
 OptionalText uptimeOf(const RunnerManager& runner,
                       MainQueue::TimePoint now) VALDORN_ON_MAIN_THREAD {
@@ -52,7 +36,7 @@ RunnerRowContent RunnerRowContent::of(const RunnerManager& runner, UpdateHints& 
     const OptionalText& version = runner.runnerVersion();
     RunnerRowContent content;
     content.name = displayName(runner.config());
-    content.dotColor = dotColorOf(runner.status());
+    content.dotColor = statusColor(runner.status());
     content.statusText = rawValue(runner.status());
     content.version = version ? OptionalText("· runner " + *version) : std::nullopt;
     content.uptime = uptimeOf(runner, now);

@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "ui/Pictures.h"
+#include "ui/StatusDot.h"
 #include "ui/SymbolButton.h"
 #include "ui/status/RunnerStatusTest.h"
 #include "ui/status/RunnerStatusView.h"
-#include "ui/status/StatusDot.h"
 
 namespace valdorn {
 namespace {

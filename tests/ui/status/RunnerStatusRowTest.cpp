@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "ui/Pictures.h"
+#include "ui/StatusDot.h"
 #include "ui/SystemPalette.h"
 #include "ui/TabularLabel.h"
 #include "ui/status/RunnerStatusTest.h"
-#include "ui/status/StatusDot.h"
 
 namespace valdorn {
 namespace {

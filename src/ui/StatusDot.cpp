@@ -1,4 +1,4 @@
-#include "ui/status/StatusDot.h"
+#include "ui/StatusDot.h"
 
 #include <QPainter>
 

@@ -4,7 +4,7 @@
 
 #include "ui/EventCounter.h"
 #include "ui/Pictures.h"
-#include "ui/status/StatusDot.h"
+#include "ui/StatusDot.h"
 
 namespace valdorn {
 namespace {
