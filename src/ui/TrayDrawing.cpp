@@ -9,6 +9,7 @@
 #include <numbers>
 
 #include "ui/NativeSymbols.h"
+#include "ui/Spokes.h"
 #include "ui/SystemPalette.h"
 
 namespace valdorn::TrayDrawing {
@@ -77,28 +78,16 @@ QImage rimmed(const QString& symbol, const QColor& color, int pixels) {
     return result;
 }
 
-void drawSpoke(QPainter& painter, QColor color, float strength, double radius, double width) {
-    color.setAlphaF(color.alphaF() * strength);
-    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
-    painter.drawLine(QPointF(0, -radius * 0.5), QPointF(0, -radius * 0.86));
-}
-
-// A spoke is strongest where the turn has arrived and fades behind it, its outline too: on a light
-// bar it is the outline that turns.
+// The spokes' outline fades with them: on a light bar it is the outline that turns.
 QImage spinnerShape(int frame, int pixels, double diameter) {
     QImage image = transparent(pixels);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(pixels / 2.0, pixels / 2.0);
     const double radius = diameter / 2;
-    for (int spoke = 0; spoke < spinnerFrames; ++spoke) {
-        const int age = (frame - spoke + spinnerFrames) % spinnerFrames;
-        const float strength = 1.0F - 0.11F * static_cast<float>(age);
-        drawSpoke(painter, spokeOutline, strength, radius, radius * 0.38);
-        drawSpoke(painter, SystemPalette::darkVariant(SystemColor::secondary).lighter(138),
-                  strength, radius, radius * 0.2);
-        painter.rotate(360.0 / spinnerFrames);
-    }
+    Spokes::draw(painter, frame, radius, radius * 0.38, spokeOutline);
+    Spokes::draw(painter, frame, radius, radius * 0.2,
+                 SystemPalette::darkVariant(SystemColor::secondary).lighter(138));
     return image;
 }
 

@@ -3,6 +3,7 @@
 #include <QIcon>
 
 #include "platform/StatusItem.h"
+#include "ui/Spokes.h"
 
 namespace valdorn {
 
@@ -12,7 +13,7 @@ namespace valdorn {
 namespace TrayDrawing {
 
 // Positions of the spinner in one turn.
-inline constexpr int spinnerFrames = 8;
+inline constexpr int spinnerFrames = Spokes::count;
 
 QIcon icon(const StatusIcon& icon);
 
