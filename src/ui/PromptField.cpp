@@ -8,8 +8,16 @@ namespace valdorn {
 
 PromptField::PromptField(const QString& placeholder, QWidget* parent) : QLineEdit(parent) {
     setPlaceholderText(placeholder);
-    setAccessibleName(placeholder);
     updatePlaceholder();
+}
+
+QSize PromptField::minimumSizeHint() const {
+    ensurePolished();
+    constexpr int hinted = 17;  // so many letters x are in a line edit's hint, with what is around
+    const int around =
+        sizeHint().width() - hinted * fontMetrics().horizontalAdvance(QLatin1Char('x'));
+    const int shown = fontMetrics().horizontalAdvance(placeholderText()) + around;
+    return QLineEdit::minimumSizeHint().expandedTo(QSize(shown, 0));
 }
 
 void PromptField::changeEvent(QEvent* event) {

@@ -10,8 +10,10 @@ class PromptField : public QLineEdit {
     Q_OBJECT
 
 public:
-    // The placeholder is its accessible name as well.
     explicit PromptField(const QString& placeholder, QWidget* parent = nullptr);
+
+    // Never narrower than its placeholder.
+    QSize minimumSizeHint() const override;
 
 protected:
     void changeEvent(QEvent* event) override;

@@ -14,12 +14,6 @@ double placeholderContrast(const QWidget& field) {
                                    field.palette().color(QPalette::Base));
 }
 
-TEST(PromptFieldTest, PlaceholderIsItsName) {
-    const PromptField field(QStringLiteral("Filter"));
-    EXPECT_EQ(field.placeholderText(), QStringLiteral("Filter"));
-    EXPECT_EQ(field.accessibleName(), QStringLiteral("Filter"));
-}
-
 TEST(PromptFieldTest, PlaceholderCanBeReadOnEveryField) {
     Looks looks(Scheme::light);
     const PromptField field(QStringLiteral("Filter"));

@@ -72,6 +72,7 @@ LogViewerView::~LogViewerView() = default;
 void LogViewerView::addFilter(QHBoxLayout& bar) {
     auto* const filter = new PromptField(QStringLiteral("Filter"));
     filter->setObjectName(QStringLiteral("logFilter"));
+    filter->setAccessibleName(filter->placeholderText());
     filter->setClearButtonEnabled(true);
     filter->findChild<QToolButton*>()->setAccessibleName(QStringLiteral("Clear Filter"));
     filter->setMaximumWidth(widestFilter);
