@@ -17,6 +17,7 @@
 #include "app/CommandLine.h"
 #include "app/TrayHostSearch.h"
 #include "fleet/LogPath.h"
+#include "fleet/RunnerSelection.h"
 #include "fleet/RunnersStore.h"
 #include "logs/LogTailer.h"
 #include "logs/LogViewer.h"
@@ -50,9 +51,11 @@
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/XembedTrayWatcher.h"
+#include "runner/RegistrationForm.h"
 #include "text/CaseFold.h"
 #include "ui/TrayDrawing.h"
 #include "ui/log/LogViewerView.h"
+#include "ui/settings/ValdornSettingsView.h"
 #include "ui/status/RunnerStatusView.h"
 #include "update/ReleaseService.h"
 #include "update/UpdateChecker.h"
@@ -72,6 +75,8 @@ struct Ground {
     PosixFileSystem files;
     PosixHostInfo host;
     std::string executable = executablePath();
+    AutostartRegistry loginItems{files, host, executable};
+    PosixSystemLog log;
 };
 
 // Where the instance keeps its lock and ledger; on failure the reason is on standard error.
@@ -102,6 +107,8 @@ private:
     void terminate();
     void onHostMissing();
     void activate(const std::string& token);
+    RunnersStore& store() { return RunnersStore::shared(services_); }
+    QWidget* makeSettingsView();
     QWidget* makeLogView();
     QWidget* makeStatusView();
 
@@ -119,7 +126,7 @@ private:
 
     std::shared_ptr<AppDelegate> delegate_;  // owns the menu that the next two show
     QtPasteboard pasteboard_;
-    QtWorkspace workspace_;
+    QtWorkspace workspace_{ground_.host};
     std::optional<NetworkHttpClient> http_;  // once a window asks for something
     QtWindowHost windows_;
     TrayStatusItem statusItem_;
@@ -142,10 +149,9 @@ Application::Application(Ground& ground, const std::string& key,
       ledger_(ledger ? std::make_optional<DaemonLedger>(ground.files, *ledger) : std::nullopt),
       services_{mainQueue_, backgroundQueue_, launcher(),  ground_.files,
                 defaults_,  resources_,       ground_.host},
-      delegate_(AppDelegate::create(
-          {services_, statusItem_, windows_,
-           [this]() -> RunnersStore& { return RunnersStore::shared(services_); },
-           [this] { terminate(); }})),
+      delegate_(AppDelegate::create({services_, statusItem_, windows_,
+                                     [this]() -> RunnersStore& { return store(); },
+                                     [this] { terminate(); }})),
       statusItem_(
           mainQueue_,
           {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
@@ -158,15 +164,21 @@ Application::Application(Ground& ground, const std::string& key,
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
+    windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
     windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
     windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
     // Nothing to show as yet.
-    for (const WindowKind kind : {WindowKind::settings, WindowKind::onboarding})
-        windows_.registerView(kind, [] { return new QWidget; });
+    windows_.registerView(WindowKind::onboarding, [] { return new QWidget; });
+}
+
+QWidget* Application::makeSettingsView() {
+    return new ValdornSettingsView({mainQueue_, ground_.loginItems, ground_.log},
+                                   std::make_shared<RunnerSelection>(store().shared_from_this()),
+                                   RegistrationForm::create(mainQueue_, backgroundQueue_));
 }
 
 QWidget* Application::makeLogView() {
-    const auto logPath = [this] { return Config::logPath(RunnersStore::shared(services_)); };
+    const auto logPath = [this] { return Config::logPath(store()); };
     const CaseFold fold(Environment::characterLocale(ground_.host.environment()));
     return new LogViewerView(
         {mainQueue_, pasteboard_, workspace_, logPath},
@@ -178,7 +190,7 @@ QWidget* Application::makeStatusView() {
     if (!http_)
         http_.emplace(mainQueue_);
     return new RunnerStatusView(
-        RunnersStore::shared(services_).shared_from_this(), mainQueue_,
+        store().shared_from_this(), mainQueue_,
         std::make_unique<UpdateChecker>(*http_, ReleaseService::baseUrl(ground_.host)));
 }
 
@@ -271,9 +283,7 @@ int activateRunningInstance(const InstancePlace& place, char** argv) {
 
 int run(int argc, char** argv) {
     Ground ground;
-    AutostartRegistry loginItems(ground.files, ground.host, ground.executable);
-    PosixSystemLog log;
-    if (const auto word = CommandLine::answer({argv, argv + argc}, loginItems, log)) {
+    if (const auto word = CommandLine::answer({argv, argv + argc}, ground.loginItems, ground.log)) {
         std::puts(word->c_str());
         return EXIT_SUCCESS;
     }
@@ -283,7 +293,7 @@ int run(int argc, char** argv) {
     const auto lock = InstanceLock::acquire(place->lockPath());
     if (!lock && lock.error().kind == LockRefusal::Kind::held)
         return activateRunningInstance(*place, argv);
-    loginItems.refreshMovedExecutable();
+    ground.loginItems.refreshMovedExecutable();
     if (lock)
         return runApplication(ground, place->ledgerPath(), argv);
     // Better two fleets than none.

@@ -60,6 +60,8 @@ private:
         const QPalette palette = QGuiApplication::palette();
         if (mode == QIcon::Disabled)
             return palette.color(QPalette::Disabled, QPalette::ButtonText);
+        if (mode == QIcon::Selected && !color_)
+            return palette.color(QPalette::HighlightedText);
         return color_ ? SystemPalette::dot(*color_, palette)
                       : palette.color(QPalette::Active, QPalette::ButtonText);
     }

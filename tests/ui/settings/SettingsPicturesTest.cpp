@@ -1,0 +1,92 @@
+#include <QLabel>
+#include <QLineEdit>
+
+#include <gtest/gtest.h>
+
+#include "ui/Pictures.h"
+#include "ui/settings/SettingsStage.h"
+#include "ui/settings/ValdornSettingsView.h"
+
+namespace valdorn {
+namespace {
+
+// The scheme of each picture, by the end of its name.
+class SettingsPicturesTest : public testing::TestWithParam<Scheme> {
+protected:
+    void expectPicture(const std::string& name, int scale = 1) {
+        const char* const scheme = GetParam() == Scheme::light ? "_light" : "_dark";
+        Pictures::expectLikeReference(Pictures::render(*stage.view, scale), name + scheme);
+    }
+
+    const Looks looks{GetParam(), 9};
+    SettingsStage stage;
+};
+
+INSTANTIATE_TEST_SUITE_P(Schemes, SettingsPicturesTest,
+                         testing::Values(Scheme::light, Scheme::dark), [](const auto& scheme) {
+                             return scheme.param == Scheme::light ? "Light" : "Dark";
+                         });
+
+TEST_P(SettingsPicturesTest, FirstStart) {
+    stage.makeFleet({"mac-mini"});
+    stage.edit(0, &RunnerConfig::instanceURL, "");
+    stage.edit(0, &RunnerConfig::labels, "");
+    stage.show();
+    expectPicture("settings_first");
+}
+
+TEST_P(SettingsPicturesTest, RegistrationUnderWay) {
+    stage.makeFleet({"mac-mini", "build-server"});
+    stage.world.markRegistered("r1");
+    stage.show();
+    stage.clickRow(1);
+    stage.type("token", QStringLiteral("a token of some length"));
+    stage.form->doRegister(stage.store->runners()[1]);
+    stage.settle();
+    expectPicture("settings_busy");
+}
+
+TEST_P(SettingsPicturesTest, Registered) {
+    stage.makeFleet({"mac-mini", "build-server"});
+    stage.world.launcher.duringRun = [this] { stage.world.markRegistered("r0"); };
+    stage.show();
+    stage.form->doRegister(stage.store->runners()[0]);
+    stage.finishRegistration();
+    expectPicture("settings_registered");
+}
+
+TEST_P(SettingsPicturesTest, RefusedOnASharpScreen) {
+    stage.makeFleet({"mac-mini", "build-server with a name that is longer than the list is wide"});
+    stage.toolFails(
+        "Error: failed to register runner: unauthenticated: runner registration token not found\n");
+    stage.show();
+    stage.type("token", QStringLiteral("wrong"));
+    stage.form->doRegister(stage.store->runners()[0]);
+    stage.finishRegistration();
+    expectPicture("settings_refused_2x", 2);
+}
+
+TEST_P(SettingsPicturesTest, TwelveRunners) {
+    stage.makeFleet({"mac-mini", "build-server", "nightly", "linux-arm64", "linux-x86_64",
+                     "windows-vm", "", "release-signing", "docs", "benchmarks", "flaky-hunter",
+                     "the last one, with a long name"});
+    stage.show();
+    stage.clickRow(6);
+    expectPicture("settings_twelve");
+}
+
+TEST(SettingsPicturesLargeTest, WithLargeText) {
+    const Looks looks(Scheme::light, 13.5);
+    SettingsStage stage;
+    stage.makeFleet({"mac-mini", "build-server with a long name"});
+    stage.toolFails(
+        "Error: failed to register runner: unauthenticated: runner registration token not found\n");
+    stage.show();
+    stage.form->doRegister(stage.store->runners()[0]);
+    stage.finishRegistration();
+    stage.view->resize(stage.view->minimumSizeHint());  // as its window does
+    Pictures::expectLikeReference(Pictures::render(*stage.view), "settings_large_light");
+}
+
+}  // namespace
+}  // namespace valdorn
