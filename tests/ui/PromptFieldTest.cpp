@@ -41,5 +41,17 @@ TEST(PromptFieldTest, PlaceholderIsQuieterThanText) {
                                       field.palette().color(QPalette::Base)));
 }
 
+TEST(PromptFieldTest, IsNeverNarrowerThanItsPlaceholder) {
+    Looks looks(Scheme::light);
+    const PromptField field(QStringLiteral("optional, colon-separated"));
+    for (const double points : {9.0, 18.0}) {
+        looks.change(Scheme::light, points);
+        EXPECT_GT(field.minimumSizeHint().width(),
+                  field.fontMetrics().horizontalAdvance(field.placeholderText()));
+    }
+    EXPECT_LT(PromptField(QString()).minimumSizeHint().width(),
+              field.minimumSizeHint().width() / 2);
+}
+
 }  // namespace
 }  // namespace valdorn
