@@ -34,7 +34,13 @@ ForegroundNormal=252,252,252
 [KDE]
 widgetStyle=Fusion
 """
-_DARK_VARIABLES = {"QT_QPA_PLATFORMTHEME": "kde", "KDE_SESSION_VERSION": "5"}
+_LARGE_FONT = """[General]
+font=DejaVu Sans,15,-1,5,50,0,0,0,0,0
+
+[KDE]
+widgetStyle=Fusion
+"""
+_KDE_VARIABLES = {"QT_QPA_PLATFORMTHEME": "kde", "KDE_SESSION_VERSION": "5"}
 
 # Name, whether it is dark, scale.
 LOOKS = [("light", False, 1), ("light-2x", False, 2), ("dark", True, 1), ("dark-2x", True, 2)]
@@ -44,12 +50,21 @@ def prepare(home, dark, scale):
     """The environment for a program in this home that is to look so."""
     variables = {"QT_SCALE_FACTOR": str(scale)}
     if dark:
-        folder = os.path.join(home.path, ".config")
-        os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, "kdeglobals"), "w") as file:
-            file.write(_DARK_COLOURS)
-        variables.update(_DARK_VARIABLES)
+        variables.update(_like_kde(home, _DARK_COLOURS))
     return variables
+
+
+def prepare_large_font(home):
+    """The environment for a program in this home whose texts are to be half as large again."""
+    return _like_kde(home, _LARGE_FONT)
+
+
+def _like_kde(home, settings):
+    folder = os.path.join(home.path, ".config")
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, "kdeglobals"), "w") as file:
+        file.write(settings)
+    return _KDE_VARIABLES
 
 
 def take_picture(desktop, window, name):

@@ -6,7 +6,7 @@ import subprocess
 import tempfile
 
 from . import looks
-from .tray import item_of_panel
+from .tray import item_of_panel, items_of_panel
 from .waiting import wait_until
 
 SOURCE = os.environ["VALDORN_SOURCE"]
@@ -38,6 +38,10 @@ class Panel:
     def item(self):
         """The status item that the panel has, once it has one."""
         return item_of_panel(self._connection)
+
+    def wait_for_none(self):
+        """Until the panel has no item any more."""
+        wait_until(lambda: not items_of_panel(self._connection), "an empty tray")
 
     def place(self):
         """Where the item is on the screen."""

@@ -41,7 +41,7 @@ class SettingsPage:
         return self.window.find("text", name)
 
     def token(self):
-        return self.window.find("password text", "Registration token")
+        return self.window.find("text", "Registration token")
 
     def register_button(self):
         """By whichever name it has now."""

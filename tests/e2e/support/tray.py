@@ -115,12 +115,16 @@ class Item:
         return SignalRecorder(self.connection, self.service, (ITEM, MENU))
 
 
-def item_of_panel(connection):
-    """The first status item of whatever panel is on the bus, once it is there."""
-    wait_until(lambda: connection.name_has_owner(WATCHER), "the panel's tray")
+def items_of_panel(connection):
+    """Where the status items are of whatever panel is on the bus."""
     watcher = connection.get_object(WATCHER, "/StatusNotifierWatcher", introspect=False)
-    names = wait_until(lambda: watcher.Get(WATCHER, "RegisteredStatusNotifierItems",
-                                           dbus_interface=PROPERTIES), "an item in the panel")
+    return watcher.Get(WATCHER, "RegisteredStatusNotifierItems", dbus_interface=PROPERTIES)
+
+
+def item_of_panel(connection):
+    """The first of them, once it is there."""
+    wait_until(lambda: connection.name_has_owner(WATCHER), "the panel's tray")
+    names = wait_until(lambda: items_of_panel(connection), "an item in the panel")
     service, _, path = str(names[0]).partition("/")
     return Item(connection, service, "/" + path)
 
