@@ -156,7 +156,7 @@ TEST_F(OnboardingViewTest, LinkToTheSystemsSettingsIsAUrl) {
 
 TEST_F(OnboardingViewTest, EmptyFleetIsAMistakeOfOurs) {
     stage.show();
-    testing::FLAGS_gtest_death_test_style = "fast";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // other tests may have left threads
     const auto observed = stage.store->runners().front();
     stage.store->remove(stage.store->runners().back());
     EXPECT_DEATH(
