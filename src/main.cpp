@@ -55,6 +55,7 @@
 #include "text/CaseFold.h"
 #include "ui/TrayDrawing.h"
 #include "ui/log/LogViewerView.h"
+#include "ui/onboarding/OnboardingView.h"
 #include "ui/settings/ValdornSettingsView.h"
 #include "ui/status/RunnerStatusView.h"
 #include "update/ReleaseService.h"
@@ -111,6 +112,7 @@ private:
     QWidget* makeSettingsView();
     QWidget* makeLogView();
     QWidget* makeStatusView();
+    QWidget* makeOnboardingView();
 
     Ground& ground_;
     const std::string key_;
@@ -167,8 +169,7 @@ Application::Application(Ground& ground, const std::string& key,
     windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
     windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
     windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
-    // Nothing to show as yet.
-    windows_.registerView(WindowKind::onboarding, [] { return new QWidget; });
+    windows_.registerView(WindowKind::onboarding, [this] { return makeOnboardingView(); });
 }
 
 QWidget* Application::makeSettingsView() {
@@ -192,6 +193,12 @@ QWidget* Application::makeStatusView() {
     return new RunnerStatusView(
         store().shared_from_this(), mainQueue_,
         std::make_unique<UpdateChecker>(*http_, ReleaseService::baseUrl(ground_.host)));
+}
+
+QWidget* Application::makeOnboardingView() {
+    return new OnboardingView({store().runners().at(0), store().shared_from_this(), mainQueue_,
+                               workspace_, [this] { delegate_->openSettings(); },
+                               [this] { windows_.close(WindowKind::onboarding); }});
 }
 
 ChildLauncher& Application::launcher() {
