@@ -8,7 +8,7 @@ from support.puppet import BLOCKED, DECLARED
 from support.waiting import spend, wait_until
 
 # Menu entry, title, width, height, resizable.
-SETTINGS = ("Settings…", "Valdorn", 480, 340, False)
+SETTINGS = ("Settings…", "Valdorn", 620, 400, False)
 LOG = ("Show Log…", "Valdorn — Log", 720, 460, True)
 STATUS = ("Runner Status…", "Valdorn — Runner Status", 480, 260, True)
 ONBOARDING = ("Set Up…", "Valdorn", 460, 300, False)

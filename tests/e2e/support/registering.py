@@ -5,7 +5,6 @@ import shlex
 import shutil
 import tempfile
 
-from .program import is_alive
 from .puppet import PUPPET
 from .waiting import wait_until
 
@@ -16,8 +15,7 @@ _TOOL = """#!/bin/sh
 notes={notes}
 printf '%s\\0' "$@" > "$notes/arguments"
 pwd > "$notes/folder"
-echo $$ > "$notes/pid.new"
-mv "$notes/pid.new" "$notes/pid"
+touch "$notes/called"
 . "$notes/script"
 """
 
@@ -36,7 +34,7 @@ class RegisteringTool:
 
     def plays(self, script):
         """What the next call does."""
-        for name in ("arguments", "folder", "pid"):
+        for name in ("arguments", "folder", "called"):
             if os.path.exists(self._path(name)):
                 os.remove(self._path(name))
         with open(self._path("script"), "w") as file:
@@ -55,17 +53,10 @@ class RegisteringTool:
             return file.read().rstrip("\n")
 
     def was_called(self):
-        return os.path.exists(self._path("pid"))
+        return os.path.exists(self._path("called"))
 
     def wait_for_start(self):
-        """The process id of the call."""
         wait_until(self.was_called, "a started tool")
-        with open(self._path("pid")) as file:
-            return int(file.read())
-
-    def wait_for_end(self, seconds=5.0):
-        pid = self.wait_for_start()
-        wait_until(lambda: not is_alive(pid), "the end of the tool", seconds)
 
     def _path(self, name):
         return os.path.join(self._notes, name)
