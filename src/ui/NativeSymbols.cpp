@@ -39,7 +39,7 @@ public:
     QIconEngine* clone() const override { return new SymbolIconEngine(name_, color_); }
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
-        const qreal scale = painter->device()->devicePixelRatioF();
+        const qreal scale = painter->deviceTransform().m11();
         const int side = qMin(rect.width(), rect.height());
         const QImage drawn = NativeSymbols::image(name_, colorFor(mode), qRound(side * scale));
         QRectF square(0, 0, side, side);

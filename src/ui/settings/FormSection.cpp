@@ -16,7 +16,7 @@ namespace {
 
 constexpr int titleSpacing = 4;
 constexpr int padding = 8;  // inside the panel, which has a margin of its own
-constexpr int rowSpacing = 8;
+constexpr int rowSpacing = 6;
 constexpr int columnSpacing = 8;
 
 }  // namespace

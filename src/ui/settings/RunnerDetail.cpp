@@ -1,6 +1,7 @@
 #include "ui/settings/RunnerDetail.h"
 
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "runner/RegistrationForm.h"
@@ -12,7 +13,9 @@ namespace valdorn {
 
 namespace {
 
-constexpr int padding = 16;
+constexpr int padding = 14;
+// What the sidebar leaves of the window: with less room texts would wrap that in fact need not.
+constexpr int leastWidth = 620 - 180 - 1;
 
 }  // namespace
 
@@ -46,7 +49,7 @@ void RunnerDetail::setRunner(std::shared_ptr<RunnerManager> runner) {
 
 // As high as the rows, so that the window grows with the font before anything has to scroll.
 QSize RunnerDetail::minimumSizeHint() const {
-    const int width = scrolling_->minimumSizeHint().width();
+    const int width = std::max(scrolling_->minimumSizeHint().width(), leastWidth);
     return {width, content_->layout()->totalHeightForWidth(width)};
 }
 

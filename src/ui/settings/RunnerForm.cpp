@@ -19,7 +19,7 @@ namespace valdorn {
 
 namespace {
 
-constexpr int sectionSpacing = 14;
+constexpr int sectionSpacing = 12;
 constexpr int actionSpacing = 10;
 constexpr int messageLines = 3;
 

@@ -23,13 +23,12 @@ void RunnerItemDelegate::initStyleOption(QStyleOptionViewItem* option,
         return;
     // The highlight tells where the keyboard is: a frame within it would be one too many.
     option->state.setFlag(QStyle::State_HasFocus, false);
-    if (option->widget && option->widget->hasFocus())
+    if (option->widget->hasFocus())
         return;
-    QPalette& palette = option->palette;
-    const QColor text = palette.color(QPalette::Text);
-    palette.setColor(QPalette::Highlight,
-                     SystemPalette::mixed(palette.color(QPalette::Base), text, quietShare));
-    palette.setColor(QPalette::HighlightedText, text);
+    // So faint that text and symbol on it are those of any other row.
+    option->state.setFlag(QStyle::State_Selected, false);
+    option->backgroundBrush = SystemPalette::mixed(
+        option->palette.color(QPalette::Base), option->palette.color(QPalette::Text), quietShare);
 }
 
 }  // namespace valdorn

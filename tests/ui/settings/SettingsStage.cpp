@@ -43,7 +43,9 @@ void SettingsStage::show() {
 
 void SettingsStage::settle() {
     world.queue.runPosted();
-    QCoreApplication::sendPostedEvents();
+    // Each layout tells the one around it, a turn later; they are not nested deeper than that.
+    for (int turn = 0; turn < 4; ++turn)
+        QCoreApplication::processEvents();
 }
 
 void SettingsStage::finishRegistration() {
