@@ -89,6 +89,16 @@ class OpeningTest(SettingsCase):
             passed.append(self.focused_name())
             self.assertEqual(passed[-1], name, passed)
 
+    def test_a_new_form_stands_where_the_old_one_stood(self):
+        self.begin()
+        self.click(self.page.add_button())
+        wait_until(lambda: self.page.selected() == [1], "the new runner")
+        self.click(self.page.list())
+        for name in ("Add a runner", "Remove the selected runner", *FIELDS, "Registration token",
+                     "Launch Valdorn at login", "Runners"):
+            self.press("Tab")
+            wait_until(lambda: self.focused_name() == name, f"the focus in {name!r}", 5)
+
     def test_the_arrow_keys_walk_the_list(self):
         self.begin(BUILDER, SPARE, THIRD)
         self.click(self.page.window.find_all("list item")[0])
@@ -155,6 +165,16 @@ class ListTest(SettingsCase):
         self.assertTrue(is_alive(daemons[0]) and is_alive(daemons[1]))
         self.assertTrue(all(map(os.path.exists, self.folders[:2])))
         self.assertEqual([record["name"] for record in self.file()], ["builder", "spare"])
+
+    def test_without_a_highlighted_one_it_is_about_the_first(self):
+        self.begin(BUILDER, SPARE, THIRD)
+        self.page.select(1)
+        self.press("ctrl+space")
+        wait_until(lambda: self.page.selected() == [], "no highlighted runner")
+        wait_until(lambda: self.page.field("Name").text() == "builder", "the first runner")
+        self.click(self.page.remove_button())
+        wait_until(lambda: self.page.runners() == ["spare", "third"], "two runners")
+        self.assertEqual(self.page.selected(), [0])
 
     def test_the_folder_of_the_legacy_runner_stays(self):
         self.begin({**BUILDER, "legacy": True}, SPARE, registered=True)
@@ -411,6 +431,36 @@ class SuccessTest(RegistrationCase):
         self.assertEqual(self.puppets[1].pids(), [])
 
 
+    def test_does_not_stop_a_daemon_that_runs_and_leaves_none_behind(self):
+        self.begin(registered=True)
+        daemon = self.puppets[0].wait_for_one()
+        self.page.register(TOKEN)
+        self.page.wait_for_text(REGISTERED)
+        spend(0.3)
+        self.assertEqual(self.puppets[0].signals(daemon), [])
+        self.program.quit()
+        self.puppets[0].wait_for_none()
+
+    def test_a_tool_that_leaves_no_registration_starts_nothing(self):
+        self.begin(script="exit 0")
+        self.page.register(TOKEN)
+        self.page.wait_for_text(REGISTERED)
+        wait_until(lambda: "Status: Not registered" in self.menu.labels(), "the status")
+        self.assertEqual(self.page.register_button().name(), "Register")
+        self.assertEqual(self.puppets[0].pids(), [])
+
+    def test_the_token_cannot_be_copied(self):
+        self.begin()
+        self.desktop.set_clipboard("something else")
+        self.page.type_token(TOKEN)
+        self.press("ctrl+a", "ctrl+c")
+        spend(0.2)
+        self.press("ctrl+a", "ctrl+x")
+        spend(0.2)
+        self.assertEqual(self.desktop.clipboard(), "something else")
+        self.assertNotIn(TOKEN, self.page.token().text())
+
+
 class FailureTest(RegistrationCase):
     def test_says_so_in_the_words_of_the_tool(self):
         self.begin(BUILDER, SPARE)
@@ -476,6 +526,29 @@ class HangingTest(RegistrationCase):
         self.assertEqual(self.program.wait_for_end(), 0)
         self.assertLess(time.monotonic() - begun, PROMPTLY)
         self.assert_token_is_nowhere()
+
+    def test_a_runner_may_be_removed_meanwhile(self):
+        self.begin(BUILDER, SPARE, script="while [ ! -e ~/go ]; do sleep 0.05; done")
+        self.page.register(TOKEN)
+        self.tool.wait_for_start()
+        self.click(self.page.remove_button())
+        wait_until(lambda: self.page.runners() == ["spare"], "one runner")
+        self.assertTrue(self.page.is_busy())
+        with open(os.path.join(self.home.path, "go"), "w"):
+            pass
+        self.page.wait_for_text(REGISTERED)
+        spend(0.3)
+        self.assertEqual(self.program.children(), [])
+        self.assertEqual([record["name"] for record in self.file()], ["spare"])
+
+    def test_nothing_is_started_after_the_end(self):
+        self.begin(script="sleep 0.5\n" + SUCCEED)
+        self.page.register(TOKEN)
+        self.tool.wait_for_start()
+        self.program.quit()
+        wait_until(lambda: os.path.exists(os.path.join(self.folders[0], ".runner")), "the tool's end")
+        spend(0.3)
+        self.assertEqual(self.puppets[0].pids(), [])
 
     def test_a_tool_that_floods_neither_blocks_nor_fills_the_memory(self):
         self.begin(BUILDER, SPARE, script="yes 'a line of the flood' | head -c 100000000\n"

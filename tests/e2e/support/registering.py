@@ -1,7 +1,6 @@
 """An act_runner that registers as a test tells it to."""
 
 import os
-import shlex
 import shutil
 import tempfile
 
@@ -10,13 +9,26 @@ from .waiting import wait_until
 
 SUCCEED = "echo '{}' > .runner"
 
-_TOOL = """#!/bin/sh
-[ "$1" = register ] || exec {puppet} "$@"
-notes={notes}
-printf '%s\\0' "$@" > "$notes/arguments"
-pwd > "$notes/folder"
-touch "$notes/called"
-. "$notes/script"
+_TOOL = """#!/usr/bin/python3 -SEB
+import os
+import runpy
+import sys
+
+NOTES = {notes!r}
+
+
+def note(name, text):
+    with open(os.path.join(NOTES, name), "wb") as file:
+        file.write(text)
+
+
+if sys.argv[1] == "register":
+    note("arguments", b"\\0".join(map(os.fsencode, sys.argv[1:])))
+    note("folder", os.fsencode(os.getcwd()))
+    note("called", b"")
+    os.execv("/bin/sh", ["sh", os.path.join(NOTES, "script")])
+# In this very process: a daemon is known by its executable.
+runpy.run_path({puppet!r})
 """
 
 
@@ -29,7 +41,7 @@ class RegisteringTool:
         self._notes = tempfile.mkdtemp(prefix="valdorn-tool.")
         home.install_runner(PUPPET)
         with open(home.runner_path, "w") as file:
-            file.write(_TOOL.format(puppet=shlex.quote(PUPPET), notes=shlex.quote(self._notes)))
+            file.write(_TOOL.format(puppet=PUPPET, notes=self._notes))
         self.plays(script)
 
     def plays(self, script):
@@ -44,13 +56,13 @@ class RegisteringTool:
         """Of the call."""
         self.wait_for_start()
         with open(self._path("arguments"), encoding="utf-8") as file:
-            return file.read().split("\0")[:-1]
+            return file.read().split("\0")
 
     def folder(self):
         """Where it was called."""
         self.wait_for_start()
         with open(self._path("folder")) as file:
-            return file.read().rstrip("\n")
+            return file.read()
 
     def was_called(self):
         return os.path.exists(self._path("called"))
