@@ -118,15 +118,16 @@ public:
 
     // Blocks the calling thread, never the main thread: starts a child, hands each chunk of its
     // output to `onOutput` on the calling thread until the end of the stream, then waits for the
-    // child to end. A grandchild that keeps the pipe thus keeps the caller. No time-out. Returns LaunchError::interrupted early after shutDown(); the
-    // child then lives on without us.
+    // child to end. A grandchild that keeps the pipe thus keeps the caller. No time-out. Returns
+    // LaunchError::interrupted early after shutDown(); the child is asked to end then (SIGTERM), as
+    // nobody is left who wants to know what comes of it.
     virtual Result<ChildExit, LaunchError> run(
         const ChildCommand& command,
         const std::function<void(std::string_view chunk)>& onOutput) = 0;
 
     // Any thread. The program is quitting: every run() returns soon, and from here on run() and
-    // launch() start nothing and answer LaunchError::interrupted. Children that run are left alone,
-    // and their handlers go on being called.
+    // launch() start nothing and answer LaunchError::interrupted. Children of launch() are left
+    // alone, and their handlers go on being called.
     virtual void shutDown() = 0;
 };
 

@@ -8,8 +8,6 @@
 
 namespace valdorn {
 
-namespace {}  // namespace
-
 ForegroundRun::ForegroundRun(SpawnedChild& child, const Descriptor& interrupt,
                              const OnOutput& onOutput)
     : child_(child), interrupt_(interrupt), onOutput_(onOutput), buffer_(maxChunkBytes) {}

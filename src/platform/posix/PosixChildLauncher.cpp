@@ -1,5 +1,6 @@
 #include "platform/posix/PosixChildLauncher.h"
 
+#include <tuple>
 #include <utility>
 
 #include <poll.h>
@@ -83,9 +84,12 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
     if (!child)
         return child.error();
     auto outcome = ForegroundRun(child.value(), quitting_, onOutput).wait();
-    // Failing to watch it costs only its remaining output, and a zombie until the program ends.
-    if (!outcome)
+    if (!outcome) {
+        // It may have ended by itself just now; then there is nobody to ask.
+        std::ignore = child.value().process->send(SIGTERM);
+        // Failing to watch it costs only its remaining output, and a zombie until the program ends.
         reader_.watch(std::move(child.value()), nobody());
+    }
     return outcome;
 }
 
