@@ -196,8 +196,8 @@ QWidget* Application::makeStatusView() {
 }
 
 QWidget* Application::makeOnboardingView() {
-    return new OnboardingView({store().runners().at(0), store().shared_from_this(), mainQueue_,
-                               workspace_, [this] { delegate_->openSettings(); },
+    return new OnboardingView({store().first(), store().shared_from_this(), mainQueue_, workspace_,
+                               [this] { delegate_->openSettings(); },
                                [this] { windows_.close(WindowKind::onboarding); }});
 }
 

@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include <cstdlib>
 #include <utility>
 
 #include "app/Windows.h"
@@ -51,9 +50,7 @@ void AppDelegate::buildMenu() {
                           action(&AppDelegate::openStatus), action(&AppDelegate::showOnboarding),
                           action(&AppDelegate::openSettings), action(&AppDelegate::openLog),
                           action(&AppDelegate::quit)});
-    if (store().runners().empty())
-        std::abort();  // our own mistake: a fleet starts with a runner
-    statusMenu_->render(store().runners().front()->status(), store());
+    statusMenu_->render(store().first()->status(), store());
 }
 
 MenuModel* AppDelegate::menu() {

@@ -1,7 +1,5 @@
 #include "fleet/LogPath.h"
 
-#include <cstdlib>
-
 #include "fleet/RunnersStore.h"
 #include "platform/Path.h"
 #include "runner/Config.h"
@@ -9,9 +7,7 @@
 namespace valdorn {
 
 std::string Config::logPath(const RunnersStore& store) {
-    if (store.runners().empty())
-        std::abort();  // our own mistake: the list is never empty
-    return appendPathComponent(store.runners().front()->dataDir(), runnerLogName);
+    return appendPathComponent(store.first()->dataDir(), runnerLogName);
 }
 
 }  // namespace valdorn

@@ -1,19 +1,12 @@
 #include "fleet/RunnerSelection.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace valdorn {
 
 RunnerSelection::RunnerSelection(std::shared_ptr<RunnersStore> store)
-    : store_(std::move(store)), selectedID_(*this, first()->id()) {}
-
-const std::shared_ptr<RunnerManager>& RunnerSelection::first() const {
-    if (store_->runners().empty())
-        std::abort();  // our own mistake: the last runner is never removed
-    return store_->runners().front();
-}
+    : store_(std::move(store)), selectedID_(*this, store_->first()->id()) {}
 
 void RunnerSelection::select(std::optional<std::string> id) {
     if (id != selectedID())
@@ -25,7 +18,7 @@ const std::shared_ptr<RunnerManager>& RunnerSelection::selected() const {
     const auto found = std::find_if(
         runners.begin(), runners.end(),
         [this](const auto& runner) VALDORN_ON_MAIN_THREAD { return runner->id() == selectedID(); });
-    return found != runners.end() ? *found : first();
+    return found != runners.end() ? *found : store_->first();
 }
 
 void RunnerSelection::add() {
@@ -37,8 +30,11 @@ bool RunnerSelection::canRemove() const {
 }
 
 void RunnerSelection::removeSelected() {
+    // A second click may come before the button knows.
+    if (!canRemove())
+        return;
     store_->remove(selected());
-    select(first()->id());
+    select(store_->first()->id());
 }
 
 }  // namespace valdorn

@@ -12,8 +12,7 @@ namespace valdorn {
 // The runner of the fleet that is looked at and edited, and what adding and removing do to it.
 //
 // Thread: main thread only. Observers are told before another runner is highlighted; changes of the
-// list are the fleet's to announce. The fleet always has a runner while this is in use: without one
-// the program is wrong and ends.
+// list are the fleet's to announce.
 class RunnerSelection : public Observable {
 public:
     // The first runner is selected.
@@ -37,13 +36,11 @@ public:
     // The last runner cannot be removed.
     bool canRemove() const VALDORN_ON_MAIN_THREAD;
 
-    // Removes selected(), with its folder, and selects the runner that is first then. To be called
-    // where canRemove() says so.
+    // Removes selected(), with its folder, and selects the runner that is first then. Nothing happens
+    // where canRemove() says no.
     void removeSelected() VALDORN_ON_MAIN_THREAD;
 
 private:
-    const std::shared_ptr<RunnerManager>& first() const VALDORN_ON_MAIN_THREAD;
-
     const std::shared_ptr<RunnersStore> store_;
     Published<std::optional<std::string>> selectedID_;
 };

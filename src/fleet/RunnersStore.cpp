@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <tuple>
 #include <utility>
 
@@ -93,6 +94,12 @@ void RunnersStore::observe(RunnerManager& runner) {
                                                            if (const auto store = weak.lock())
                                                                store->save();
                                                        }));
+}
+
+const std::shared_ptr<RunnerManager>& RunnersStore::first() const {
+    if (runners().empty())
+        std::abort();
+    return runners().front();
 }
 
 std::shared_ptr<RunnerManager> RunnersStore::add(const std::string& name) {

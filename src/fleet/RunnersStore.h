@@ -43,6 +43,9 @@ public:
 
     // The fleet in the order of the file.
     const Runners& runners() const VALDORN_ON_MAIN_THREAD { return runners_.get(); }
+    // The first runner of the list. There always is one while the program runs; a list without any
+    // is our own mistake and ends it.
+    const std::shared_ptr<RunnerManager>& first() const VALDORN_ON_MAIN_THREAD;
     // Calls `observer` with the coming list before each change of it.
     [[nodiscard]] Subscription onRunnersWillSet(std::function<void(const Runners&)> observer)
         VALDORN_ON_MAIN_THREAD {

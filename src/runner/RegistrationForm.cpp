@@ -27,6 +27,9 @@ bool RegistrationForm::canRegister(const RunnerManager& runner) const {
 }
 
 void RegistrationForm::doRegister(const std::shared_ptr<RunnerManager>& runner) {
+    // A second click may come before the button knows.
+    if (!canRegister(*runner))
+        return;
     busy_.set(true);
     message_.set(std::nullopt);
     // The runner lives on the main thread: the background task carries it and gives it back.

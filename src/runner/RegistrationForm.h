@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,7 +23,7 @@ class RegistrationForm : public Observable, public std::enable_shared_from_this<
     struct Key {};
 
 public:
-    // An empty form. The queues outlive it.
+    // An empty form. The queues outlive it, and the main queue every task of the background queue.
     static std::shared_ptr<RegistrationForm> create(MainQueue& queue, BackgroundQueue& background);
 
     RegistrationForm(Key, MainQueue& queue, BackgroundQueue& background);
@@ -50,7 +49,7 @@ public:
     bool canRegister(const RunnerManager& runner) const VALDORN_ON_MAIN_THREAD;
 
     // Registers the runner with the token as they are now, and starts it if that succeeds; then the
-    // token is emptied. To be called where canRegister() says so. Returns at once.
+    // token is emptied. Nothing happens where canRegister() says no. Returns at once.
     void doRegister(const std::shared_ptr<RunnerManager>& runner) VALDORN_ON_MAIN_THREAD;
 
 private:

@@ -1,5 +1,6 @@
 #include "ui/PlainText.h"
 
+#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 #include <QTextDocument>
 
@@ -54,6 +55,12 @@ QString withBreaks(const QString& text) {
 }
 
 }  // namespace
+
+QString fromUtf8(std::string_view text) {
+    // Qt drops a byte order mark at the beginning unless told that it is a character like others.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+}
 
 QString oneLine(QString text) {
     text.replace(QLatin1String("\r\n"), QLatin1String(" "));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <string_view>
 
 namespace valdorn {
 
@@ -14,6 +15,9 @@ inline constexpr qsizetype endLength = 1000;
 
 // The most of a text that a tooltip tells: a dozen lines, which still is less than a screen.
 inline constexpr qsizetype toolTipLength = 1000;
+
+// The text of UTF-8, with every character that is in it.
+QString fromUtf8(std::string_view text);
 
 // The text on one line: each line break becomes a blank.
 QString oneLine(QString text);

@@ -2,7 +2,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "fleet/RunnerRecords.h"
 #include "platform/Services.h"
 #include "runner/RunnerConfig.h"
 #include "runner/RunnerManager.h"
@@ -38,6 +40,16 @@ struct FakeWorld {
 
     static std::string dataFolder(const std::string& id) {
         return std::string(supportFolder) + "/runners/" + id;
+    }
+
+    // The list of runners as the program last left it.
+    void saveFleet(const std::vector<RunnerConfig>& records) {
+        files.files[std::string(supportFolder) + "/runners.json"] = *RunnerRecords::encode(records);
+    }
+
+    // The next run of the registration tool prints this and fails.
+    void toolFails(const std::string& output) {
+        launcher.runScript.push_back(ScriptedRun{{output}, {ChildExit::Kind::exited, 1}});
     }
 
     // Puts the registration marker into the folder of the runner with that id.

@@ -14,6 +14,7 @@
 
 #include "platform/Pasteboard.h"
 #include "platform/Workspace.h"
+#include "ui/PlainText.h"
 #include "ui/PromptField.h"
 #include "ui/log/LogRowsView.h"
 
@@ -27,10 +28,6 @@ constexpr int controlSpacing = 10;
 constexpr QSize leastSize{660, 400};
 constexpr int widestFilter = 220;
 constexpr int levelPicker = 110;
-
-QString fromUtf8(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 // As wide as it is meant to be, and wider where the desktop's font needs it.
 class LevelPicker : public QComboBox {
@@ -98,7 +95,7 @@ void LogViewerView::addLevel(QHBoxLayout& bar) {
     level->setObjectName(QStringLiteral("logLevel"));
     level->setAccessibleName(QStringLiteral("Level"));
     for (const LevelFilter each : levelFilters)
-        level->addItem(fromUtf8(rawValue(each)));
+        level->addItem(PlainText::fromUtf8(rawValue(each)));
     connect(level, &QComboBox::currentIndexChanged, this, [this](int index) {
         viewer_->setLevel(levelFilters.at(static_cast<std::size_t>(index)));
     });

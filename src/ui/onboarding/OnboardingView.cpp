@@ -3,7 +3,6 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
-#include <cstdlib>
 #include <utility>
 
 #include "fleet/RunnersStore.h"
@@ -11,6 +10,7 @@
 #include "runner/RunnerManager.h"
 #include "ui/AccessibleRole.h"
 #include "ui/Divider.h"
+#include "ui/PlainText.h"
 #include "ui/StatusColor.h"
 #include "ui/StatusDot.h"
 #include "ui/StyledLabel.h"
@@ -24,10 +24,6 @@ constexpr int padding = 20;
 constexpr int spacing = 14;
 constexpr int rowSpacing = 8;
 constexpr QSize contentSize(460, 300);
-
-QString fromUtf8(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QString noteFor(RunnerStatus status) {
     switch (status) {
@@ -50,10 +46,8 @@ QString noteFor(RunnerStatus status) {
 }
 
 QString settingsTitleFor(const RunnersStore& store) VALDORN_ON_MAIN_THREAD {
-    if (store.runners().empty())
-        std::abort();  // our own mistake: the last runner is never removed
-    return store.runners().front()->isRegistered() ? QStringLiteral("Runner Settings…")
-                                                   : QStringLiteral("Register a Runner…");
+    return store.first()->isRegistered() ? QStringLiteral("Runner Settings…")
+                                         : QStringLiteral("Register a Runner…");
 }
 
 template <typename Widget>
@@ -151,7 +145,7 @@ void OnboardingView::refresh() {
     const RunnerStatus status = environment_.runner->status();
     if (std::exchange(shown_, status) == status)
         return;
-    const QString title = fromUtf8(rawValue(status));
+    const QString title = PlainText::fromUtf8(rawValue(status));
     dot_->setStatus(statusColor(status), title);
     status_->setText(QStringLiteral("Status: ") + title);
     if (const QString note = noteFor(status); note_->text() != note)

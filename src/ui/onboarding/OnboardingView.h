@@ -21,11 +21,6 @@ class StatusDot;
 class StyledLabel;
 class Workspace;
 
-// The page of the system's settings on which local networks are allowed; where there is no such
-// page, the workspace opens what comes closest.
-inline constexpr char localNetworkSettings[] =
-    "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_LocalNetwork";
-
 // What the onboarding window needs from outside; queue and workspace outlive the view.
 struct OnboardingEnvironment {
     // Whose status is shown; it stays the same, also when it leaves the fleet.

@@ -9,6 +9,7 @@
 
 #include "runner/RegistrationForm.h"
 #include "runner/RunnerManager.h"
+#include "ui/PlainText.h"
 #include "ui/PromptField.h"
 #include "ui/Spinner.h"
 #include "ui/StyledLabel.h"
@@ -51,7 +52,7 @@ constexpr int noLimit = std::numeric_limits<int>::max();
 // A text that is there already stays as it is, with its cursor, its selection and its history.
 void fill(QLineEdit& edit, const std::string& text) {
     if (edit.text().toStdString() != text)
-        edit.setText(QString::fromStdString(text));
+        edit.setText(PlainText::fromUtf8(text));
 }
 
 }  // namespace
@@ -127,6 +128,7 @@ void RunnerForm::addTokenField(FormSection& section) {
 
 void RunnerForm::addActions(FormSection& section) {
     button_->setObjectName(QStringLiteral("register"));
+    button_->setAutoDefault(true);  // Return presses it, as Space does
     connect(button_, &QPushButton::clicked, this, &RunnerForm::doRegister);
     spinner_->setObjectName(QStringLiteral("spinner"));
     spinner_->setAccessibleName(QStringLiteral("Registering"));
@@ -155,6 +157,7 @@ void RunnerForm::doRegister() {
     if (button_->hasFocus())
         token_->setFocus();
     registration_->doRegister(runner_);
+    refresh();  // at once: the next click may be on its way
 }
 
 void RunnerForm::refresh() {
@@ -180,7 +183,7 @@ void RunnerForm::refreshMessage() {
     const auto& message = registration_->message();
     message_->setColor(registration_->ok() ? SystemColor::green : SystemColor::red);
     if (message)
-        message_->setText(QString::fromStdString(*message));
+        message_->setText(PlainText::fromUtf8(*message));
     message_->setVisible(message.has_value());
 }
 

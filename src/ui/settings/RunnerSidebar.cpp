@@ -14,7 +14,6 @@ namespace valdorn {
 
 namespace {
 
-constexpr int sidebarWidth = 180;
 constexpr int barPadding = 6;
 constexpr int barSpacing = 4;
 
@@ -26,11 +25,13 @@ RunnerSidebar::RunnerSidebar(std::shared_ptr<RunnerSelection> selection)
       add_(new SymbolButton),
       remove_(new SymbolButton) {
     setObjectName(QStringLiteral("runnerSidebar"));
-    setFixedWidth(sidebarWidth);
+    setFixedWidth(fixedWidth);
     list_->setObjectName(QStringLiteral("runnerList"));
     list_->setAccessibleName(QStringLiteral("Runners"));
-    connect(list_, &RunnerList::chosen, this,
-            [this](const std::optional<std::string>& id) { selection_->select(id); });
+    connect(list_, &RunnerList::chosen, this, [this](const std::optional<std::string>& id) {
+        selection_->select(id);
+        changed();
+    });
     auto* const stack = new QVBoxLayout(this);
     stack->setContentsMargins(0, 0, 0, 0);
     stack->setSpacing(0);
@@ -44,11 +45,17 @@ RunnerSidebar::~RunnerSidebar() = default;
 QWidget* RunnerSidebar::makeButtonBar() {
     add_->setObjectName(QStringLiteral("addRunner"));
     add_->setSymbol(QStringLiteral("plus"), std::nullopt, QStringLiteral("Add a runner"));
-    connect(add_, &SymbolButton::clicked, this, [this] { selection_->add(); });
+    connect(add_, &SymbolButton::clicked, this, [this] {
+        selection_->add();
+        changed();
+    });
     remove_->setObjectName(QStringLiteral("removeRunner"));
     remove_->setSymbol(QStringLiteral("minus"), std::nullopt,
                        QStringLiteral("Remove the selected runner"));
-    connect(remove_, &SymbolButton::clicked, this, [this] { selection_->removeSelected(); });
+    connect(remove_, &SymbolButton::clicked, this, [this] {
+        selection_->removeSelected();
+        changed();
+    });
     auto* const bar = new QWidget;
     auto* const buttons = new QHBoxLayout(bar);
     buttons->setContentsMargins(barPadding, barPadding, barPadding, barPadding);

@@ -19,6 +19,7 @@ namespace valdorn {
 namespace {
 
 constexpr QSize contentSize(620, 400);
+constexpr int detailWidth = contentSize.width() - RunnerSidebar::fixedWidth - Divider::thickness;
 constexpr int switchPadding = 10;
 
 }  // namespace
@@ -30,7 +31,8 @@ ValdornSettingsView::ValdornSettingsView(SettingsEnvironment environment,
       environment_(environment),
       selection_(std::move(selection)),
       sidebar_(new RunnerSidebar(selection_)),
-      detail_(new RunnerDetail(selection_->selected(), std::move(registration), environment.queue)),
+      detail_(new RunnerDetail(selection_->selected(), std::move(registration), environment.queue,
+                               detailWidth)),
       launchAtLogin_(new QCheckBox(QStringLiteral("Launch Valdorn at login"))),
       update_(environment.queue, [this]() VALDORN_ON_MAIN_THREAD { refresh(); }),
       listChanges_(selection_->store()->onWillChange([this] { update_.request(); })),
@@ -42,6 +44,7 @@ ValdornSettingsView::ValdornSettingsView(SettingsEnvironment environment,
     stack->addWidget(makeRunners(), 1);
     stack->addWidget(new Divider(Qt::Horizontal));
     stack->addWidget(makeLaunchSwitch());
+    connect(sidebar_, &RunnerSidebar::changed, this, &ValdornSettingsView::refresh);
     refresh();
 }
 

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "app/AppDelegate.h"
-#include "fleet/RunnerRecords.h"
 #include "fleet/RunnersStore.h"
 #include "support/FakeWorld.h"
 #include "support/RecordingStatusItem.h"
@@ -34,8 +33,7 @@ protected:
     }
 
     void launchWith(const std::vector<RunnerConfig>& records) {
-        world.files.files[std::string(FakeWorld::supportFolder) + "/runners.json"] =
-            *RunnerRecords::encode(records);
+        world.saveFleet(records);
         launch();
     }
 
@@ -102,8 +100,7 @@ TEST_F(AppDelegateTest, StartsTheFleet) {
 
 TEST_F(AppDelegateTest, FirstPictureIsOfTheFirstRunner) {
     world.markRegistered("r1");
-    world.files.files[std::string(FakeWorld::supportFolder) + "/runners.json"] =
-        *RunnerRecords::encode({FakeWorld::record("r0"), FakeWorld::record("r1")});
+    world.saveFleet({FakeWorld::record("r0"), FakeWorld::record("r1")});
     delegate->applicationDidFinishLaunching();
     EXPECT_EQ(title("statusLine"), "Status: Stopped · 2 runners");
     EXPECT_EQ(item.icon, (StatusIcon{"bird", SystemColor::secondary, "Valdorn"}));

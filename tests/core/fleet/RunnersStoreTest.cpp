@@ -20,9 +20,7 @@ const std::string listPath = support + "/runners.json";
 
 class RunnersStoreTest : public testing::Test {
 protected:
-    void hasFile(const std::vector<RunnerConfig>& records) {
-        world.files.files[listPath] = *RunnerRecords::encode(records);
-    }
+    void hasFile(const std::vector<RunnerConfig>& records) { world.saveFleet(records); }
 
     std::shared_ptr<RunnersStore> open() { return RunnersStore::create(world.services()); }
 

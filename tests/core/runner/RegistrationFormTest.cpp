@@ -16,9 +16,6 @@ protected:
     std::shared_ptr<RunnerManager> makeRunner(const std::string& id) {
         return RunnerManager::create(FakeWorld::record(id), world.services());
     }
-    void toolFails(const std::string& output) {
-        world.launcher.runScript.push_back(ScriptedRun{{output}, {ChildExit::Kind::exited, 1}});
-    }
     // Registers, and runs what that has led to.
     void registerWith(const std::string& token) {
         form->setToken(token);
@@ -120,7 +117,7 @@ TEST_F(RegistrationFormTest, SuccessWithoutARegistrationFileLeavesTheRunnerUnreg
 }
 
 TEST_F(RegistrationFormTest, FailureTellsTheToolsLastLineAndKeepsTheToken) {
-    toolFails("INFO registering\nError: instance address is empty\n");
+    world.toolFails("INFO registering\nError: instance address is empty\n");
     registerWith("t");
     EXPECT_EQ(form->message(), "Error: instance address is empty");
     EXPECT_FALSE(form->ok());
@@ -130,7 +127,7 @@ TEST_F(RegistrationFormTest, FailureTellsTheToolsLastLineAndKeepsTheToken) {
 }
 
 TEST_F(RegistrationFormTest, SilentFailureIsAnEmptyMessage) {
-    toolFails("");
+    world.toolFails("");
     registerWith("t");
     EXPECT_EQ(form->message(), "");
 }
@@ -144,8 +141,21 @@ TEST_F(RegistrationFormTest, ToolThatCannotBeLaunchedIsToldInTheSystemsWords) {
     EXPECT_EQ(form->token(), "t");
 }
 
+TEST_F(RegistrationFormTest, ASecondClickRegistersNothing) {
+    form->setToken("t");
+    form->doRegister(runner);
+    form->doRegister(runner);
+    EXPECT_EQ(world.background.count(), 1U);
+}
+
+TEST_F(RegistrationFormTest, WhatIsIncompleteIsNotRegistered) {
+    form->doRegister(runner);
+    EXPECT_FALSE(form->busy());
+    EXPECT_EQ(world.background.count(), 0U);
+}
+
 TEST_F(RegistrationFormTest, NextTryClearsTheMessageAtOnce) {
-    toolFails("Error: no\n");
+    world.toolFails("Error: no\n");
     registerWith("t");
     form->doRegister(runner);
     EXPECT_EQ(form->message(), std::nullopt);
@@ -156,9 +166,10 @@ TEST_F(RegistrationFormTest, NextTryClearsTheMessageAtOnce) {
 
 TEST_F(RegistrationFormTest, SuccessStaysTheLastWordUntilTheNextOutcome) {
     registerWith("t");
+    form->setToken("t");
     form->doRegister(runner);
     EXPECT_TRUE(form->ok());
-    toolFails("Error: no\n");
+    world.toolFails("Error: no\n");
     finish();
     EXPECT_FALSE(form->ok());
 }
