@@ -5,10 +5,10 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
-#include <QToolTip>
 #include <cmath>
 
 #include "ui/PlainText.h"
+#include "ui/ToolTips.h"
 
 namespace valdorn {
 
@@ -56,11 +56,8 @@ QSize ElidedLabel::minimumSizeHint() const {
 bool ElidedLabel::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return StyledLabel::event(event);
-    if (shownText() != PlainText::oneLine(text()))
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainText::toolTip(text()),
-                           this);
-    else
-        QToolTip::hideText();
+    const bool isCut = shownText() != PlainText::oneLine(text());
+    ToolTips::answer(*static_cast<QHelpEvent*>(event), *this, text(), isCut);
     return true;
 }
 

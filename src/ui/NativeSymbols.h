@@ -18,8 +18,8 @@ namespace NativeSymbols {
 // The symbol on a transparent square of `pixels` by `pixels`.
 QImage image(const QString& name, const QColor& color, int pixels);
 
-// The symbol for a button or a label, in the text's colour or a named one. It is drawn afresh for
-// each size and scale, in the application's palette of that moment.
+// The symbol for a button, a label or a row of a list, in the text's colour (on a highlight, in the
+// colour of highlighted text) or a named one. It is drawn afresh for each size and scale, in the application's palette of that moment.
 QIcon icon(const QString& name, std::optional<SystemColor> color = std::nullopt);
 
 }  // namespace NativeSymbols

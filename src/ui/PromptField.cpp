@@ -1,6 +1,9 @@
 #include "ui/PromptField.h"
 
 #include <QEvent>
+#include <QFontMetrics>
+#include <QStyle>
+#include <QStyleOptionFrame>
 
 #include "ui/SystemPalette.h"
 
@@ -13,11 +16,13 @@ PromptField::PromptField(const QString& placeholder, QWidget* parent) : QLineEdi
 
 QSize PromptField::minimumSizeHint() const {
     ensurePolished();
-    constexpr int hinted = 17;  // so many letters x are in a line edit's hint, with what is around
-    const int around =
-        sizeHint().width() - hinted * fontMetrics().horizontalAdvance(QLatin1Char('x'));
-    const int shown = fontMetrics().horizontalAdvance(placeholderText()) + around;
-    return QLineEdit::minimumSizeHint().expandedTo(QSize(shown, 0));
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    const QFontMetrics metrics = fontMetrics();
+    const int air = 2 * metrics.averageCharWidth();  // more than the margins beside the text
+    const QSize shown(metrics.horizontalAdvance(placeholderText()) + air, metrics.height());
+    const QSize framed = style()->sizeFromContents(QStyle::CT_LineEdit, &option, shown, this);
+    return QLineEdit::minimumSizeHint().expandedTo(QSize(framed.width(), 0));
 }
 
 void PromptField::changeEvent(QEvent* event) {

@@ -11,19 +11,18 @@ namespace valdorn {
 
 namespace {
 
-// As often as the one in the status bar: a turn a second.
-constexpr std::chrono::milliseconds period{125};
+constexpr std::chrono::milliseconds turn{1000};
 
 }  // namespace
 
 Spinner::Spinner(MainQueue& queue) : queue_(queue) {
-    setFixedSize(points, points);
+    setFixedSize(diameter, diameter);
     AccessibleRole::set(*this, QAccessible::Animation);
 }
 
 void Spinner::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    tick_ = queue_.every(period, [this] { advance(); });
+    tick_ = queue_.every(turn / Spokes::count, [this] { advance(); });
 }
 
 void Spinner::hideEvent(QHideEvent* event) {
@@ -40,8 +39,7 @@ void Spinner::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(width() / 2.0, height() / 2.0);
-    const double radius = points / 2.0;
-    Spokes::draw(painter, position_, radius, radius * 0.2,
+    Spokes::draw(painter, position_, diameter / 2.0, Spokes::thin,
                  SystemPalette::text(SystemColor::secondary, palette()));
 }
 

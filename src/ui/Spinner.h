@@ -12,7 +12,7 @@ class Spinner : public QWidget {
     Q_OBJECT
 
 public:
-    static constexpr int points = 16;
+    static constexpr int diameter = 16;  // points
 
     // The queue outlives this.
     explicit Spinner(MainQueue& queue);

@@ -11,9 +11,14 @@ namespace Spokes {
 // How many there are, and so how many positions one turn has.
 inline constexpr int count = 8;
 
-// Draws the wheel around the painter's origin. The spoke at which the turn has arrived is the
-// strongest, and they fade behind it. Lengths are in the painter's units.
-void draw(QPainter& painter, int position, double radius, double spokeWidth, const QColor& color);
+// How wide spokes are, as a share of the radius: that of the wheel itself, and of an outline that
+// shows around it.
+inline constexpr double thin = 0.2;
+inline constexpr double wide = 0.38;
+
+// Draws the wheel around the painter's origin, with the radius in the painter's units. The spoke at
+// `position` (0 to `count` - 1) is the strongest, and they fade behind it.
+void draw(QPainter& painter, int position, double radius, double width, const QColor& color);
 
 }  // namespace Spokes
 

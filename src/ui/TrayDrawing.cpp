@@ -85,8 +85,8 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(pixels / 2.0, pixels / 2.0);
     const double radius = diameter / 2;
-    Spokes::draw(painter, frame, radius, radius * 0.38, spokeOutline);
-    Spokes::draw(painter, frame, radius, radius * 0.2,
+    Spokes::draw(painter, frame, radius, Spokes::wide, spokeOutline);
+    Spokes::draw(painter, frame, radius, Spokes::thin,
                  SystemPalette::darkVariant(SystemColor::secondary).lighter(138));
     return image;
 }

@@ -6,9 +6,11 @@
 #include <QStyle>
 #include <QTextLayout>
 #include <QTextOption>
-#include <QToolTip>
+#include <algorithm>
+#include <cmath>
 
 #include "ui/PlainText.h"
+#include "ui/ToolTips.h"
 
 namespace valdorn {
 
@@ -16,6 +18,9 @@ namespace {
 
 // A column narrower than that is no text any more.
 constexpr int leastCharacters = 12;
+
+// Wider than any text that is kept.
+constexpr int onOneLine = 1'000'000;
 
 }  // namespace
 
@@ -28,32 +33,33 @@ void WrappedLabel::setText(const QString& text) {
     StyledLabel::setText(PlainText::shortened(text));
 }
 
-QStringList WrappedLabel::linesIn(int width) const {
-    const QString whole = PlainText::oneLine(text());
+WrappedLabel::Lines WrappedLabel::laidOut(int width) const {
+    const QString whole = PlainText::oneLine(text()).trimmed();
     QTextLayout layout(whole, font());
     QTextOption option(Qt::AlignLeading);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
-    QStringList lines;
+    Lines result;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(width);
+        result.width = std::max(result.width, static_cast<int>(std::ceil(line.naturalTextWidth())));
         const int start = line.textStart();
         const int end = start + line.textLength();
-        if (lines.size() + 1 == mostLines_ && end < whole.size()) {
-            lines += fontMetrics().elidedText(whole.mid(start), Qt::ElideRight, width);
+        result.isCut = result.lines.size() + 1 == mostLines_ && end < whole.size();
+        result.lines += result.isCut
+                            ? fontMetrics().elidedText(whole.mid(start), Qt::ElideRight, width)
+                            : whole.mid(start, end - start).trimmed();
+        if (result.isCut)
             break;
-        }
-        lines += whole.mid(start, end - start).trimmed();
     }
     layout.endLayout();
-    return lines;
+    return result;
 }
 
 QSize WrappedLabel::sizeHint() const {
     ensurePolished();
-    const int width = fontMetrics().horizontalAdvance(PlainText::oneLine(text()));
-    return {width, heightForWidth(width)};
+    return {laidOut(onOneLine).width, fontMetrics().height()};
 }
 
 QSize WrappedLabel::minimumSizeHint() const {
@@ -63,19 +69,16 @@ QSize WrappedLabel::minimumSizeHint() const {
 }
 
 int WrappedLabel::heightForWidth(int width) const {
-    return static_cast<int>(qMax<qsizetype>(linesIn(width).size(), 1)) * fontMetrics().height();
+    return static_cast<int>(qMax<qsizetype>(laidOut(width).lines.size(), 1)) *
+           fontMetrics().height();
 }
 
 // The tooltip is made when it is asked for: only then is it known whether something is left out.
 bool WrappedLabel::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return StyledLabel::event(event);
-    const QStringList lines = shownLines();
-    if (lines.size() == mostLines_ && !PlainText::oneLine(text()).endsWith(lines.back()))
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainText::toolTip(text()),
-                           this);
-    else
-        QToolTip::hideText();
+    ToolTips::answer(*static_cast<QHelpEvent*>(event), *this, text(),
+                     laidOut(contentsRect().width()).isCut);
     return true;
 }
 

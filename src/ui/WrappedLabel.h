@@ -12,12 +12,13 @@ class WrappedLabel : public StyledLabel {
     Q_OBJECT
 
 public:
+    // `mostLines`: at least 1.
     WrappedLabel(TextStyle style, int mostLines);
 
     void setText(const QString& text);
 
     // The lines that stand there now.
-    QStringList shownLines() const { return linesIn(contentsRect().width()); }
+    QStringList shownLines() const { return laidOut(contentsRect().width()).lines; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -28,7 +29,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QStringList linesIn(int width) const;
+    struct Lines {
+        QStringList lines;
+        int width = 0;       // of the widest
+        bool isCut = false;  // there is more than the lines hold
+    };
+    Lines laidOut(int width) const;
 
     const int mostLines_;
 };

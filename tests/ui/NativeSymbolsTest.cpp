@@ -1,4 +1,6 @@
 #include <QApplication>
+#include <QIcon>
+#include <QPainter>
 #include <QPalette>
 #include <set>
 
@@ -75,6 +77,29 @@ TEST(NativeSymbolsTest, IconFollowsTheTextColourOfTheMoment) {
         EXPECT_EQ(image.pixelColor(8, 32).rgb(), color.rgb());
     }
     QApplication::setPalette(before);
+}
+
+TEST(NativeSymbolsTest, IconOnAHighlightHasTheColourOfHighlightedText) {
+    const QPalette before = QApplication::palette();
+    QPalette palette = before;
+    palette.setColor(QPalette::ButtonText, QColor(10, 20, 30));
+    palette.setColor(QPalette::HighlightedText, QColor(240, 230, 220));
+    QApplication::setPalette(palette);
+    const QIcon icon = NativeSymbols::icon(QStringLiteral("stop.circle.fill"));
+    const QImage image = icon.pixmap(QSize(64, 64), QIcon::Selected).toImage();
+    EXPECT_EQ(image.pixelColor(8, 32).rgb(), QColor(240, 230, 220).rgb());
+    QApplication::setPalette(before);
+}
+
+TEST(NativeSymbolsTest, IconIsSharpWhateverScalesThePainter) {
+    QImage twice(64, 64, QImage::Format_ARGB32_Premultiplied);
+    twice.fill(Qt::transparent);
+    QPainter painter(&twice);
+    painter.scale(2, 2);
+    NativeSymbols::icon(QStringLiteral("plus")).paint(&painter, QRect(0, 0, 32, 32));
+    painter.end();
+    const QColor text = QApplication::palette().color(QPalette::ButtonText);
+    EXPECT_EQ(twice, NativeSymbols::image(QStringLiteral("plus"), text, 64));
 }
 
 }  // namespace

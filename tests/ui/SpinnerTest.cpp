@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QImage>
 
 #include <gtest/gtest.h>
@@ -40,7 +41,8 @@ TEST_F(SpinnerTest, CostsNothingWhileItIsHidden) {
     EXPECT_EQ(queue.armed(), 0U);
 }
 
-TEST_F(SpinnerTest, IsSmall) {
+TEST_F(SpinnerTest, IsSmallAndAnAnimationToThoseWhoDoNotSeeIt) {
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&spinner)->role(), QAccessible::Animation);
     EXPECT_EQ(spinner.size(), QSize(16, 16));
 }
 

@@ -74,6 +74,24 @@ TEST_F(WrappedLabelTest, TextThatJustFillsItsLinesHasNoTooltip) {
     EXPECT_FALSE(toolTip().contains(QStringLiteral("aaaa")));
 }
 
+TEST_F(WrappedLabelTest, FitsIntoTheWidthThatItAsksFor) {
+    for (const char* const text : {"Error: no t", "Registered ✓", "iiiiii", "Wwwww W", "x"}) {
+        label->setText(QString::fromUtf8(text));
+        EXPECT_EQ(label->heightForWidth(label->sizeHint().width()), lineHeight()) << text;
+    }
+}
+
+TEST_F(WrappedLabelTest, ShortTextAsksForNoMoreThanItsWidth) {
+    label->setText(QStringLiteral("x"));
+    EXPECT_EQ(label->minimumSizeHint().width(), label->sizeHint().width());
+}
+
+TEST_F(WrappedLabelTest, BlanksAtTheEndAreNothingThatIsLeftOut) {
+    show(QStringLiteral("aaaaaaaaaa bbbbbbbbbb cccccccccc \n"), 90);
+    EXPECT_EQ(label->shownLines().size(), 3);
+    EXPECT_FALSE(toolTip().contains(QStringLiteral("aaaa")));
+}
+
 TEST_F(WrappedLabelTest, LineBreaksAreBlanksAndAnEmptyTextIsALine) {
     show(QStringLiteral("one\ntwo"), 300);
     EXPECT_EQ(label->shownLines(), QStringList{QStringLiteral("one two")});

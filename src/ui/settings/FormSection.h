@@ -4,7 +4,6 @@
 #include <QWidget>
 
 class QGridLayout;
-class QLayout;
 class QLineEdit;
 
 namespace valdorn {

@@ -1,5 +1,6 @@
 #include "ui/settings/RunnerDetail.h"
 
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -14,15 +15,15 @@ namespace valdorn {
 namespace {
 
 constexpr int padding = 14;
-// What the sidebar leaves of the window: with less room texts would wrap that in fact need not.
-constexpr int leastWidth = 620 - 180 - 1;
 
 }  // namespace
 
 RunnerDetail::RunnerDetail(std::shared_ptr<RunnerManager> runner,
-                           std::shared_ptr<RegistrationForm> registration, MainQueue& queue)
+                           std::shared_ptr<RegistrationForm> registration, MainQueue& queue,
+                           int leastWidth)
     : registration_(std::move(registration)),
       queue_(queue),
+      leastWidth_(leastWidth),
       content_(new QWidget),
       scrolling_(new VerticalScrollArea(content_)) {
     auto* const stack = new QVBoxLayout(content_);
@@ -49,8 +50,10 @@ void RunnerDetail::setRunner(std::shared_ptr<RunnerManager> runner) {
 
 // As high as the rows, so that the window grows with the font before anything has to scroll.
 QSize RunnerDetail::minimumSizeHint() const {
-    const int width = std::max(scrolling_->minimumSizeHint().width(), leastWidth);
-    return {width, content_->layout()->totalHeightForWidth(width)};
+    const int width = std::max(scrolling_->minimumSizeHint().width(), leastWidth_);
+    // A bar that has come up goes only when the rows would fit beside it.
+    const int bar = scrolling_->verticalScrollBar()->sizeHint().width();
+    return {width, content_->layout()->totalHeightForWidth(width - bar)};
 }
 
 }  // namespace valdorn

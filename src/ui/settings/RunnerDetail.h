@@ -20,9 +20,9 @@ class RunnerDetail : public QWidget {
     Q_OBJECT
 
 public:
-    // The queue outlives this.
+    // At least `leastWidth` points wide. The queue outlives this.
     RunnerDetail(std::shared_ptr<RunnerManager> runner,
-                 std::shared_ptr<RegistrationForm> registration, MainQueue& queue);
+                 std::shared_ptr<RegistrationForm> registration, MainQueue& queue, int leastWidth);
     ~RunnerDetail() override;
 
     // Shows that runner, in new rows: no half-finished edit is carried over. For the runner that is
@@ -39,6 +39,7 @@ private:
 
     const std::shared_ptr<RegistrationForm> registration_;
     MainQueue& queue_;
+    const int leastWidth_;
     QWidget* const content_;
     VerticalScrollArea* const scrolling_;
     RunnerForm* form_ = nullptr;

@@ -2,11 +2,10 @@
 
 #include <QHelpEvent>
 #include <QSignalBlocker>
-#include <QToolTip>
-#include <algorithm>
 
 #include "ui/NativeSymbols.h"
 #include "ui/PlainText.h"
+#include "ui/ToolTips.h"
 #include "ui/settings/RunnerItemDelegate.h"
 
 namespace valdorn {
@@ -74,12 +73,10 @@ bool RunnerList::isElided(const QListWidgetItem& item) const {
 bool RunnerList::viewportEvent(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return QListWidget::viewportEvent(event);
-    const auto* const help = static_cast<QHelpEvent*>(event);
-    const QListWidgetItem* const pointedAt = itemAt(help->pos());
-    if (pointedAt && isElided(*pointedAt))
-        QToolTip::showText(help->globalPos(), PlainText::toolTip(pointedAt->text()), this);
-    else
-        QToolTip::hideText();
+    const auto& help = *static_cast<QHelpEvent*>(event);
+    const QListWidgetItem* const pointedAt = itemAt(help.pos());
+    ToolTips::answer(help, *this, pointedAt ? pointedAt->text() : QString(),
+                     pointedAt && isElided(*pointedAt));
     return true;
 }
 

@@ -51,7 +51,7 @@ protected:
     OnboardingStage stage;
 };
 
-TEST_F(OnboardingRoomTest, HasTheDescribedSizeAtTheUsualFont) {
+TEST_F(OnboardingRoomTest, Is460By300AtTheUsualFont) {
     stage.show();
     for (const RunnerStatus status : statuses) {
         stage.become(status);
@@ -116,7 +116,7 @@ TEST_F(OnboardingRoomTest, FollowsAFontThatChangesWhileItIsOpen) {
     expectNothingClipped();
 }
 
-TEST_F(OnboardingRoomTest, StandsAsItIsMeantTo) {
+TEST_F(OnboardingRoomTest, PartsStandBelowEachOtherEvenly) {
     stage.show();
     EXPECT_EQ(place("title").topLeft(), QPoint(20, 20));
     EXPECT_EQ(place("explanation").top(), place("title").bottom() + 1 + 14);

@@ -6,14 +6,12 @@
 #include <gtest/gtest.h>
 
 #include "app/Windows.h"
-#include "fleet/RunnerRecords.h"
 #include "ui/onboarding/OnboardingView.h"
 
 namespace valdorn {
 
 OnboardingStage::OnboardingStage() {
-    world.files.files[std::string(FakeWorld::supportFolder) + "/runners.json"] =
-        *RunnerRecords::encode({FakeWorld::record("r0"), FakeWorld::record("r1")});
+    world.saveFleet({FakeWorld::record("r0"), FakeWorld::record("r1")});
     world.markRegistered("r0");
     store = RunnersStore::create(world.services());
 }

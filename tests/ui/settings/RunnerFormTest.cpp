@@ -1,9 +1,8 @@
 #include <QAccessible>
-#include <QGuiApplication>
 #include <QInputMethodEvent>
 
 #include "fleet/RunnerRecords.h"
-#include "ui/Spinner.h"
+#include "ui/PlainText.h"
 #include "ui/SystemPalette.h"
 #include "ui/WrappedLabel.h"
 #include "ui/settings/SettingsTest.h"
@@ -83,11 +82,11 @@ TEST_F(RunnerFormTest, ShowingARecordSavesNothing) {
 TEST_F(RunnerFormTest, WhatIsTypedIsKeptToTheLetter) {
     show({"one"});
     const std::string hostile =
-        "\t\x01\x7F \"quotes\" 'and' \\ / , : \xF0\x9F\x90\xA6"
+        "\xEF\xBB\xBF\t\x01\x7F \"quotes\" 'and' \\ / , : \xF0\x9F\x90\xA6"
         " \xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D e\xCC\x81 \n\r end ";
     for (const char* const name : recordFields) {
         stage.field(name).clear();
-        stage.field(name).insert(QString::fromStdString(hostile));
+        stage.field(name).insert(PlainText::fromUtf8(hostile));
     }
     stage.settle();
     const RunnerConfig config = stage.runner(0).config();
@@ -108,7 +107,7 @@ TEST_F(RunnerFormTest, NoTextIsTooLong) {
         EXPECT_EQ(stage.field(name).text().size(), text.size()) << name;
     }
     EXPECT_EQ(stage.runner(0).config().name.size(), 100'000U);
-    EXPECT_EQ(stage.form->token().size(), 100'000U);
+    EXPECT_EQ(stage.registration->token().size(), 100'000U);
     EXPECT_EQ(stage.view->minimumSizeHint(), QSize(620, 400));
 }
 
@@ -136,6 +135,32 @@ TEST_F(RunnerFormTest, TypingKeepsCursorSelectionAndHistory) {
     EXPECT_EQ(stage.runner(0).config().name, "one");
 }
 
+TEST_F(RunnerFormTest, TextThatIsOnlyLookedAtStaysAsItIs) {
+    show({"one"});
+    const std::string marked = "\xEF\xBB\xBFmarked";
+    stage.edit(0, &RunnerConfig::name, marked);
+    stage.type("labels", QStringLiteral("x"));
+    EXPECT_EQ(stage.runner(0).config().name, marked);
+    stage.field("name").home(false);
+    stage.type("labels", QStringLiteral("y"));
+    EXPECT_EQ(stage.field("name").cursorPosition(), 0) << "the field is not filled again";
+}
+
+TEST_F(RunnerFormTest, LongTextsShowTheirBeginning) {
+    show({std::string(300, 'x')});
+    EXPECT_EQ(stage.field("name").cursorPosition(), 0);
+}
+
+TEST_F(RunnerFormTest, ListThatChangesLeavesTheRowsAlone) {
+    show({"one"});
+    stage.type("name", QStringLiteral("!"));
+    const QLineEdit* const before = &stage.field("name");
+    stage.store->add("added elsewhere");
+    stage.settle();
+    EXPECT_EQ(&stage.field("name"), before);
+    EXPECT_TRUE(stage.field("name").hasFocus());
+}
+
 TEST_F(RunnerFormTest, AnotherRunnerGetsRowsOfItsOwn) {
     show({"one", "two"});
     stage.type("name", QStringLiteral("!"));
@@ -156,7 +181,7 @@ TEST_F(RunnerFormTest, TokenIsHiddenAndReturnDoesNothing) {
     QTest::keyClick(&stage.field("token"), Qt::Key_Return);
     QTest::keyClick(&stage.field("token"), Qt::Key_Enter);
     stage.settle();
-    EXPECT_FALSE(stage.form->busy());
+    EXPECT_FALSE(stage.registration->busy());
     EXPECT_EQ(text("token"), "secret");
 }
 
@@ -207,7 +232,7 @@ TEST_F(RunnerFormTest, WhileRegisteringTheButtonIsOffAndTheSpinnerTurns) {
     show({"one"});
     EXPECT_FALSE(isShown("spinner"));
     registerWith(QStringLiteral("t"));
-    EXPECT_TRUE(stage.form->busy());
+    EXPECT_TRUE(stage.registration->busy());
     EXPECT_FALSE(isEnabled("register"));
     EXPECT_TRUE(isShown("spinner"));
     EXPECT_FALSE(isShown("message"));
@@ -230,7 +255,7 @@ TEST_F(RunnerFormTest, SuccessIsGreenEmptiesTheTokenAndStartsTheRunner) {
 
 TEST_F(RunnerFormTest, FailureIsRedAndKeepsTheToken) {
     show({"one"});
-    stage.toolFails("INFO registering\nError: token not found\n\n");
+    stage.world.toolFails("INFO registering\nError: token not found\n\n");
     registerWith(QStringLiteral("t"));
     stage.finishRegistration();
     EXPECT_EQ(message().text().toStdString(), "Error: token not found");
@@ -241,7 +266,7 @@ TEST_F(RunnerFormTest, FailureIsRedAndKeepsTheToken) {
 
 TEST_F(RunnerFormTest, TokenAndOutcomeStayWithWhateverRunnerIsShown) {
     show({"one", "two"});
-    stage.toolFails("Error: no\n");
+    stage.world.toolFails("Error: no\n");
     registerWith(QStringLiteral("t"));
     stage.clickRow(1);
     EXPECT_TRUE(isShown("spinner"));
@@ -283,13 +308,30 @@ TEST_F(RunnerFormTest, RunnerThatIsRemovedWhileItRegistersDoesNoHarm) {
     EXPECT_EQ(stage.world.launcher.childCount(), 0U);
 }
 
+TEST_F(RunnerFormTest, ASecondClickThatIsOnItsWayRegistersNothing) {
+    show({"one"});
+    stage.type("token", QStringLiteral("t"));
+    stage.button("register").click();
+    EXPECT_FALSE(isEnabled("register"));
+    stage.button("register").click();
+    EXPECT_EQ(stage.world.background.count(), 1U);
+}
+
+TEST_F(RunnerFormTest, ReturnPressesTheButton) {
+    show({"one"});
+    stage.type("token", QStringLiteral("t"));
+    stage.button("register").setFocus();
+    QTest::keyClick(&stage.button("register"), Qt::Key_Return);
+    EXPECT_TRUE(stage.registration->busy());
+}
+
 TEST_F(RunnerFormTest, KeyboardThatPressedTheButtonGoesToTheToken) {
     show({"one"});
     stage.type("token", QStringLiteral("t"));
     stage.button("register").setFocus();
     QTest::keyClick(&stage.button("register"), Qt::Key_Space);
     stage.settle();
-    EXPECT_TRUE(stage.form->busy());
+    EXPECT_TRUE(stage.registration->busy());
     EXPECT_TRUE(stage.field("token").hasFocus());
 }
 

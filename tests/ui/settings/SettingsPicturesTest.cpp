@@ -1,6 +1,3 @@
-#include <QLabel>
-#include <QLineEdit>
-
 #include <gtest/gtest.h>
 
 #include "ui/Pictures.h"
@@ -41,7 +38,7 @@ TEST_P(SettingsPicturesTest, RegistrationUnderWay) {
     stage.show();
     stage.clickRow(1);
     stage.type("token", QStringLiteral("a token of some length"));
-    stage.form->doRegister(stage.store->runners()[1]);
+    stage.registration->doRegister(stage.store->runners()[1]);
     stage.settle();
     expectPicture("settings_busy");
 }
@@ -50,19 +47,16 @@ TEST_P(SettingsPicturesTest, Registered) {
     stage.makeFleet({"mac-mini", "build-server"});
     stage.world.launcher.duringRun = [this] { stage.world.markRegistered("r0"); };
     stage.show();
-    stage.form->doRegister(stage.store->runners()[0]);
-    stage.finishRegistration();
+    stage.registerFirst("token");
     expectPicture("settings_registered");
 }
 
 TEST_P(SettingsPicturesTest, RefusedOnASharpScreen) {
     stage.makeFleet({"mac-mini", "build-server with a name that is longer than the list is wide"});
-    stage.toolFails(
+    stage.world.toolFails(
         "Error: failed to register runner: unauthenticated: runner registration token not found\n");
     stage.show();
-    stage.type("token", QStringLiteral("wrong"));
-    stage.form->doRegister(stage.store->runners()[0]);
-    stage.finishRegistration();
+    stage.registerFirst("wrong");
     expectPicture("settings_refused_2x", 2);
 }
 
@@ -79,11 +73,10 @@ TEST(SettingsPicturesLargeTest, WithLargeText) {
     const Looks looks(Scheme::light, 13.5);
     SettingsStage stage;
     stage.makeFleet({"mac-mini", "build-server with a long name"});
-    stage.toolFails(
+    stage.world.toolFails(
         "Error: failed to register runner: unauthenticated: runner registration token not found\n");
     stage.show();
-    stage.form->doRegister(stage.store->runners()[0]);
-    stage.finishRegistration();
+    stage.registerFirst("wrong");
     stage.view->resize(stage.view->minimumSizeHint());  // as its window does
     Pictures::expectLikeReference(Pictures::render(*stage.view), "settings_large_light");
 }

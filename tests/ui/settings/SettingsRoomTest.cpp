@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QScrollBar>
 #include <QToolTip>
+#include <algorithm>
 
 #include "ui/SymbolButton.h"
 #include "ui/settings/SettingsTest.h"
@@ -12,18 +13,18 @@ namespace {
 
 using SettingsRoomTest = SettingsTest;
 
-TEST_F(SettingsRoomTest, ContentHasItsSize) {
+TEST_F(SettingsRoomTest, Is620By400WhateverTheToolHasSaid) {
     show({"one"});
     EXPECT_EQ(stage.view->minimumSizeHint(), QSize(620, 400));
-    stage.toolFails(std::string(4000, 'x'));
+    stage.world.toolFails(std::string(4000, 'x'));
     stage.type("token", QStringLiteral("t"));
     click("register");
     stage.finishRegistration();
     EXPECT_TRUE(isShown("message"));
-    EXPECT_EQ(stage.view->minimumSizeHint(), QSize(620, 400)) << "whatever the tool has said";
+    EXPECT_EQ(stage.view->minimumSizeHint(), QSize(620, 400));
 }
 
-TEST_F(SettingsRoomTest, PartsStandWhereTheyBelong) {
+TEST_F(SettingsRoomTest, SidebarButtonsAndFieldsLineUp) {
     show({"one"});
     EXPECT_EQ(placeOf(stage.find<QWidget>("runnerSidebar")).width(), 180);
     EXPECT_EQ(placeOf(stage.find<QWidget>("addRunner")).left(), 6);
@@ -102,6 +103,20 @@ TEST_F(SettingsRoomTest, EverythingHasAName) {
     EXPECT_EQ(nameOf(stage.field("token")), QStringLiteral("Registration token"));
     EXPECT_EQ(nameOf(stage.find<QWidget>("spinner")), QStringLiteral("Registering"));
     EXPECT_EQ(nameOf(stage.button("launchAtLogin")), QStringLiteral("Launch Valdorn at login"));
+}
+
+TEST_F(SettingsRoomTest, SectionsAreGroupsWithHeadings) {
+    show({"one"});
+    for (const char* const title : {"Runner", "Register"}) {
+        std::vector<QAccessible::Role> roles;
+        for (QWidget* const widget : stage.view->findChildren<QWidget*>()) {
+            const auto* const seen = QAccessible::queryAccessibleInterface(widget);
+            if (seen->text(QAccessible::Name) == QLatin1String(title))
+                roles.push_back(seen->role());
+        }
+        EXPECT_NE(std::find(roles.begin(), roles.end(), QAccessible::Heading), roles.end());
+        EXPECT_NE(std::find(roles.begin(), roles.end(), QAccessible::Grouping), roles.end());
+    }
 }
 
 TEST_F(SettingsRoomTest, ButtonsHaveTheirSymbols) {

@@ -2,7 +2,6 @@
 
 #include <QAbstractButton>
 #include <QCoreApplication>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QTest>
@@ -10,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "fleet/RunnerRecords.h"
 #include "ui/settings/ValdornSettingsView.h"
 
 namespace valdorn {
@@ -24,16 +22,15 @@ void SettingsStage::makeFleet(const std::vector<std::string>& names) {
         const std::string id = "r" + std::to_string(records.size());
         records.push_back({id, name, "https://git.example.org", "linux:host", "", false});
     }
-    world.files.files[std::string(FakeWorld::supportFolder) + "/runners.json"] =
-        *RunnerRecords::encode(records);
+    world.saveFleet(records);
     store = RunnersStore::create(world.services());
     selection = std::make_shared<RunnerSelection>(store);
-    form = RegistrationForm::create(world.queue, world.background);
+    registration = RegistrationForm::create(world.queue, world.background);
 }
 
 void SettingsStage::show() {
     view = std::make_unique<ValdornSettingsView>(SettingsEnvironment{world.queue, loginItems, log},
-                                                 selection, form);
+                                                 selection, registration);
     view->resize(view->minimumSizeHint());
     view->show();
     view->activateWindow();
@@ -48,6 +45,12 @@ void SettingsStage::settle() {
         QCoreApplication::processEvents();
 }
 
+void SettingsStage::registerFirst(const char* token) {
+    type("token", QLatin1String(token));
+    registration->doRegister(store->first());
+    finishRegistration();
+}
+
 void SettingsStage::finishRegistration() {
     world.background.runAll();
     settle();
@@ -59,10 +62,6 @@ void SettingsStage::edit(std::size_t index, std::string RunnerConfig::*field,
     config.*field = text;
     runner(index).setConfig(config);
     settle();
-}
-
-void SettingsStage::toolFails(const std::string& output) {
-    world.launcher.runScript.push_back(ScriptedRun{{output}, {ChildExit::Kind::exited, 1}});
 }
 
 QWidget& SettingsStage::findWidget(const char* name) const {

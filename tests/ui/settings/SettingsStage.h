@@ -12,7 +12,6 @@
 #include "support/RecordingSystemLog.h"
 
 class QAbstractButton;
-class QLabel;
 class QLineEdit;
 class QListWidget;
 class QWidget;
@@ -35,13 +34,13 @@ public:
 
     // What was posted happens, and is shown.
     void settle();
+    // Types the token and registers the first runner, to the end.
+    void registerFirst(const char* token);
     // The registration tool runs, and what that leads to happens.
     void finishRegistration();
 
     RunnerManager& runner(std::size_t index) { return *store->runners().at(index); }
     void edit(std::size_t index, std::string RunnerConfig::*field, const std::string& text);
-    // What the registration tool does next: it prints this and fails.
-    void toolFails(const std::string& output);
 
     // What is shown, by its object name.
     template <typename Widget>
@@ -65,7 +64,7 @@ public:
     RecordingSystemLog log;
     std::shared_ptr<RunnersStore> store;
     std::shared_ptr<RunnerSelection> selection;
-    std::shared_ptr<RegistrationForm> form;
+    std::shared_ptr<RegistrationForm> registration;
     std::unique_ptr<ValdornSettingsView> view;
 
 private:

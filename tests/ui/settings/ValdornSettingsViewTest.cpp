@@ -31,6 +31,26 @@ TEST_F(ValdornSettingsViewTest, RowThatIsClickedIsTheRunnerThatIsEdited) {
     EXPECT_EQ(stage.runner(0).config().name, "one");
 }
 
+TEST_F(ValdornSettingsViewTest, WhatTheUserDoesIsShownAtOnce) {
+    show({"one", "two"});
+    QTest::mouseClick(stage.list().viewport(), Qt::LeftButton, Qt::NoModifier,
+                      stage.list().visualItemRect(stage.list().item(1)).center());
+    EXPECT_EQ(text("name"), "two") << "the next key is meant for this one";
+    stage.button("addRunner").click();
+    EXPECT_EQ(text("name"), "new-runner");
+    stage.button("removeRunner").click();
+    EXPECT_EQ(text("name"), "one");
+    stage.button("removeRunner").click();
+    stage.button("removeRunner").click();
+    EXPECT_EQ(stage.names(), Names{"two"});
+}
+
+TEST_F(ValdornSettingsViewTest, NamesAreOneLineOfSomeLength) {
+    show({"two\nlines", std::string(5000, 'x')});
+    EXPECT_EQ(stage.names().front(), "two lines");
+    EXPECT_LT(stage.names().back().size(), 3000U);
+}
+
 TEST_F(ValdornSettingsViewTest, ArrowKeysSelect) {
     show({"one", "two"});
     stage.list().setFocus();

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include "fleet/RunnerRecords.h"
 #include "ui/status/RunnerStatusView.h"
 #include "update/UpdateChecker.h"
 
@@ -26,8 +25,7 @@ void StatusStage::makeFleet(const std::vector<std::string>& names) {
         records.back().name = name;
         world.markRegistered(records.back().id);
     }
-    world.files.files[std::string(FakeWorld::supportFolder) + "/runners.json"] =
-        *RunnerRecords::encode(records);
+    world.saveFleet(records);
     store = RunnersStore::create(world.services());
 }
 
