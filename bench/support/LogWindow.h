@@ -11,6 +11,7 @@
 
 #include "logs/LogTailer.h"
 #include "platform/posix/PosixFileSystem.h"
+#include "platform/posix/PosixHostInfo.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWorkspace.h"
@@ -48,7 +49,8 @@ public:
     PosixFileSystem files;
     QtMainQueue queue;
     QtPasteboard pasteboard;
-    QtWorkspace workspace;
+    PosixHostInfo host;
+    QtWorkspace workspace{host};
     std::shared_ptr<LogTailer> tailer;
     std::unique_ptr<LogViewerView> view;
     LogRowsView* rows = nullptr;

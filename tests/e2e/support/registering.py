@@ -25,6 +25,7 @@ def note(name, text):
 if sys.argv[1] == "register":
     note("arguments", b"\\0".join(map(os.fsencode, sys.argv[1:])))
     note("folder", os.fsencode(os.getcwd()))
+    note("process", str(os.getpid()).encode())
     note("called", b"")
     os.execv("/bin/sh", ["sh", os.path.join(NOTES, "script")])
 # In this very process: a daemon is known by its executable.
@@ -63,6 +64,12 @@ class RegisteringTool:
         self.wait_for_start()
         with open(self._path("folder")) as file:
             return file.read()
+
+    def process(self):
+        """The process id of the call."""
+        self.wait_for_start()
+        with open(self._path("process")) as file:
+            return int(file.read())
 
     def was_called(self):
         return os.path.exists(self._path("called"))
