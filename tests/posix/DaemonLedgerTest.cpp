@@ -4,11 +4,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/posix/DaemonLedger.h"
@@ -274,6 +276,21 @@ TEST_F(DaemonLedgerTest, APoliteQuitAsksTheDaemonsThatNobodyHasAsked) {
     ASSERT_TRUE(forgotten.waitForRelease());
     EXPECT_EQ(forgotten.exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
     EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, APoliteQuitAsksAWrapperThatHasBecomeTheRealProgram) {
+    ChildProcess& wrapper =
+        start({"/bin/sh", {"-c", "echo ready; kill -STOP $$; exec " + childPath("hang")}, "/", {}});
+    const auto id = static_cast<pid_t>(wrapper.id());
+    siginfo_t stopped{};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(id), &stopped, WSTOPPED), 0);
+    const auto ledger = newLedger();
+    ledger->note(id);
+    kill(id, SIGCONT);
+    ASSERT_TRUE(recorders.back()->waitForBytes(std::string_view("ready\nready").size()));
+    ledger->clear();
+    ASSERT_TRUE(recorders.back()->waitForExit());
+    EXPECT_EQ(recorders.back()->exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
 }
 
 TEST_F(DaemonLedgerTest, APoliteQuitAsksNoDaemonTwice) {

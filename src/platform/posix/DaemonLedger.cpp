@@ -33,22 +33,25 @@ struct Asked {
     std::unique_ptr<PidDescriptor> process;
 };
 
+// How a process is compared with its record.
+using Likeness = bool (ProcessFacts::*)(const ProcessFacts&) const;
+
 // The descriptor is opened first and the process looked at then: if it ends meanwhile and its id
 // goes to another, the descriptor still means the old one, and nobody is hit.
-std::unique_ptr<PidDescriptor> recognise(const ProcessFacts& record) {
+std::unique_ptr<PidDescriptor> recognise(const ProcessFacts& record, Likeness isLike) {
     auto descriptor = PidDescriptor::open(record.pid);
     if (!descriptor)
         return nullptr;
     const auto facts = factsAbout(record.pid);
-    if (!facts || !facts->isSameProcessAs(record))
+    if (!facts || !((*facts).*isLike)(record))
         return nullptr;
     return std::make_unique<PidDescriptor>(record.pid, std::move(descriptor.value()));
 }
 
-std::vector<Asked> askToEnd(const std::vector<ProcessFacts>& records) {
+std::vector<Asked> askToEnd(const std::vector<ProcessFacts>& records, Likeness isLike) {
     std::vector<Asked> asked;
     for (const ProcessFacts& record : records) {
-        auto process = recognise(record);
+        auto process = recognise(record, isLike);
         if (process && process->send(SIGTERM))
             asked.push_back({record, std::move(process)});
     }
@@ -112,7 +115,7 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
         const std::lock_guard lock(mutex_);
         records = leftovers_;
     }
-    const auto asked = askToEnd(records);
+    const auto asked = askToEnd(records, &ProcessFacts::isSameProcessAs);
     waitForAll(asked, Clock::now() + patience);
     Records remaining;
     for (const Asked& daemon : asked) {
@@ -132,7 +135,8 @@ void DaemonLedger::clear() {
         if (!daemon.isAsked)
             unasked.push_back(daemon.facts);
     }
-    askToEnd(unasked);
+    // A wrapper may have become the real program since it was noted.
+    askToEnd(unasked, &ProcessFacts::hasSameBirthAs);
     noted_.clear();
     write();
 }

@@ -56,9 +56,12 @@ std::string_view withoutMark(std::string_view path) {
 
 }  // namespace
 
+bool ProcessFacts::hasSameBirthAs(const ProcessFacts& other) const {
+    return pid == other.pid && startTicks == other.startTicks && owner == other.owner;
+}
+
 bool ProcessFacts::isSameProcessAs(const ProcessFacts& other) const {
-    return pid == other.pid && startTicks == other.startTicks && owner == other.owner &&
-           withoutMark(executable) == withoutMark(other.executable) &&
+    return hasSameBirthAs(other) && withoutMark(executable) == withoutMark(other.executable) &&
            withoutMark(workingFolder) == withoutMark(other.workingFolder);
 }
 

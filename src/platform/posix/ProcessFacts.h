@@ -16,6 +16,10 @@ struct ProcessFacts {
     std::string executable;     // for a script its interpreter
     std::string workingFolder;  // of the moment of asking
 
+    // True when both have one id, one owner and one time of birth: within one boot that is one
+    // process, whatever program it has become since.
+    bool hasSameBirthAs(const ProcessFacts& other) const;
+
     // True when both are the same process beyond doubt. An executable or a folder that was
     // replaced or removed since counts as itself.
     bool isSameProcessAs(const ProcessFacts& other) const;
