@@ -1,7 +1,6 @@
 #include "ui/log/LogViewerView.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeySequence>
@@ -14,6 +13,7 @@
 
 #include "platform/Pasteboard.h"
 #include "platform/Workspace.h"
+#include "ui/CheckBox.h"
 #include "ui/PlainText.h"
 #include "ui/PromptField.h"
 #include "ui/log/LogRowsView.h"
@@ -107,7 +107,7 @@ void LogViewerView::addLevel(QHBoxLayout& bar) {
 }
 
 void LogViewerView::addFollow(QHBoxLayout& bar) {
-    auto* const follow = new QCheckBox(QStringLiteral("Follow"));
+    auto* const follow = new CheckBox(QStringLiteral("Follow"));
     follow->setObjectName(QStringLiteral("logFollow"));
     follow->setChecked(viewer_->follow());
     rows_->setKeepsEnd(viewer_->follow());

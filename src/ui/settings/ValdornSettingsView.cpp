@@ -1,6 +1,5 @@
 #include "ui/settings/ValdornSettingsView.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "fleet/RunnerSelection.h"
 #include "platform/LoginItemRegistry.h"
 #include "runner/RegistrationForm.h"
+#include "ui/CheckBox.h"
 #include "ui/Divider.h"
 #include "ui/settings/RunnerDetail.h"
 #include "ui/settings/RunnerForm.h"
@@ -33,7 +33,7 @@ ValdornSettingsView::ValdornSettingsView(SettingsEnvironment environment,
       sidebar_(new RunnerSidebar(selection_)),
       detail_(new RunnerDetail(selection_->selected(), std::move(registration), environment.queue,
                                detailWidth)),
-      launchAtLogin_(new QCheckBox(QStringLiteral("Launch Valdorn at login"))),
+      launchAtLogin_(new CheckBox(QStringLiteral("Launch Valdorn at login"))),
       update_(environment.queue, [this]() VALDORN_ON_MAIN_THREAD { refresh(); }),
       listChanges_(selection_->store()->onWillChange([this] { update_.request(); })),
       selectionChanges_(selection_->onWillChange([this] { update_.request(); })) {

@@ -6,10 +6,9 @@
 #include "platform/Observable.h"
 #include "ui/WindowView.h"
 
-class QCheckBox;
-
 namespace valdorn {
 
+class CheckBox;
 class LoginItemRegistry;
 class MainQueue;
 class RegistrationForm;
@@ -51,7 +50,7 @@ private:
     const std::shared_ptr<RunnerSelection> selection_;
     RunnerSidebar* const sidebar_;
     RunnerDetail* const detail_;
-    QCheckBox* const launchAtLogin_;
+    CheckBox* const launchAtLogin_;
     DeferredUpdate update_;
     Subscription listChanges_;
     Subscription selectionChanges_;
