@@ -26,9 +26,10 @@ SETTINGS_PLACE = (30, 50)
 ONBOARDING_PLACE = (30, 530)
 LOG_PLACE = (690, 50)
 STATUS_PLACE = (690, 570)
+ASIDE = ("1000", "500")  # where the pointer brings up no tooltip
 
 SLOW_ANSWER = 700  # ms: so that the eye can follow
-FRAME_TIME = 160   # in hundredths of a second
+FRAME_TIME = 220   # in hundredths of a second
 FILM_WIDTH = 1080
 FILM_BYTES = 1_500_000
 
@@ -209,6 +210,10 @@ class JourneyTest(WindowCase):
         self.wait_for_bird("green")
         self.wait_for_status("Connected — idle")
         stays_true(lambda: not self.desktop.windows_of(self.program), "no window", 0.5)
+        self.choose("Runner Status…")
+        self.wait_for_window(STATUS)
+        self.put(self.window_id, SETTINGS_PLACE)
+        self.desktop.xdotool("mousemove", *ASIDE)
         self.picture("back-again")
 
     def make_film(self):
