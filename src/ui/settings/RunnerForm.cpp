@@ -152,10 +152,10 @@ void RunnerForm::store(const Field& field) {
 }
 
 // The button is about to be disabled: without a word from us the keyboard would go to whatever
-// control comes next.
+// control comes next. The token is selected, so that a better one takes its place.
 void RunnerForm::doRegister() {
     if (button_->hasFocus())
-        token_->setFocus();
+        token_->setFocus(Qt::TabFocusReason);
     registration_->doRegister(runner_);
     refresh();  // at once: the next click may be on its way
 }

@@ -333,6 +333,7 @@ TEST_F(RunnerFormTest, KeyboardThatPressedTheButtonGoesToTheToken) {
     stage.settle();
     EXPECT_TRUE(stage.registration->busy());
     EXPECT_TRUE(stage.field("token").hasFocus());
+    EXPECT_TRUE(stage.field("token").hasSelectedText()) << "what is typed now replaces it";
 }
 
 }  // namespace
