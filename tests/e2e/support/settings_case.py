@@ -41,8 +41,13 @@ class SettingsCase(WindowCase):
         self.page = SettingsPage(self)
 
     def file(self):
-        """The records on disk."""
-        return json.loads(self.home.read("runners.json"))
+        """The records on disk. They are rewritten in place: half a list is read once more."""
+        def whole():
+            try:
+                return json.loads(self.home.read("runners.json"))
+            except json.JSONDecodeError:
+                return None
+        return wait_until(whole, "a whole list")
 
     def wait_for_record(self, place, **values):
         def matches():
