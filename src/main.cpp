@@ -15,6 +15,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/LaunchGate.h"
 #include "app/TrayHostSearch.h"
 #include "fleet/LogPath.h"
 #include "fleet/RunnerSelection.h"
@@ -38,6 +39,7 @@
 #include "platform/posix/PosixSystemLog.h"
 #include "platform/posix/RecordingChildLauncher.h"
 #include "platform/posix/StandardStreams.h"
+#include "platform/posix/StarterMarks.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/InstanceBus.h"
@@ -73,6 +75,8 @@ constexpr std::chrono::seconds activationPatience{5};
 
 // What the program needs before there is a display.
 struct Ground {
+    // Before the environment is read for the children.
+    bool isStartedByBus = takeStarterMarks();
     PosixFileSystem files;
     PosixHostInfo host;
     std::string executable = executablePath();
@@ -107,7 +111,8 @@ private:
     void launch();
     void terminate();
     void onHostMissing();
-    void activate(const std::string& token);
+    InstanceBus::Requests busRequests();
+    InstanceBus::OnActivate opener(void (AppDelegate::*open)());
     RunnersStore& store() { return RunnersStore::shared(services_); }
     QWidget* makeSettingsView();
     QWidget* makeLogView();
@@ -135,9 +140,9 @@ private:
     TrayHostWatcher notifierHosts_;
     XembedTrayWatcher xembedTrays_;
     TrayHostSearch hostSearch_;
-    std::optional<InstanceBus> instanceBus_;  // once there is something to show
+    LaunchGate launchGate_;
+    std::optional<InstanceBus> instanceBus_;  // once the event loop is about to run
     QuitSignals quitSignals_;
-    bool isQuitting_ = false;
 };
 
 std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
@@ -165,6 +170,7 @@ Application::Application(Ground& ground, const std::string& key,
                    [this] { return xembedTrays_.isTrayPresent(); }},
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
+      launchGate_(mainQueue_, [this] { launch(); }),
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
     windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
     windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
@@ -208,16 +214,12 @@ ChildLauncher& Application::launcher() {
 }
 
 void Application::launch() {
-    if (isQuitting_)
-        return;
     delegate_->applicationDidFinishLaunching();
     hostSearch_.start();
-    instanceBus_.emplace(QDBusConnection::sessionBus(), key_,
-                         [this](const std::string& token) { activate(token); });
 }
 
 void Application::terminate() {
-    isQuitting_ = true;
+    launchGate_.close();
     quitSignals_.disarm();
     // A relaunch that falls due now comes too late. Whoever waits for a registration tool lets go
     // of it, so that the threads can be joined.
@@ -232,18 +234,37 @@ void Application::onHostMissing() {
     delegate_->openStatus();
 }
 
-void Application::activate(const std::string& token) {
-    windows_.useActivationToken(token);
-    delegate_->openStatus();
+// A window that whoever asks for it may raise, once there is a fleet to show.
+InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
+    return [this, open](const std::string& token) {
+        launchGate_.request([this, open, token] {
+            windows_.useActivationToken(token);
+            ((*delegate_).*open)();
+        });
+    };
+}
+
+// The names of the actions are those of the desktop entry.
+InstanceBus::Requests Application::busRequests() {
+    return {opener(&AppDelegate::openStatus),
+            {{"runner-status", opener(&AppDelegate::openStatus)},
+             {"settings", opener(&AppDelegate::openSettings)},
+             {"log", opener(&AppDelegate::openLog)},
+             {"quit", [this](const std::string&) { delegate_->quit(); }}}};
 }
 
 int Application::run() {
+    // An action starts the program where it does not run. It is not to start a fleet only to end
+    // it when the action is to quit.
+    if (ground_.isStartedByBus)
+        launchGate_.awaitRequest();
+    instanceBus_.emplace(QDBusConnection::sessionBus(), key_, busRequests());
     // Off the main thread, which goes on listening for signals: what a killed instance has left may
     // take its time.
     backgroundQueue_.run([this] {
         if (ledger_)
             ledger_->endLeftovers(leftoverPatience);
-        mainQueue_.post([this] { launch(); });
+        mainQueue_.post([this] { launchGate_.ready(); });
     });
     return QApplication::exec();
 }

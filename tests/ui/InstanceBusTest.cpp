@@ -19,8 +19,11 @@ constexpr char key[] = "0123456789abcdef";
 
 class InstanceBusTest : public testing::Test {
 protected:
-    InstanceBus::OnActivate record() {
-        return [this](const std::string& token) { tokens.push_back(token); };
+    InstanceBus::Requests record() {
+        const auto called = [this](const std::string& action) {
+            return [this, action](const std::string& token) { tokens.push_back(action + token); };
+        };
+        return {called(""), {{"sing", called("sing:")}, {"fly", called("fly:")}}};
     }
 
     // What a second start is told, while this thread plays the running instance.
@@ -36,17 +39,27 @@ protected:
         return reached;
     }
 
-    QDBusMessage call(const QString& method, const QVariantList& arguments) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            QStringLiteral("org.valdorn.valdorn.i") + QLatin1String(key),
-            QStringLiteral("/org/valdorn/valdorn"), QStringLiteral("org.freedesktop.Application"),
-            method);
+    static QString nameOf(const std::string& home) {
+        return plainName + QStringLiteral(".i") + QString::fromStdString(home);
+    }
+
+    QDBusMessage call(const QString& method, const QVariantList& arguments,
+                      const QString& name = nameOf(key)) {
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(name, QStringLiteral("/org/valdorn/valdorn"),
+                                           QStringLiteral("org.freedesktop.Application"), method);
         message.setArguments(arguments);
         const QDBusPendingCall pending = bus.connect().asyncCall(message);
         EXPECT_TRUE(runUntil([&pending] { return pending.isFinished(); }));
         return pending.reply();
     }
 
+    QDBusMessage act(const char* action, const QVariantMap& data = {}) {
+        return call(QStringLiteral("ActivateAction"), {QLatin1String(action), QVariantList(), data},
+                    plainName);
+    }
+
+    static inline const QString plainName = QStringLiteral("org.valdorn.valdorn");
     PrivateBus bus;
     std::vector<std::string> tokens;
 };
@@ -117,14 +130,38 @@ TEST_F(InstanceBusTest, OpeningShowsTheProgram) {
 TEST_F(InstanceBusTest, UnknownActionIsRefused) {
     const InstanceBus instance(bus.connect(), key, record());
     EXPECT_TRUE(activate(""));
-    const QVariantList arguments{QStringLiteral("dance"), QVariantList(), QVariantMap()};
-    const QDBusMessage answer = call(QStringLiteral("ActivateAction"), arguments);
-    EXPECT_EQ(answer.errorName(), QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    EXPECT_EQ(act("dance").errorName(), QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    EXPECT_EQ(tokens, std::vector<std::string>{""});
+}
+
+TEST_F(InstanceBusTest, ActionReachesTheInstanceByThePlainNameWithItsToken) {
+    const InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate(""));
+    const QVariantMap data{{QStringLiteral("activation-token"), QStringLiteral("click")}};
+    EXPECT_EQ(act("fly", data).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(act("sing").type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(tokens, (std::vector<std::string>{"", "fly:click", "sing:"}));
+}
+
+TEST_F(InstanceBusTest, ActionsGoToTheFirstInstanceAndThenToTheNext) {
+    std::optional<InstanceBus> first(std::in_place, bus.connect(), key, record());
+    EXPECT_TRUE(activate("first"));
+    std::vector<std::string> ofSecond;
+    const auto record = [&ofSecond](const std::string& token) { ofSecond.push_back(token); };
+    const InstanceBus second(bus.connect(), "fedcba9876543210",
+                             InstanceBus::Requests{record, {{"fly", record}}});
+    EXPECT_TRUE(activate("second", "fedcba9876543210"));
+    EXPECT_EQ(act("fly").type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(tokens, (std::vector<std::string>{"first", "fly:"}));
+    EXPECT_EQ(ofSecond, std::vector<std::string>{"second"});
+    first.reset();
+    EXPECT_EQ(act("fly").type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(ofSecond, (std::vector<std::string>{"second", ""}));
 }
 
 TEST(InstanceBusWithoutBusTest, NothingIsOwnedAndNothingIsReached) {
     const QDBusConnection none(QStringLiteral("no such bus"));
-    const InstanceBus instance(none, key, [](const std::string&) {});
+    const InstanceBus instance(none, key, {[](const std::string&) {}});
     EXPECT_FALSE(InstanceBus::activateRunningInstance(none, key, "token", 20s));
 }
 

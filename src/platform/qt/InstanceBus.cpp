@@ -15,13 +15,16 @@ namespace {
 // How often a second start looks for the first: soon enough to feel like at once.
 constexpr std::chrono::milliseconds retryPause{50};
 
+QString plainBusName() {
+    return QLatin1String(applicationId);
+}
+
 QString busName(const std::string& key) {
-    return QLatin1String(applicationId) + QStringLiteral(".i") + QString::fromStdString(key);
+    return plainBusName() + QStringLiteral(".i") + QString::fromStdString(key);
 }
 
 QString objectPath() {
-    return QLatin1Char('/') +
-           QString(QLatin1String(applicationId)).replace(QLatin1Char('.'), QLatin1Char('/'));
+    return QLatin1Char('/') + plainBusName().replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
 QDBusMessage callToBus(const QString& method) {
@@ -55,18 +58,21 @@ bool isWorthARetry(const QDBusMessage& answer) {
 
 }  // namespace
 
-InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, OnActivate onActivate)
-    : bus_(std::move(bus)), name_(busName(key)), onActivate_(std::move(onActivate)) {
+InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests requests)
+    : bus_(std::move(bus)), name_(busName(key)), requests_(std::move(requests)) {
     if (!bus_.isConnected())
         return;
     bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
     constexpr unsigned doNotQueue = 4;
+    constexpr unsigned waitForTurn = 0;
     bus_.send(callToBus(QStringLiteral("RequestName")) << name_ << doNotQueue);
+    bus_.send(callToBus(QStringLiteral("RequestName")) << plainBusName() << waitForTurn);
 }
 
 InstanceBus::~InstanceBus() {
     if (!bus_.isConnected())
         return;
+    bus_.send(callToBus(QStringLiteral("ReleaseName")) << plainBusName());
     bus_.send(callToBus(QStringLiteral("ReleaseName")) << name_);
     bus_.unregisterObject(objectPath());
 }
@@ -93,15 +99,20 @@ bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std:
 }
 
 void InstanceBus::Activate(const QVariantMap& platformData) {
-    onActivate_(activationToken(platformData));
+    requests_.activate(activationToken(platformData));
 }
 
 void InstanceBus::Open(const QStringList&, const QVariantMap& platformData) {
-    onActivate_(activationToken(platformData));
+    requests_.activate(activationToken(platformData));
 }
 
-void InstanceBus::ActivateAction(const QString& name, const QVariantList&, const QVariantMap&) {
-    sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no action ") + name);
+void InstanceBus::ActivateAction(const QString& name, const QVariantList&,
+                                 const QVariantMap& platformData) {
+    const auto action = requests_.actions.find(name.toStdString());
+    if (action == requests_.actions.end())
+        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no action ") + name);
+    else
+        action->second(activationToken(platformData));
 }
 
 }  // namespace valdorn

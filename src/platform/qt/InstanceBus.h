@@ -7,12 +7,17 @@
 #include <QVariantMap>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 
 namespace valdorn {
 
-// The running instance's place on the session bus, where a second start asks it to show itself.
-// There is one name per home folder, so that instances for different homes do not meet.
+// The running instance's place on the session bus, where a second start asks it to show itself, and
+// where the desktop entry's actions reach it.
+//
+// There is one name per home folder, so that second starts of different homes do not meet. The
+// actions know of no homes: they go to the plain application id, which belongs to the instance that
+// asked for it first, and then to the next of those that still run.
 //
 // Everything but activateRunningInstance() is asynchronous and on the main thread. Without a bus
 // nothing happens: the second start then says that it could not reach the first.
@@ -24,11 +29,17 @@ public:
     // Called with the activation token that came along, or with an empty one.
     using OnActivate = std::function<void(const std::string& activationToken)>;
 
-    // `key` stands for the home folder: 16 hexadecimal digits. The object is there before the name
-    // is, so that nobody finds the one without the other.
-    InstanceBus(QDBusConnection bus, const std::string& key, OnActivate onActivate);
+    // What others may ask for. An action is asked for by its name.
+    struct Requests {
+        OnActivate activate;
+        std::map<std::string, OnActivate> actions = {};
+    };
 
-    // Gives the name back.
+    // `key` stands for the home folder: 16 hexadecimal digits. The object is there before the names
+    // are, so that nobody finds the one without the other.
+    InstanceBus(QDBusConnection bus, const std::string& key, Requests requests);
+
+    // Gives the names back.
     ~InstanceBus() override;
 
     // For a second start, which needs no more than a QCoreApplication: blocks until the running
@@ -44,14 +55,14 @@ public Q_SLOTS:
     void Activate(const QVariantMap& platformData);
     // We have no documents: opening some shows the program.
     void Open(const QStringList& uris, const QVariantMap& platformData);
-    // We have no actions: any name is refused.
+    // Actions take no parameter; a name that is none of theirs is refused.
     void ActivateAction(const QString& name, const QVariantList& parameter,
                         const QVariantMap& platformData);
 
 private:
     QDBusConnection bus_;
     const QString name_;
-    const OnActivate onActivate_;
+    const Requests requests_;
 };
 
 }  // namespace valdorn
