@@ -7,9 +7,11 @@
 #include <cmath>
 #include <functional>
 #include <numbers>
+#include <vector>
 
 #include "ui/NativeSymbols.h"
 #include "ui/Spokes.h"
+#include "ui/StatusMark.h"
 #include "ui/SystemPalette.h"
 
 namespace valdorn::TrayDrawing {
@@ -22,7 +24,7 @@ constexpr std::array sizes{16, 22, 24, 32, 48};
 constexpr int spinnerPoints = 16;
 constexpr int squareItemPoints = 24;  // the proportion when the item has no fixed width
 
-const QColor spokeOutline(0, 0, 0, 150);
+const QColor spokeOutline(0, 0, 0, 215);
 
 QImage transparent(int pixels) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
@@ -63,41 +65,77 @@ QImage silhouette(QString symbol, int pixels) {
     return image;
 }
 
-// The symbol with a dark rim of its own hue around it, and only there: on a light bar a rim along
-// each stroke would turn the inside to mud.
-QImage rimmed(const QString& symbol, const QColor& color, int pixels) {
-    constexpr double reach = 0.75 / 24;  // of the width: wide enough at 16 pixels, in the margin
-    constexpr int darkness = 230;        // percent; yellow then has 7:1 on white
-    const QImage inside = silhouette(symbol, pixels);
-    QImage result = widened(inside, reach * pixels, color.darker(darkness));
+// The shape in one colour, with a dark rim of its own hue around what is inside of it, and only
+// there: on a light bar a rim along each stroke would turn the inside to mud.
+QImage rimmed(const QImage& shape, const QImage& inside, const QColor& color, double reach) {
+    constexpr int darkness = 230;  // percent; yellow then has 7:1 on white
+    QImage result = widened(inside, reach, color.darker(darkness));
     QPainter painter(&result);
     painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
     painter.drawImage(0, 0, inside);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.drawImage(0, 0, NativeSymbols::image(symbol, color, pixels));
+    painter.drawImage(0, 0, shape);
     return result;
 }
 
-// The spokes' outline fades with them: on a light bar it is the outline that turns.
+QImage shapeOf(const StatusMark& mark, const QColor& color, int pixels) {
+    constexpr int roundFrom = 4;  // pixels; what is smaller would only turn pale
+    QImage image = transparent(pixels);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    for (const QRect& part : mark.parts) {
+        const double radius = part.width() < roundFrom ? 0 : part.width() / 2.0;
+        painter.drawRoundedRect(part, radius, radius);
+    }
+    return image;
+}
+
+// The mark stands on the bar itself, and its rim leaves something of the gaps in it.
+void drawMark(QImage& symbol, const StatusMark& mark, const QColor& color) {
+    constexpr double reach = 0.5;  // pixels
+    const QImage shape = shapeOf(mark, color, symbol.width());
+    QPainter painter(&symbol);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.fillRect(mark.ground, Qt::black);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawImage(0, 0, rimmed(shape, shape, color, reach));
+}
+
+QImage iconImage(const StatusIcon& icon, int pixels) {
+    const double reach = 0.75 / 24 * pixels;  // wide enough at 16 pixels, and in the margin
+    const QString symbol = QString::fromStdString(icon.symbol);
+    const QColor color = SystemPalette::darkVariant(icon.color);
+    QImage image = rimmed(NativeSymbols::image(symbol, color, pixels), silhouette(symbol, pixels),
+                          color, reach);
+    if (const StatusMark mark = StatusMark::of(icon.color, pixels); !mark.parts.empty())
+        drawMark(image, mark, color);
+    return image;
+}
+
+// The spokes' outline fades with them: on a light bar it is the outline that turns. On the smallest
+// pictures both are wider than their share, or there would be nothing but half tones.
 QImage spinnerShape(int frame, int pixels, double diameter) {
+    constexpr double leastSpoke = 1.8;    // pixels
+    constexpr double leastOutline = 1.2;  // pixels, both sides of the spoke
     QImage image = transparent(pixels);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(pixels / 2.0, pixels / 2.0);
     const double radius = diameter / 2;
-    Spokes::draw(painter, frame, radius, Spokes::wide, spokeOutline);
-    Spokes::draw(painter, frame, radius, Spokes::thin,
-                 SystemPalette::darkVariant(SystemColor::secondary).lighter(138));
+    const double thin = std::max(Spokes::thin, leastSpoke / radius);
+    const double wide = std::max(Spokes::wide, thin + leastOutline / radius);
+    Spokes::draw(painter, frame, radius, wide, spokeOutline);
+    Spokes::draw(painter, frame, radius, thin,
+                 SystemPalette::darkVariant(SystemColor::secondary).lighter(118));
     return image;
 }
 
 }  // namespace
 
 QIcon icon(const StatusIcon& icon) {
-    return inEverySize([&icon](int pixels) {
-        return rimmed(QString::fromStdString(icon.symbol), SystemPalette::darkVariant(icon.color),
-                      pixels);
-    });
+    return inEverySize([&icon](int pixels) { return iconImage(icon, pixels); });
 }
 
 QIcon spinner(int frame, int itemWidthPoints) {
