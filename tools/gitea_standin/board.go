@@ -36,6 +36,7 @@ type task struct {
 	Logs       []string `json:"logs"`
 	LogsDone   bool     `json:"logs_done"`
 	workflow   string
+	onlyFor    string // name of the runner that is to take it, or empty
 }
 
 // board is everything the server knows. All methods may be called from any goroutine; what they
@@ -98,27 +99,24 @@ func (b *board) declare(uuid, version string, labels []string) registeredRunner 
 	return *found
 }
 
-// queue adds a job and returns its number.
-func (b *board) queue(name, repository, workflow string) int64 {
+// queue adds a job, of which the board fills in what is its own, and returns its number.
+func (b *board) queue(added task) int64 {
 	b.mu.Lock()
 	defer b.mu.Unlock()
-	added := &task{
-		ID: int64(len(b.tasks)) + 1, Name: name, Repository: repository,
-		Result: "queued", Logs: []string{}, workflow: workflow,
-	}
-	b.tasks = append(b.tasks, added)
+	added.ID, added.Result, added.Logs = int64(len(b.tasks))+1, "queued", []string{}
+	b.tasks = append(b.tasks, &added)
 	return added.ID
 }
 
-// take hands the oldest queued job to an authenticated runner; false when there is none. The
-// second result is the number of jobs ever queued.
+// take hands the oldest queued job that it may have to an authenticated runner; false when there is
+// none. The second result is the number of jobs ever queued.
 func (b *board) take(uuid string) (task, int64, bool) {
 	b.mu.Lock()
 	defer b.mu.Unlock()
-	count := int64(len(b.tasks))
+	count, name := int64(len(b.tasks)), b.findLocked(uuid).Name
 	for _, each := range b.tasks {
-		if each.Result == "queued" {
-			each.Result, each.Runner = "running", b.findLocked(uuid).Name
+		if each.Result == "queued" && (each.onlyFor == "" || each.onlyFor == name) {
+			each.Result, each.Runner = "running", name
 			return *each, count, true
 		}
 	}

@@ -37,6 +37,7 @@ func (c *control) queueJob(w http.ResponseWriter, r *http.Request) {
 		Repository string `json:"repository"`
 		Workflow   string `json:"workflow"`
 		Name       string `json:"name"`
+		Runner     string `json:"runner"`
 	}
 	if !readJSON(w, r, &job) {
 		return
@@ -45,7 +46,10 @@ func (c *control) queueJob(w http.ResponseWriter, r *http.Request) {
 		http.Error(w, "a job needs a repository and a workflow", http.StatusBadRequest)
 		return
 	}
-	writeJSON(w, map[string]int64{"id": c.board.queue(job.Name, job.Repository, job.Workflow)})
+	id := c.board.queue(task{
+		Name: job.Name, Repository: job.Repository, workflow: job.Workflow, onlyFor: job.Runner,
+	})
+	writeJSON(w, map[string]int64{"id": id})
 }
 
 func (c *control) listRunners(w http.ResponseWriter, _ *http.Request) {

@@ -200,6 +200,18 @@ func TestRunsAQueuedJobFromFetchToResult(t *testing.T) {
 	}
 }
 
+func TestAJobForOneRunnerIsHandedToNoOther(t *testing.T) {
+	c := startStandin(t).mustRegister()
+	c.mustControl("POST", "jobs", `{"repository":"acme/site","workflow":"a:","runner":"spare"}`, nil)
+	if found, err := c.fetch(); found != nil || err != nil {
+		t.Fatal(found, err)
+	}
+	c.mustControl("POST", "jobs", `{"repository":"acme/site","workflow":"b:","runner":"mini"}`, nil)
+	if found, err := c.fetch(); err != nil || string(found.GetWorkflowPayload()) != "b:" {
+		t.Fatal(found, err)
+	}
+}
+
 // finish reports three log rows, some of them twice, one of them too early, and a failure.
 func (c *client) finish(id int64) {
 	c.t.Helper()
