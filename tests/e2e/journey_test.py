@@ -1,17 +1,19 @@
 """The whole way as a user goes it, by mouse and keyboard alone: from an empty home to a fleet that
-has run a job, with a real act_runner, in a real panel. It leaves pictures of each step."""
+has run a job, with a real act_runner, in a real panel. It leaves the pictures that the documents
+show; `./dev demo` is this very tour."""
 
 import os
-import subprocess
+import re
 import unittest
 
-from support import looks
+from support import album, frames, looks
 from support.accessibility import VARIABLES
-from support.gitea import TOKEN, Gitea
+from support.gitea import TOKEN, Gitea, usual_port
 from support.icon import colour
 from support.panel import Panel
 from support.program import is_alive
 from support.real_runner import REAL_RUNNER, build_or_skip
+from support.release_service import ReleaseService
 from support.settings_page import REGISTERED, SettingsPage
 from support.waiting import stays_true, wait_until
 from support.window_case import LOG, ONBOARDING, SETTINGS, STATUS, WindowCase
@@ -19,19 +21,22 @@ from support.window_case import LOG, ONBOARDING, SETTINGS, STATUS, WindowCase
 ALL_SET = "Local network access is working — you're all set."
 BAD_TOKEN = ("Error: Failed to register runner: unauthenticated: runner registration token not "
              "found")
-DESKTOP = ("#3b5f80", "#182c40")
+DESKTOP = "#2f4d68"
 
-# Where the windows stand without hiding each other.
-SETTINGS_PLACE = (30, 50)
-ONBOARDING_PLACE = (30, 530)
-LOG_PLACE = (690, 50)
-STATUS_PLACE = (690, 570)
-ASIDE = ("1000", "500")  # where the pointer brings up no tooltip
+# Where the windows stand without hiding each other, or what is to be clicked next.
+SETTINGS_PLACE = (18, 49)
+ONBOARDING_PLACE = (656, 49)
+LOG_PLACE = (398, 158)
+STATUS_PLACE = (644, 49)
+STATUS_SIZE = (480, 310)
+ASIDE = ("1000", "640")  # where the pointer brings up no tooltip
 
-SLOW_ANSWER = 700  # ms: so that the eye can follow
-FRAME_TIME = 220   # in hundredths of a second
-FILM_WIDTH = 1080
+# In ms, of the server, so that the eye can follow: while it registers, and while it starts.
+SLOW_ANSWER = 700
+SLOWER_ANSWER = 2000
+NEXT_RELEASE = "v1.1.0"
 FILM_BYTES = 1_500_000
+STILL_BYTES = 150_000
 
 WORKFLOW = """
 name: Site
@@ -41,8 +46,14 @@ jobs:
     runs-on: linux
     steps:
       - name: Build
-        run: echo "building the site"; sleep 2; echo "the site is built"
+        run: echo "building the site"; sleep {seconds}; echo "the site is built"
 """
+
+
+def readme_workflow():
+    """What people are told to try first."""
+    with open(os.path.join(os.environ["VALDORN_SOURCE"], "README.md"), encoding="utf-8") as file:
+        return re.search(r"^```yaml\n(.*?)^```$", file.read(), re.MULTILINE | re.DOTALL)[1]
 
 
 def setUpModule():
@@ -50,25 +61,31 @@ def setUpModule():
 
 
 class JourneyTest(WindowCase):
-    screen = "1440x900x24"
+    screen = "1136x660x24"
+    window_manager = staticmethod(frames.window_manager)
 
     def setUp(self):
         super().setUp()
         self.home.install_runner(REAL_RUNNER)
-        self.server = Gitea()
+        # In place of the computer's name, so that the pictures are the same everywhere.
+        self.home.set_default("runnerName", "mini")
+        self.server = Gitea(usual_port())
         self.addCleanup(self.server.close)
-        self.desktop.paint(*DESKTOP)
+        self.releases = ReleaseService()
+        self.addCleanup(self.releases.close)
+        self.releases.publish(NEXT_RELEASE)
+        self.desktop.paint(DESKTOP)
         self.panel = Panel(self.desktop)
         self.addCleanup(self.panel.close)
-        self.pictures = []
+        self.album = album.Album(self.desktop, os.path.join(looks.ARTEFACTS, "pictures"))
 
     def launch(self):
-        self.program = self.start(**VARIABLES)
+        self.program = self.start(VALDORN_RELEASE_SERVICE=self.releases.url, **VARIABLES)
         self.item = self.panel.item()
         self.menu = self.item.menu()
 
-    def choose(self, label, picture=None):
-        """From the menu that the panel shows."""
+    def choose(self, label, look=lambda menu: None):
+        """From the menu that the panel shows; `look` is called with its window before the choice."""
         x, y = self.panel.place()
         before = set(self.desktop.all_visible())
         self.desktop.xdotool("mousemove", str(x), str(y), "click", "3")
@@ -76,20 +93,27 @@ class JourneyTest(WindowCase):
         choices = [entry["label"] for entry in self.menu.entries()
                    if entry["enabled"] and entry["visible"] and entry["type"] == "standard"]
         self.press(*["Down"] * (choices.index(label) + 1))
-        if picture:
-            self.picture(picture)
+        look(*opened)
         self.press("Return")
         wait_until(lambda: not opened & set(self.desktop.all_visible()), "a closed menu")
 
-    def put(self, window, place):
-        """The window at its place, once it is there."""
+    def put(self, window, place, size=None):
+        """The window at its place, in a size of the user's if one is given, once it is there."""
         self.desktop.move(window, *place)
+        if size:
+            self.desktop.resize(window, *size)
         wait_until(lambda: abs(self.desktop.geometry(window)[0] - place[0]) < 20, "the new place")
+        wait_until(lambda: not size or self.desktop.geometry(window)[2:] == size, "the new size")
 
-    def picture(self, name):
-        """The next of the whole screen."""
-        path = looks.take_picture(self.desktop, "root", f"journey-{len(self.pictures) + 1:02}-{name}")
-        self.pictures.append(path)
+    def still_of_window(self, name, window):
+        left, top, width, height = self.desktop.geometry(window)
+        self.album.still(name, (left - 1, top - frames.TITLE_HEIGHT, width + 2,
+                                height + frames.TITLE_HEIGHT + 1))
+
+    def still_of_menu(self, name, menu):
+        """The menu and what is above it, to the right edge of the screen."""
+        left, top, width, height = self.desktop.geometry(menu)
+        self.album.still(name, (left - 24, 0, width + 24, top + height + 16))
 
     def wait_for_bird(self, name):
         wait_until(lambda: colour(self.item.pixmaps()) == name, f"the {name} bird")
@@ -103,10 +127,12 @@ class JourneyTest(WindowCase):
         self.register_the_first_runner()
         self.run_a_job()
         self.add_another_runner()
-        self.remove_it()
+        self.work_with_two()
+        self.remove_one()
         self.quit()
         self.come_back()
-        self.make_film()
+        self.run_the_first_workflow()
+        self.check_pictures()
 
     def begin_with_the_introduction(self):
         self.launch()
@@ -114,21 +140,22 @@ class JourneyTest(WindowCase):
         self.put(self.window_id, ONBOARDING_PLACE)
         self.assertIn("Status: Not registered", self.introduction.names("label"))
         self.wait_for_bird("gray")
-        self.picture("welcome")
+        self.album.frame("welcome", "The first start: no runner is registered yet")
         self.click(self.introduction.find("push button", "Register a Runner…"))
         self.page = SettingsPage(self, self.wait_for_window(SETTINGS))
         self.put(self.page.id, SETTINGS_PLACE)
 
     def register_the_first_runner(self):
         self.fill_form("mini", TOKEN)
-        self.picture("form")
+        self.album.frame("form", "The Gitea instance, a name, labels, and a registration token")
         self.server.answer_after(SLOW_ANSWER)
         self.click(self.page.register_button())
         wait_until(self.page.is_busy, "a busy form")
-        self.picture("registering")
+        self.album.frame("registering", "act_runner registers itself …")
+        self.server.answer_after(SLOWER_ANSWER)
         self.page.wait_for_text(REGISTERED)
         self.wait_for_bird("yellow")
-        self.picture("starting")
+        self.album.frame("starting", "… and Valdorn starts it: the bird turns yellow …")
         self.server.answer_after(0)
         self.wait_for_bird("green")
         self.wait_for_status("Connected — idle")
@@ -136,7 +163,9 @@ class JourneyTest(WindowCase):
         self.assertEqual(self.page.register_button().name(), "Re-register")
         wait_until(lambda: ALL_SET in self.introduction.names("label"), "good news")
         self.assertEqual(self.introduction.find_all("push button", "Register a Runner…"), [])
-        self.picture("connected")
+        self.album.frame("connected", "… and green once it is connected")
+        self.click(self.introduction.find("push button", "Continue"))
+        wait_until(lambda: not self.shown(ONBOARDING), "no introduction")
 
     def fill_form(self, name, token):
         """By the keyboard, from the first field on."""
@@ -152,20 +181,24 @@ class JourneyTest(WindowCase):
                           ("Gitea URL", "Name", "Labels")], [self.server.url, name, "linux:host"])
 
     def run_a_job(self):
-        self.choose("Show Log…", picture="menu")
+        self.choose("Show Log…", lambda _: self.album.frame("menu", "The menu of the bird"))
         log = self.wait_for_window(LOG)
         self.put(self.window_id, LOG_PLACE)
-        job = self.server.give_job("acme/site", WORKFLOW)
+        job = self.give_job("mini", seconds=2)
         self.wait_for_status("Building a job")
         wait_until(lambda: "Building: acme/site" in " ".join(self.menu.labels()), "the job's line")
         seen = set()
         wait_until(lambda: seen.add(max(self.item.pixmaps())) or len(seen) > 2, "a turning spinner")
         wait_until(lambda: "repo is acme/site" in log.find("text", "Log").text(), "its log line")
-        self.picture("building")
+        self.album.frame("building", "A push brings a job: a spinner turns while it runs")
         self.assertEqual(self.server.wait_for_result(job)["result"], "success")
         self.wait_for_status("Connected — idle")
         self.wait_for_bird("green")
-        self.picture("built")
+        self.still_of_window("log.png", self.window_id)
+        self.close_window()
+
+    def give_job(self, runner, seconds):
+        return self.server.give_job("acme/site", WORKFLOW.format(seconds=seconds), runner)
 
     def add_another_runner(self):
         self.click(self.page.add_button())
@@ -175,27 +208,42 @@ class JourneyTest(WindowCase):
         self.page.wait_for_text(BAD_TOKEN)
         self.assertEqual(self.page.token().length(), len("a-bad-token"))
         self.assertEqual(len(self.server.runners()), 1)
-        self.picture("bad-token")
+        self.album.frame("bad-token", "A second runner: why a token was refused stands beside the button")
         self.page.register(TOKEN)
         self.page.wait_for_text(REGISTERED)
         wait_until(lambda: len(self.program.children()) == 2, "two daemons")
         self.wait_for_status("Connected — idle · 2 runners")
-        self.choose("Runner Status…")
-        status = self.wait_for_window(STATUS)
-        self.put(self.window_id, STATUS_PLACE)
-        wait_until(lambda: status.names("label").count("Connected — idle") == 2, "two rows")
-        self.assertIn("spare", status.names("label"))
-        self.picture("two-runners")
+        self.page.select(0)
+        wait_until(lambda: self.page.runners() == ["mini", "spare"], "both names")
+        self.still_of_window("settings.png", self.page.id)
 
-    def remove_it(self):
+    def work_with_two(self):
+        job = self.give_job("mini", seconds=5)
+        self.wait_for_status("Building a job · 2 runners")
+        wait_until(lambda: "acme/site" in " ".join(self.menu.labels()), "the job's line")
+        self.choose("Runner Status…", lambda menu: self.still_of_menu("status-menu.png", menu))
+        status = self.wait_for_window(STATUS)
+        self.put(self.window_id, STATUS_PLACE, STATUS_SIZE)
+        wait_until(lambda: sorted(set(status.names("label")) & {"Connected — idle", "Building a job"})
+                   == ["Building a job", "Connected — idle"], "two rows")
+        self.assertIn("spare", status.names("label"))
+        wait_until(lambda: f"update: {NEXT_RELEASE} available" in status.names("label"), "the hint")
+        self.desktop.xdotool("mousemove", *ASIDE)
+        self.album.frame("two-runners", "Two runners: one works, the other waits")
+        self.still_of_window("status.png", self.window_id)
+        self.assertEqual(self.server.wait_for_result(job)["result"], "success")
+        self.wait_for_status("Connected — idle · 2 runners")
+
+    def remove_one(self):
         before = self.program.children()
+        self.page.select(1)
         self.click(self.page.remove_button())
         wait_until(lambda: self.page.runners() == ["mini"], "one runner")
         self.assertEqual(self.page.selected(), [0])
         wait_until(lambda: len(self.program.children()) == 1, "one daemon")
         self.assertIn(self.program.children()[0], before)
         self.wait_for_status("Connected — idle")
-        self.picture("removed")
+        self.album.frame("removed", "A runner that is removed ends, and its folder goes with it")
 
     def quit(self):
         (daemon,) = self.program.children()
@@ -211,17 +259,24 @@ class JourneyTest(WindowCase):
         self.wait_for_status("Connected — idle")
         stays_true(lambda: not self.desktop.windows_of(self.program), "no window", 0.5)
         self.choose("Runner Status…")
-        self.wait_for_window(STATUS)
-        self.put(self.window_id, SETTINGS_PLACE)
+        status = self.wait_for_window(STATUS)
+        self.put(self.window_id, STATUS_PLACE)
+        wait_until(lambda: "Connected — idle" in status.names("label"), "its row")
         self.desktop.xdotool("mousemove", *ASIDE)
-        self.picture("back-again")
+        self.album.frame("back-again", "At the next start everything comes back by itself")
 
-    def make_film(self):
-        film = os.path.join(looks.ARTEFACTS, "journey.gif")
-        subprocess.run(["convert", "-delay", str(FRAME_TIME), *self.pictures,
-                        "-resize", str(FILM_WIDTH), "-dither", "None", "-colors", "96",
-                        "-layers", "optimize", "-loop", "0", film], check=True, timeout=120)
-        self.assertLess(os.path.getsize(film), FILM_BYTES)
+    def run_the_first_workflow(self):
+        job = self.server.give_job("acme/site", readme_workflow())
+        task = self.server.wait_for_result(job)
+        self.assertEqual(task["result"], "success")
+        self.assertIn("Hello from ", str(task["logs"]))
+
+    def check_pictures(self):
+        self.album.make_film()
+        self.assertEqual(self.album.names(), sorted((album.FILM, *album.STILLS)))
+        self.assertLess(os.path.getsize(self.album.path(album.FILM)), FILM_BYTES)
+        for name in album.STILLS:
+            self.assertLess(os.path.getsize(self.album.path(name)), STILL_BYTES, name)
 
 
 if __name__ == "__main__":

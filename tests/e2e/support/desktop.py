@@ -37,14 +37,20 @@ def _end(process):
 
 
 class SessionBus:
-    """A private session bus."""
+    """A private session bus, which can go and come back at the same address."""
 
     def __init__(self):
-        self._daemon = subprocess.Popen(
-            ["dbus-daemon", "--session", "--nofork", "--print-address=1"],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.address = _first_line(self._daemon.stdout)
+        self._folder = tempfile.mkdtemp(prefix="valdorn-bus.")
+        self.address = f"unix:path={self._folder}/bus"
         self._connections = []
+        self.begin()
+
+    def begin(self):
+        self._daemon = subprocess.Popen(
+            ["dbus-daemon", "--session", "--nofork", "--print-address=1",
+             f"--address={self.address}"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        _first_line(self._daemon.stdout)
 
     def connect(self):
         """A new connection: whoever wants to leave the bus alone takes one of his own."""
@@ -62,10 +68,12 @@ class SessionBus:
         for connection in self._connections:
             connection.close()
         self.end()
+        shutil.rmtree(self._folder, ignore_errors=True)
 
 
 class Desktop:
-    """Display, bus and, if asked for, a window manager. `environment` is what programs get."""
+    """Display, bus and, if asked for, a window manager: the usual one, or one made by a function
+    that is given a folder for its files. `environment` is what programs get."""
 
     def __init__(self, display=True, window_manager=False, size="1280x800x24"):
         self._processes = []
@@ -85,7 +93,8 @@ class Desktop:
             if display:
                 self._start_display(size)
             if window_manager:
-                self._start_window_manager()
+                self._start_window_manager(("openbox",) if window_manager is True
+                                           else window_manager(self.runtime))
         except BaseException:
             self.close()
             raise
@@ -101,8 +110,8 @@ class Desktop:
         self.display = ":" + _first_line(server.stdout)
         self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
 
-    def _start_window_manager(self):
-        self.start("openbox")
+    def _start_window_manager(self, command):
+        self.start(*command)
         # A window that is mapped while the manager takes over may miss its frame.
         wait_until(lambda: "window id" in self.property("-root", "_NET_SUPPORTING_WM_CHECK"),
                    "the window manager")
@@ -142,12 +151,13 @@ class Desktop:
     def move(self, window, x, y):
         self.xdotool("windowmove", window, str(x), str(y))
 
-    def paint(self, *colours):
-        """The empty desktop, from top to bottom."""
-        width, height = self.xdotool("getdisplaygeometry").split()
+    def resize(self, window, width, height):
+        self.xdotool("windowsize", window, str(width), str(height))
+
+    def paint(self, colour):
+        """The empty desktop."""
         picture = os.path.join(self.runtime, "desktop.png")
-        subprocess.run(["convert", "-size", f"{width}x{height}", "gradient:" + "-".join(colours),
-                        picture], check=True, timeout=30)
+        subprocess.run(["convert", "-size", "16x16", "xc:" + colour, picture], check=True, timeout=30)
         # Its exit status is 1 however it went.
         subprocess.run(["display", "-window", "root", picture], env=self.environment,
                        capture_output=True, timeout=30)

@@ -2,6 +2,7 @@
 
 import json
 import select
+import socket
 import subprocess
 import urllib.request
 
@@ -10,13 +11,25 @@ from .waiting import wait_until
 
 TOKEN = "standin-token"
 START_TIME = 20
+USUAL_PORT = 3000
+
+
+def usual_port():
+    """The one that a Gitea has by default if nobody is there, else any."""
+    with socket.socket() as probe:
+        probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        try:
+            probe.bind(("127.0.0.1", USUAL_PORT))
+        except OSError:
+            return 0
+    return USUAL_PORT
 
 
 class Gitea:
     """A running server on loopback that knows nothing yet."""
 
-    def __init__(self):
-        self._process = subprocess.Popen([SERVER], stdout=subprocess.PIPE,
+    def __init__(self, port=0):
+        self._process = subprocess.Popen([SERVER, "--port", str(port)], stdout=subprocess.PIPE,
                                          stderr=subprocess.DEVNULL, text=True)
         ready, _, _ = select.select([self._process.stdout], [], [], START_TIME)
         line = self._process.stdout.readline() if ready else ""
@@ -28,9 +41,10 @@ class Gitea:
     def runners(self):
         return self._call("GET", "runners")
 
-    def give_job(self, repository, workflow):
-        """Queues a job for the next runner that asks; its number."""
-        return self._call("POST", "jobs", {"repository": repository, "workflow": workflow})["id"]
+    def give_job(self, repository, workflow, runner=""):
+        """Queues a job for the next runner that asks, or for the one of that name; its number."""
+        return self._call("POST", "jobs", {"repository": repository, "workflow": workflow,
+                                           "runner": runner})["id"]
 
     def task(self, number):
         return self._call("GET", f"tasks/{number}")
