@@ -23,9 +23,7 @@ Divider::Divider(Qt::Orientation orientation) {
 }
 
 void Divider::paintEvent(QPaintEvent*) {
-    const QColor window = palette().color(QPalette::Window);
-    QPainter(this).fillRect(
-        rect(), SystemPalette::mixed(window, palette().color(QPalette::WindowText), lineShare));
+    QPainter(this).fillRect(rect(), SystemPalette::line(palette(), lineShare));
 }
 
 }  // namespace valdorn

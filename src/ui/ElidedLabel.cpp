@@ -4,10 +4,10 @@
 #include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QPainter>
-#include <QStyle>
 #include <cmath>
 
 #include "ui/PlainText.h"
+#include "ui/TextFlow.h"
 #include "ui/ToolTips.h"
 
 namespace valdorn {
@@ -15,14 +15,19 @@ namespace valdorn {
 namespace {
 
 // Enough to see that there is a text, and to point at it.
-constexpr int leastCharacters = 4;
+constexpr int usualLeastCharacters = 4;
 
 }  // namespace
 
 ElidedLabel::ElidedLabel(TextStyle style, std::optional<SystemColor> color, QFont::Weight weight)
-    : StyledLabel(style, color, weight) {
+    : StyledLabel(style, color, weight), leastCharacters_(usualLeastCharacters) {
     // Takes no more than its text, and less when there is less.
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::setLeastCharacters(int count) {
+    leastCharacters_ = count;
+    updateGeometry();
 }
 
 // Measuring takes time for each letter, and is done again with each layout and painting.
@@ -48,7 +53,7 @@ QSize ElidedLabel::sizeHint() const {
 
 QSize ElidedLabel::minimumSizeHint() const {
     const QSize wanted = sizeHint();
-    return {qMin(wanted.width(), leastCharacters * fontMetrics().averageCharWidth()),
+    return {qMin(wanted.width(), leastCharacters_ * fontMetrics().averageCharWidth()),
             wanted.height()};
 }
 
@@ -64,9 +69,10 @@ bool ElidedLabel::event(QEvent* event) {
 void ElidedLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
-    const auto side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
-    painter.drawText(contentsRect(), static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine,
-                     shownText());
+    const QString shown = shownText();
+    const int flags = TextFlow::flags(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter, shown);
+    painter.drawText(contentsRect(), flags | Qt::TextSingleLine,
+                     TextFlow::inPlace(layoutDirection(), shown));
 }
 
 }  // namespace valdorn

@@ -17,6 +17,9 @@ public:
 
     void setText(const QString& text);
 
+    // Gives way no further than to so many characters; at first to a few.
+    void setLeastCharacters(int count);
+
     // What stands there now, with "…" where something is left out.
     QString shownText() const;
 
@@ -29,6 +32,8 @@ protected:
 
 private:
     int widthOf(const QString& line) const;
+
+    int leastCharacters_;
 };
 
 }  // namespace valdorn

@@ -21,6 +21,8 @@ constexpr double darkShare = 0.055;
 constexpr double edgeShare = 0.10;
 
 QColor panelColor(const QPalette& around) {
+    if (SystemPalette::isHighContrast(around))
+        return around.color(QPalette::Window);  // its edge is all it needs
     const double share = SystemPalette::isDark(around) ? darkShare : lightShare;
     return SystemPalette::mixed(around.color(QPalette::Window), Qt::white, share);
 }
@@ -51,9 +53,8 @@ void GroupPanel::reshade() {
 void GroupPanel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor panel = palette().color(QPalette::Window);
-    painter.setPen(SystemPalette::mixed(panel, palette().color(QPalette::WindowText), edgeShare));
-    painter.setBrush(panel);
+    painter.setPen(SystemPalette::line(palette(), edgeShare));
+    painter.setBrush(palette().color(QPalette::Window));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
                             cornerRadius);
 }

@@ -1,17 +1,19 @@
 #include "ui/PromptField.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QStyle>
 #include <QStyleOptionFrame>
 
+#include "ui/StrongFrame.h"
 #include "ui/SystemPalette.h"
 
 namespace valdorn {
 
 PromptField::PromptField(const QString& placeholder, QWidget* parent) : QLineEdit(parent) {
     setPlaceholderText(placeholder);
-    updatePlaceholder();
+    recolor();
 }
 
 QSize PromptField::minimumSizeHint() const {
@@ -27,18 +29,22 @@ QSize PromptField::minimumSizeHint() const {
 
 void PromptField::changeEvent(QEvent* event) {
     QLineEdit::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
-        updatePlaceholder();
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange ||
+        event->type() == QEvent::ParentChange)
+        recolor();
 }
 
-void PromptField::updatePlaceholder() {
-    const QColor readable =
-        SystemPalette::text(SystemColor::secondary, SystemPalette::onBase(palette()));
-    if (palette().color(QPalette::PlaceholderText) == readable)
-        return;
-    QPalette own = palette();
-    own.setColor(QPalette::PlaceholderText, readable);
-    setPalette(own);
+void PromptField::recolor() {
+    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    QPalette own;  // only what is set here counts, the rest stays inherited
+    own.setColor(QPalette::PlaceholderText,
+                 SystemPalette::textOnBase(SystemColor::secondary, around));
+    const auto frame = StrongFrame::source(around, StrongFrame::Where::highContrast);
+    own.setColor(QPalette::Window, frame.value_or(around.color(QPalette::Window)));
+    // Setting a palette announces its change, which leads back here.
+    for (const auto role : {QPalette::PlaceholderText, QPalette::Window})
+        if (palette().color(role) != own.color(role))
+            return setPalette(own);
 }
 
 }  // namespace valdorn

@@ -4,8 +4,8 @@
 
 namespace valdorn {
 
-// A line of text to fill in, whose placeholder can be read on every desktop: some themes leave it
-// black on their dark fields. Main thread only.
+// A line of text to fill in, whose placeholder can be read on every desktop, some themes leave it
+// black on their dark fields, and whose frame can be seen where contrast is high. Main thread only.
 class PromptField : public QLineEdit {
     Q_OBJECT
 
@@ -19,7 +19,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    void updatePlaceholder();
+    void recolor();
 };
 
 }  // namespace valdorn

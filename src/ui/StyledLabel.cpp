@@ -2,9 +2,12 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QPainter>
+#include <QStyle>
 
 #include "ui/StyledFont.h"
 #include "ui/SystemPalette.h"
+#include "ui/TextFlow.h"
 
 namespace valdorn {
 
@@ -24,6 +27,16 @@ void StyledLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         recolor();
+}
+
+// Qt would leave a text that is written from left to right on the left of a mirrored window.
+void StyledLabel::paintEvent(QPaintEvent* event) {
+    if (layoutDirection() == Qt::LeftToRight)
+        return QLabel::paintEvent(event);
+    QPainter painter(this);
+    const int flags = TextFlow::flags(layoutDirection(), alignment(), text());
+    style()->drawItemText(&painter, contentsRect(), flags | (wordWrap() ? Qt::TextWordWrap : 0),
+                          palette(), isEnabled(), text(), foregroundRole());
 }
 
 void StyledLabel::recolor() {

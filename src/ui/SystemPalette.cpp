@@ -10,8 +10,12 @@ namespace {
 
 const QColor middleGray(0x9A, 0x9A, 0xA0);  // as far from black as from white
 
-constexpr double dotContrast = 3.0;   // graphical objects, WCAG 2.1 criterion 1.4.11
-constexpr double textContrast = 4.5;  // text, WCAG 2.1 criterion 1.4.3
+constexpr double dotContrast = 3.0;       // graphical objects, WCAG 2.1 criterion 1.4.11
+constexpr double textContrast = 4.5;      // text, WCAG 2.1 criterion 1.4.3
+constexpr double enhancedContrast = 7.0;  // text, criterion 1.4.6
+
+// Black on white has 21. The usual light and dark palettes stay below 19.
+constexpr double highContrast = 20.0;
 
 // Text at 55 %: quieter than text, and still readable on the usual palettes.
 QColor secondary(const QPalette& palette) {
@@ -50,6 +54,11 @@ QColor standingOut(SystemColor color, const QPalette& palette, double wanted) {
     for (int percent = 2; contrast(result, window) < wanted && percent <= 100; percent += 2)
         result = mixed(start, extreme, percent / 100.0);
     return result;
+}
+
+// Fields are black on white on most desktops: it is the window that tells.
+double contrastOfText(const QPalette& palette) {
+    return isHighContrast(palette) ? enhancedContrast : textContrast;
 }
 
 double luminance(const QColor& color) {
@@ -94,19 +103,29 @@ QColor darkVariant(SystemColor color) {
     return middleGray;
 }
 
+bool isHighContrast(const QPalette& palette) {
+    return contrast(palette.color(QPalette::Window), palette.color(QPalette::WindowText)) >=
+           highContrast;
+}
+
 QColor dot(SystemColor color, const QPalette& palette) {
-    return standingOut(color, palette, dotContrast);
+    return standingOut(color, palette, isHighContrast(palette) ? textContrast : dotContrast);
 }
 
 QColor text(SystemColor color, const QPalette& palette) {
-    return standingOut(color, palette, textContrast);
+    return standingOut(color, palette, contrastOfText(palette));
 }
 
-QPalette onBase(const QPalette& palette) {
+QColor textOnBase(SystemColor color, const QPalette& palette) {
     QPalette ground = palette;
     ground.setColor(QPalette::Window, palette.color(QPalette::Base));
     ground.setColor(QPalette::WindowText, palette.color(QPalette::Text));
-    return ground;
+    return standingOut(color, ground, contrastOfText(palette));
+}
+
+QColor line(const QPalette& palette, double share) {
+    const QColor full = palette.color(QPalette::WindowText);
+    return isHighContrast(palette) ? full : mixed(palette.color(QPalette::Window), full, share);
 }
 
 double contrast(const QColor& one, const QColor& other) {

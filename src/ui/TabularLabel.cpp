@@ -8,6 +8,7 @@
 #include "ui/AccessibleRole.h"
 #include "ui/StyledFont.h"
 #include "ui/SystemPalette.h"
+#include "ui/TextFlow.h"
 
 namespace valdorn {
 
@@ -58,7 +59,8 @@ void TabularLabel::paintEvent(QPaintEvent*) {
     painter.setPen(SystemPalette::text(color_, palette()));
     const QFontMetricsF metrics(font());
     double left = 0;
-    for (const QChar character : text_) {
+    const QString shown = TextFlow::inPlace(layoutDirection(), text_);
+    for (const QChar character : shown) {
         const double cell = cellWidth(metrics, character);
         painter.drawText(QRectF(left, 0, cell, height()), Qt::AlignCenter, QString(character));
         left += cell;

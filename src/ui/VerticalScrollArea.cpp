@@ -3,6 +3,8 @@
 #include <QEvent>
 #include <QScrollBar>
 
+#include "ui/StrongFrame.h"
+
 namespace valdorn {
 
 VerticalScrollArea::VerticalScrollArea(QWidget* content) {
@@ -11,6 +13,7 @@ VerticalScrollArea::VerticalScrollArea(QWidget* content) {
     setWidgetResizable(true);
     setFocusPolicy(Qt::NoFocus);
     setWidget(content);
+    new StrongFrame(*verticalScrollBar());
     viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
 }

@@ -3,13 +3,13 @@
 #include <QFontMetrics>
 #include <QHelpEvent>
 #include <QPainter>
-#include <QStyle>
 #include <QTextLayout>
 #include <QTextOption>
 #include <algorithm>
 #include <cmath>
 
 #include "ui/PlainText.h"
+#include "ui/TextFlow.h"
 #include "ui/ToolTips.h"
 
 namespace valdorn {
@@ -87,13 +87,12 @@ void WrappedLabel::paintEvent(QPaintEvent*) {
     painter.setPen(palette().color(foregroundRole()));
     const QStringList lines = shownLines();
     const int lineHeight = fontMetrics().height();
-    const auto side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
+    const int flags = TextFlow::flags(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter, text());
     QRect place = contentsRect();
     place.setTop(place.top() + (place.height() - lineHeight * static_cast<int>(lines.size())) / 2);
     place.setHeight(lineHeight);
     for (const QString& line : lines) {
-        painter.drawText(place, static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine,
-                         line);
+        painter.drawText(place, flags | Qt::TextSingleLine, line);
         place.translate(0, lineHeight);
     }
 }

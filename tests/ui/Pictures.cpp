@@ -19,23 +19,53 @@ constexpr int bearableStep = 40;           // levels by which one pixel may stra
 constexpr double bearableStrays = 0.0006;  // of all pixels ...
 constexpr double mostStrays = 40;          // ... and fewer than a status dot has
 
+struct Shades {
+    QColor window;
+    QColor base;
+    QColor button;
+    QColor text;
+    QColor disabled;
+    QColor highlight;
+};
+
+Shades shadesOf(Scheme scheme) {
+    switch (scheme) {
+        case Scheme::dark:
+            return {QColor(0x2A, 0x2A, 0x2E), QColor(0x1E, 0x1E, 0x20), QColor(0x3A, 0x3A, 0x3E),
+                    QColor(0xF2, 0xF2, 0xF2), QColor(0x88, 0x88, 0x8C), QColor(0x30, 0x8C, 0xC6)};
+        case Scheme::blackOnWhite:
+            return {Qt::white, Qt::white, Qt::white, Qt::black, QColor(0x6A, 0x6A, 0x6A),
+                    Qt::black};
+        case Scheme::whiteOnBlack:
+            return {Qt::black,
+                    Qt::black,
+                    Qt::black,
+                    Qt::white,
+                    QColor(0xA0, 0xA0, 0xA0),
+                    QColor(0x1A, 0xEB, 0xFF)};
+        case Scheme::light:
+            break;
+    }
+    return {QColor(0xEF, 0xEF, 0xEF), Qt::white,
+            QColor(0xEF, 0xEF, 0xEF), Qt::black,
+            QColor(0x88, 0x88, 0x8C), QColor(0x30, 0x8C, 0xC6)};
+}
+
 QPalette paletteOf(Scheme scheme) {
-    const bool dark = scheme == Scheme::dark;
-    const QColor window = dark ? QColor(0x2A, 0x2A, 0x2E) : QColor(0xEF, 0xEF, 0xEF);
-    const QColor base = dark ? QColor(0x1E, 0x1E, 0x20) : QColor(Qt::white);
-    const QColor text = dark ? QColor(0xF2, 0xF2, 0xF2) : QColor(Qt::black);
-    QPalette palette(dark ? QColor(0x3A, 0x3A, 0x3E) : window, window);
+    const Shades shades = shadesOf(scheme);
+    QPalette palette(shades.button, shades.window);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
                             QPalette::ToolTipText, QPalette::BrightText})
-        palette.setColor(role, text);
+        palette.setColor(role, shades.text);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, QColor(0x88, 0x88, 0x8C));
-    palette.setColor(QPalette::Base, base);
-    palette.setColor(QPalette::AlternateBase, window);
-    palette.setColor(QPalette::ToolTipBase, base);
+        palette.setColor(QPalette::Disabled, role, shades.disabled);
+    palette.setColor(QPalette::Base, shades.base);
+    palette.setColor(QPalette::AlternateBase, shades.window);
+    palette.setColor(QPalette::ToolTipBase, shades.base);
     palette.setColor(QPalette::PlaceholderText, QColor(0x80, 0x80, 0x84));
-    palette.setColor(QPalette::Highlight, QColor(0x30, 0x8C, 0xC6));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Highlight, shades.highlight);
+    palette.setColor(QPalette::HighlightedText,
+                     scheme == Scheme::whiteOnBlack ? Qt::black : Qt::white);
     return palette;
 }
 
@@ -116,11 +146,33 @@ void Looks::change(Scheme scheme, double bodyPoints) {
     QCoreApplication::sendPostedEvents();
 }
 
+std::string suffixOf(Scheme scheme) {
+    switch (scheme) {
+        case Scheme::dark:
+            return "_dark";
+        case Scheme::blackOnWhite:
+            return "_black_on_white";
+        case Scheme::whiteOnBlack:
+            return "_white_on_black";
+        case Scheme::light:
+            break;
+    }
+    return "_light";
+}
+
+RightToLeft::RightToLeft() {
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+}
+
+RightToLeft::~RightToLeft() {
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 namespace Pictures {
 
-QImage render(QWidget& widget, int scale) {
+QImage render(QWidget& widget, double scale) {
     QCoreApplication::sendPostedEvents();
-    QImage image(widget.size() * scale, QImage::Format_RGB32);
+    QImage image((QSizeF(widget.size()) * scale).toSize(), QImage::Format_RGB32);
     image.setDevicePixelRatio(scale);
     image.fill(widget.palette().color(QPalette::Window));
     widget.render(&image);

@@ -19,6 +19,8 @@ QPalette paletteOf(const QColor& window, const QColor& text) {
 
 const QPalette light = paletteOf(QColor(0xEF, 0xEF, 0xEF), Qt::black);
 const QPalette dark = paletteOf(QColor(0x20, 0x20, 0x24), Qt::white);
+const QPalette blackOnWhite = paletteOf(Qt::white, Qt::black);
+const QPalette whiteOnBlack = paletteOf(Qt::black, Qt::white);
 
 TEST(SystemPaletteTest, ContrastRunsFromOneToTwentyOne) {
     EXPECT_NEAR(SystemPalette::contrast(Qt::white, Qt::black), 21, 0.01);
@@ -41,6 +43,43 @@ TEST(SystemPaletteTest, EveryColourStandsOut) {
             EXPECT_GE(SystemPalette::contrast(SystemPalette::text(color, palette), window), 4.5);
         }
     }
+}
+
+TEST(SystemPaletteTest, HighContrastIsBlackAndWhite) {
+    EXPECT_TRUE(SystemPalette::isHighContrast(blackOnWhite));
+    EXPECT_TRUE(SystemPalette::isHighContrast(whiteOnBlack));
+    EXPECT_TRUE(SystemPalette::isHighContrast(paletteOf(QColor(0xFD, 0xFD, 0xFC), Qt::black)));
+    for (const QPalette& usual : {light, dark, paletteOf(QColor(0xF6, 0xF5, 0xF4), Qt::black),
+                                  paletteOf(QColor(0x12, 0x12, 0x12), Qt::white)})
+        EXPECT_FALSE(SystemPalette::isHighContrast(usual));
+}
+
+TEST(SystemPaletteTest, NothingIsQuietWhereContrastIsHigh) {
+    for (const QPalette& palette : {blackOnWhite, whiteOnBlack}) {
+        const QColor window = palette.color(QPalette::Window);
+        for (const SystemColor color : colors) {
+            EXPECT_GE(SystemPalette::contrast(SystemPalette::dot(color, palette), window), 4.5);
+            EXPECT_GE(SystemPalette::contrast(SystemPalette::text(color, palette), window), 7.0);
+        }
+        EXPECT_EQ(SystemPalette::line(palette, 0.1), palette.color(QPalette::WindowText));
+    }
+    EXPECT_EQ(SystemPalette::line(light, 0.5), QColor(0x78, 0x78, 0x78));
+}
+
+TEST(SystemPaletteTest, WhiteFieldsAloneAreNoHighContrast) {
+    QPalette usual = light;
+    usual.setColor(QPalette::Base, Qt::white);
+    usual.setColor(QPalette::Text, Qt::black);
+    QPalette strong = blackOnWhite;
+    strong.setColor(QPalette::Base, Qt::white);
+    strong.setColor(QPalette::Text, Qt::black);
+    const auto contrastIn = [](const QPalette& palette) {
+        return SystemPalette::contrast(SystemPalette::textOnBase(SystemColor::orange, palette),
+                                       Qt::white);
+    };
+    EXPECT_GE(contrastIn(usual), 4.5);
+    EXPECT_LT(contrastIn(usual), 6.0);
+    EXPECT_GE(contrastIn(strong), 7.0);
 }
 
 TEST(SystemPaletteTest, ColourThatStandsOutIsTakenAsItIs) {

@@ -16,8 +16,8 @@ LogPainter::LogPainter(QPainter& painter, const QPalette& palette, const LogRows
       palette_(palette),
       rows_(rows),
       selection_(selection),
-      warning_(SystemPalette::text(SystemColor::orange, SystemPalette::onBase(palette))),
-      error_(SystemPalette::text(SystemColor::red, SystemPalette::onBase(palette))) {}
+      warning_(SystemPalette::textOnBase(SystemColor::orange, palette)),
+      error_(SystemPalette::textOnBase(SystemColor::red, palette)) {}
 
 void LogPainter::draw(const QRect& area, std::int64_t scrolled) const {
     if (rows_.lines().empty())

@@ -10,12 +10,14 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleHints>
+#include <QStyleOptionFrame>
 #include <algorithm>
 #include <array>
 #include <limits>
 #include <utility>
 
 #include "platform/Pasteboard.h"
+#include "ui/StrongFrame.h"
 #include "ui/TextStyle.h"
 #include "ui/log/LogPainter.h"
 #include "ui/log/LogRowsAccessible.h"
@@ -78,6 +80,7 @@ LogRowsView::LogRowsView(MainQueue& queue, Pasteboard& pasteboard, QWidget* pare
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setBackgroundRole(QPalette::Base);
     verticalScrollBar()->setSingleStep(rows_.wrap().rowHeight());
+    new StrongFrame(*verticalScrollBar());
     LogRowsAccessible::install();
 }
 
@@ -150,6 +153,12 @@ void LogRowsView::layOutAnew(const std::function<void()>& change) {
     viewport()->update();
 }
 
+void LogRowsView::initStyleOption(QStyleOptionFrame* option) const {
+    QAbstractScrollArea::initStyleOption(option);
+    if (const auto source = StrongFrame::source(palette(), StrongFrame::Where::highContrast))
+        option->palette.setColor(QPalette::Window, *source);
+}
+
 bool LogRowsView::event(QEvent* event) {
     // The usual keys for copying mean the text here, whatever else has them in this window.
     if (event->type() == QEvent::ShortcutOverride) {
@@ -184,8 +193,13 @@ void LogRowsView::paintEvent(QPaintEvent* event) {
 }
 
 void LogRowsView::drawFocusFrame(QPainter& painter) const {
-    painter.setPen(palette().color(QPalette::Highlight));
-    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
+    // Inside by half its width: on a screen with a broken scale a line that a pen draws along the edge
+    // would lie beyond it in part.
+    constexpr double half = 0.5;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2 * half));
+    painter.drawRect(QRectF(viewport()->rect()).adjusted(half, half, -half, -half));
+    painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
 void LogRowsView::drawCaret(QPainter& painter) const {

@@ -54,6 +54,7 @@ public:
     std::optional<LogPosition> positionAt(QPointF place) const;
 
 protected:
+    void initStyleOption(QStyleOptionFrame* option) const override;
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;

@@ -16,6 +16,7 @@
 #include "ui/CheckBox.h"
 #include "ui/PlainText.h"
 #include "ui/PromptField.h"
+#include "ui/StrongFrame.h"
 #include "ui/log/LogRowsView.h"
 
 namespace valdorn {
@@ -32,7 +33,10 @@ constexpr int levelPicker = 110;
 // As wide as it is meant to be, and wider where the desktop's font needs it.
 class LevelPicker : public QComboBox {
 public:
-    LevelPicker() { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
+    LevelPicker() {
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        new StrongFrame(*this);
+    }
     QSize sizeHint() const override {
         return QComboBox::sizeHint().expandedTo(QSize(levelPicker, 0));
     }
@@ -123,6 +127,7 @@ void LogViewerView::addButtons(QHBoxLayout& bar) {
         auto* const button = new QPushButton(QString::fromLatin1(title));
         button->setObjectName(QString::fromLatin1(name));
         button->setAutoDefault(false);
+        new StrongFrame(*button);
         connect(button, &QPushButton::clicked, this, action);
         bar.addWidget(button);
     };

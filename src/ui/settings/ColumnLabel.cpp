@@ -6,8 +6,8 @@
 
 namespace valdorn {
 
-ColumnLabel::ColumnLabel(const QString& title, QStringList titles) : titles_(std::move(titles)) {
-    setTextFormat(Qt::PlainText);
+ColumnLabel::ColumnLabel(const QString& title, QStringList titles)
+    : StyledLabel(TextStyle::body), titles_(std::move(titles)) {
     setText(title);
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <QLabel>
 #include <QStringList>
+
+#include "ui/StyledLabel.h"
 
 namespace valdorn {
 
 // The title of a form's field, right-aligned to it. It is as wide as the widest title of its
 // column, so that fields line up across sections. Main thread only.
-class ColumnLabel : public QLabel {
+class ColumnLabel : public StyledLabel {
     Q_OBJECT
 
 public:

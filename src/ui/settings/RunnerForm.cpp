@@ -12,6 +12,7 @@
 #include "ui/PlainText.h"
 #include "ui/PromptField.h"
 #include "ui/Spinner.h"
+#include "ui/StrongFrame.h"
 #include "ui/StyledLabel.h"
 #include "ui/WrappedLabel.h"
 #include "ui/settings/FormSection.h"
@@ -61,7 +62,7 @@ RunnerForm::RunnerForm(std::shared_ptr<RunnerManager> runner,
                        std::shared_ptr<RegistrationForm> registration, MainQueue& queue)
     : runner_(std::move(runner)),
       registration_(std::move(registration)),
-      token_(new QLineEdit),
+      token_(new PromptField({})),
       button_(new QPushButton),
       spinner_(new Spinner(queue)),
       message_(new WrappedLabel(TextStyle::caption, messageLines)),
@@ -128,6 +129,7 @@ void RunnerForm::addTokenField(FormSection& section) {
 
 void RunnerForm::addActions(FormSection& section) {
     button_->setObjectName(QStringLiteral("register"));
+    new StrongFrame(*button_);
     button_->setAutoDefault(true);  // Return presses it, as Space does
     connect(button_, &QPushButton::clicked, this, &RunnerForm::doRegister);
     spinner_->setObjectName(QStringLiteral("spinner"));

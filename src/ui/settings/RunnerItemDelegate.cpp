@@ -1,12 +1,16 @@
 #include "ui/settings/RunnerItemDelegate.h"
 
+#include <QPainter>
+
 #include "ui/SystemPalette.h"
+#include "ui/TextFlow.h"
 
 namespace valdorn {
 
 namespace {
 
-constexpr int rowPadding = 4;        // above and below the text
+constexpr int rowPadding = 4;  // above and below the text
+constexpr int framePoints = 2;
 constexpr double quietShare = 0.18;  // of the text's colour, in the highlight without the keyboard
 
 }  // namespace
@@ -16,9 +20,21 @@ QSize RunnerItemDelegate::sizeHint(const QStyleOptionViewItem& option,
     return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 2 * rowPadding);
 }
 
+void RunnerItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                               const QModelIndex& index) const {
+    QStyledItemDelegate::paint(painter, option, index);
+    if (!option.state.testFlag(QStyle::State_Selected) || option.widget->hasFocus() ||
+        !SystemPalette::isHighContrast(option.palette))
+        return;
+    painter->setPen(QPen(option.palette.color(QPalette::Text), framePoints));
+    constexpr double inset = framePoints / 2.0;
+    painter->drawRect(QRectF(option.rect).adjusted(inset, inset, -inset, -inset));
+}
+
 void RunnerItemDelegate::initStyleOption(QStyleOptionViewItem* option,
                                          const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
+    option->text = TextFlow::marked(option->direction, option->text);
     if (!option->state.testFlag(QStyle::State_Selected))
         return;
     // The highlight tells where the keyboard is: a frame within it would be one too many.

@@ -5,13 +5,15 @@
 namespace valdorn {
 
 // Draws a runner's row: with room around its text, and a highlight that is loud only while the list
-// has the keyboard. Main thread only.
+// has the keyboard; where contrast is high, a frame while it has not. Main thread only.
 class RunnerItemDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:

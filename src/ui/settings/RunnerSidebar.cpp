@@ -1,7 +1,10 @@
 #include "ui/settings/RunnerSidebar.h"
 
+#include <QEvent>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -14,6 +17,10 @@ namespace valdorn {
 
 namespace {
 
+// Names of that length are shown whole.
+constexpr int readableCharacters = 16;
+constexpr int besideNames = 40;  // the symbol and what is around both, in points
+
 constexpr int barPadding = 6;
 constexpr int barSpacing = 4;
 
@@ -25,7 +32,7 @@ RunnerSidebar::RunnerSidebar(std::shared_ptr<RunnerSelection> selection)
       add_(new SymbolButton),
       remove_(new SymbolButton) {
     setObjectName(QStringLiteral("runnerSidebar"));
-    setFixedWidth(fixedWidth);
+    updateWidth();
     list_->setObjectName(QStringLiteral("runnerList"));
     list_->setAccessibleName(QStringLiteral("Runners"));
     connect(list_, &RunnerList::chosen, this, [this](const std::optional<std::string>& id) {
@@ -41,6 +48,17 @@ RunnerSidebar::RunnerSidebar(std::shared_ptr<RunnerSelection> selection)
 }
 
 RunnerSidebar::~RunnerSidebar() = default;
+
+void RunnerSidebar::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateWidth();
+}
+
+void RunnerSidebar::updateWidth() {
+    const int names = readableCharacters * fontMetrics().averageCharWidth();
+    setFixedWidth(std::max(usualWidth, names + besideNames));
+}
 
 QWidget* RunnerSidebar::makeButtonBar() {
     add_->setObjectName(QStringLiteral("addRunner"));

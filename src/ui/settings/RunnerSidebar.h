@@ -16,7 +16,8 @@ class RunnerSidebar : public QWidget {
     Q_OBJECT
 
 public:
-    static constexpr int fixedWidth = 180;  // points
+    // With the usual fonts, in points; larger ones make it wider.
+    static constexpr int usualWidth = 180;
 
     explicit RunnerSidebar(std::shared_ptr<RunnerSelection> selection);
     ~RunnerSidebar() override;
@@ -30,8 +31,12 @@ Q_SIGNALS:
     // the next key may be meant for that already.
     void changed();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     QWidget* makeButtonBar();
+    void updateWidth();
 
     const std::shared_ptr<RunnerSelection> selection_;
     RunnerList* const list_;

@@ -19,7 +19,7 @@ namespace valdorn {
 namespace {
 
 constexpr QSize contentSize(620, 400);
-constexpr int detailWidth = contentSize.width() - RunnerSidebar::fixedWidth - Divider::thickness;
+constexpr int detailWidth = contentSize.width() - RunnerSidebar::usualWidth - Divider::thickness;
 constexpr int switchPadding = 10;
 
 }  // namespace

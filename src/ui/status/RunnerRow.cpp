@@ -26,6 +26,7 @@ constexpr int lineSpacing = 4;
 constexpr int partSpacing = 6;
 constexpr int aboveDot = 5;  // puts the dot beside the middle of the first line
 constexpr int symbolPoints = 22;
+constexpr int versionCharacters = 16;  // of a usual one, with large text, too
 
 const std::string& textOf(const std::string& part) {
     return part;
@@ -108,6 +109,7 @@ void RunnerRow::layOut() {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     // The status is one of six short titles: what gives way is what comes from outside.
     status_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    version_->setLeastCharacters(versionCharacters);
     auto* const lines = new QVBoxLayout;
     lines->setSpacing(lineSpacing);
     lines->addLayout(makeNameLine());

@@ -494,7 +494,7 @@ protected:
         return false;
     }
     QColor on(SystemColor color) const {
-        return SystemPalette::text(color, SystemPalette::onBase(view.palette()));
+        return SystemPalette::textOnBase(color, view.palette());
     }
 };
 

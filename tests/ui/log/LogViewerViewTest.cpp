@@ -376,29 +376,5 @@ TEST_F(LogViewerViewTest, UsualKeyLeadsToTheFilter) {
     EXPECT_EQ(filter().text(), QStringLiteral("new"));
 }
 
-TEST_F(LogViewerViewTest, LooksAsItShould) {
-    for (const auto& [scheme, name] :
-         {std::pair(Scheme::light, "log_light"), std::pair(Scheme::dark, "log_dark")}) {
-        Looks looks(scheme);
-        if (files.files.empty())
-            write(
-                "time=\"2026-11-21T10:00:00Z\" level=info msg=\"Starting runner daemon\"\n"
-                "time=\"2026-11-21T10:00:01Z\" level=info msg=\"runner: mac-mini, with version: "
-                "v1.0.8, with labels: [macos linux], declare successfully\"\n"
-                "time=\"2026-11-21T10:02:11Z\" level=info msg=\"task 7 repo is acme/site\"\n"
-                "time=\"2026-11-21T10:02:12Z\" level=info msg=\"Running job with maxParallel=1 for "
-                "1 "
-                "matrix combinations\"\n"
-                "time=\"2026-11-21T10:02:19Z\" level=info msg=\"\u2714 finished in 7 s\"\n"
-                "time=\"2026-11-21T10:03:40Z\" level=warning msg=\"failed to fetch task\" "
-                "error=\"unavailable: dial tcp 10.0.0.7:3000: connect: connection refused\"\n"
-                "time=\"2026-11-21T10:03:45Z\" level=error msg=\"cannot report the result\"\n"
-                "Error: the runner has stopped\n");
-        show();
-        view().setFocus();
-        Pictures::expectLikeReference(Pictures::render(view()), name);
-    }
-}
-
 }  // namespace
 }  // namespace valdorn

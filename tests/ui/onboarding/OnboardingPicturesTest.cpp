@@ -12,9 +12,9 @@ namespace {
 // The scheme of each picture, by the end of its name.
 class OnboardingPicturesTest : public testing::TestWithParam<Scheme> {
 protected:
-    void expectPicture(const std::string& name, int scale = 1) {
+    void expectPicture(const std::string& name, double scale = 1) {
         Pictures::expectLikeReference(Pictures::render(*stage.window, scale),
-                                      name + (GetParam() == Scheme::light ? "_light" : "_dark"));
+                                      name + suffixOf(GetParam()));
     }
 
     Looks looks{GetParam(), 9};
@@ -51,6 +51,32 @@ TEST_P(OnboardingPicturesTest, LargeText) {
     stage.show();
     stage.become(RunnerStatus::noNetwork);
     expectPicture("onboarding_large");
+}
+
+// The window on other desktops, when the network is refused.
+class OnboardingLooksTest : public testing::Test {
+protected:
+    void expectPicture(Scheme scheme, const std::string& name, double bodyPoints = 9) {
+        const Looks looks(scheme, bodyPoints);
+        OnboardingStage stage;
+        stage.show();
+        stage.become(RunnerStatus::noNetwork);
+        Pictures::expectLikeReference(Pictures::render(*stage.window), name + suffixOf(scheme));
+    }
+};
+
+TEST_F(OnboardingLooksTest, HighContrast) {
+    for (const Scheme scheme : {Scheme::blackOnWhite, Scheme::whiteOnBlack})
+        expectPicture(scheme, "onboarding_refused");
+}
+
+TEST_F(OnboardingLooksTest, RightToLeft) {
+    const RightToLeft mirrored;
+    expectPicture(Scheme::light, "onboarding_mirrored");
+}
+
+TEST_F(OnboardingLooksTest, TextOfTwiceTheSize) {
+    expectPicture(Scheme::light, "onboarding_huge", 18);
 }
 
 }  // namespace

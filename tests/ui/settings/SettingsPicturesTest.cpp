@@ -10,9 +10,9 @@ namespace {
 // The scheme of each picture, by the end of its name.
 class SettingsPicturesTest : public testing::TestWithParam<Scheme> {
 protected:
-    void expectPicture(const std::string& name, int scale = 1) {
-        const char* const scheme = GetParam() == Scheme::light ? "_light" : "_dark";
-        Pictures::expectLikeReference(Pictures::render(*stage.view, scale), name + scheme);
+    void expectPicture(const std::string& name, double scale = 1) {
+        Pictures::expectLikeReference(Pictures::render(*stage.view, scale),
+                                      name + suffixOf(GetParam()));
     }
 
     const Looks looks{GetParam(), 9};
@@ -69,16 +69,39 @@ TEST_P(SettingsPicturesTest, TwelveRunners) {
     expectPicture("settings_twelve");
 }
 
-TEST(SettingsPicturesLargeTest, WithLargeText) {
-    const Looks looks(Scheme::light, 13.5);
-    SettingsStage stage;
-    stage.makeFleet({"mac-mini", "build-server with a long name"});
-    stage.world.toolFails(
-        "Error: failed to register runner: unauthenticated: runner registration token not found\n");
-    stage.show();
-    stage.registerFirst("wrong");
-    stage.view->resize(stage.view->minimumSizeHint());  // as its window does
-    Pictures::expectLikeReference(Pictures::render(*stage.view), "settings_large_light");
+// The window on other desktops, after a registration that was refused.
+class SettingsLooksTest : public testing::Test {
+protected:
+    void expectPicture(Scheme scheme, const std::string& name, double bodyPoints = 9) {
+        const Looks looks(scheme, bodyPoints);
+        SettingsStage stage;
+        stage.makeFleet({"mac-mini", "build-server with a long name", "nightly (arm64)"});
+        stage.world.toolFails(
+            "Error: failed to register runner: unauthenticated: runner registration token not "
+            "found.\n");
+        stage.show();
+        stage.registerFirst("wrong");
+        stage.view->resize(stage.view->minimumSizeHint());  // as its window does
+        Pictures::expectLikeReference(Pictures::render(*stage.view), name + suffixOf(scheme));
+    }
+};
+
+TEST_F(SettingsLooksTest, LargeText) {
+    expectPicture(Scheme::light, "settings_large", 13.5);
+}
+
+TEST_F(SettingsLooksTest, TextOfTwiceTheSize) {
+    expectPicture(Scheme::light, "settings_huge", 18);
+}
+
+TEST_F(SettingsLooksTest, HighContrast) {
+    for (const Scheme scheme : {Scheme::blackOnWhite, Scheme::whiteOnBlack})
+        expectPicture(scheme, "settings_refused");
+}
+
+TEST_F(SettingsLooksTest, RightToLeft) {
+    const RightToLeft mirrored;
+    expectPicture(Scheme::light, "settings_mirrored");
 }
 
 }  // namespace

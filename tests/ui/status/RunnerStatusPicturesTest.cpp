@@ -12,11 +12,9 @@ namespace {
 // The scheme of each picture, by the end of its name.
 class RunnerStatusPicturesTest : public testing::TestWithParam<Scheme> {
 protected:
-    std::string named(const std::string& name) const {
-        return name + (GetParam() == Scheme::light ? "_light" : "_dark");
-    }
-    void expectPicture(const std::string& name, int scale = 1) {
-        Pictures::expectLikeReference(Pictures::render(*stage.window, scale), named(name));
+    void expectPicture(const std::string& name, double scale = 1) {
+        Pictures::expectLikeReference(Pictures::render(*stage.window, scale),
+                                      name + suffixOf(GetParam()));
     }
 
     const Looks looks{GetParam()};
@@ -56,6 +54,40 @@ TEST_P(RunnerStatusPicturesTest, TwelveRunners) {
     stage.makeTwelveRunners();
     stage.show();
     expectPicture("status_twelve");
+}
+
+// The window on other desktops.
+class RunnerStatusLooksTest : public testing::Test {
+protected:
+    void expectPicture(Scheme scheme, const std::string& name, double scale = 1,
+                       double bodyPoints = 10) {
+        const Looks looks(scheme, bodyPoints);
+        StatusStage stage;
+        stage.makeThreeRunners();
+        stage.print(0, "dial tcp: connect: no route to host\n");
+        stage.show(480, bodyPoints > 10 ? 540 : 320);
+        stage.releaseIs("v1.0.8");
+        Pictures::expectLikeReference(Pictures::render(*stage.window, scale),
+                                      name + suffixOf(scheme));
+    }
+};
+
+TEST_F(RunnerStatusLooksTest, HighContrast) {
+    for (const Scheme scheme : {Scheme::blackOnWhite, Scheme::whiteOnBlack})
+        expectPicture(scheme, "status_three");
+}
+
+TEST_F(RunnerStatusLooksTest, RightToLeft) {
+    const RightToLeft mirrored;
+    expectPicture(Scheme::light, "status_mirrored");
+}
+
+TEST_F(RunnerStatusLooksTest, HalfSteps) {
+    expectPicture(Scheme::light, "status_three_1.5x", 1.5);
+}
+
+TEST_F(RunnerStatusLooksTest, TextOfTwiceTheSize) {
+    expectPicture(Scheme::light, "status_huge", 1, 20);
 }
 
 }  // namespace
