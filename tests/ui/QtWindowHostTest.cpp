@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
@@ -146,6 +147,13 @@ TEST_F(QtWindowHostTest, UsersSizeOfAResizableWindowIsKept) {
     host.close(WindowKind::log);
     host.show(log);
     EXPECT_EQ(window("logWindow")->size(), QSize(900, 600));
+}
+
+TEST_F(QtWindowHostTest, ScreenReadersFindAWindowOfThatTitle) {
+    host.show(log);
+    auto* const seen = QAccessible::queryAccessibleInterface(window("logWindow"));
+    EXPECT_EQ(seen->role(), QAccessible::Window);
+    EXPECT_EQ(seen->text(QAccessible::Name), QStringLiteral("Valdorn — Log"));
 }
 
 TEST_F(QtWindowHostTest, ControlWCloses) {

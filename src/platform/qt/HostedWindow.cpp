@@ -1,5 +1,6 @@
 #include "platform/qt/HostedWindow.h"
 
+#include <QAccessibleWidget>
 #include <QAction>
 #include <QEvent>
 #include <QGuiApplication>
@@ -37,6 +38,13 @@ Qt::WindowFlags flagsFor(bool resizable) {
     return resizable ? closable | Qt::WindowMinMaxButtonsHint : closable;
 }
 
+// To a screen reader Qt's plain widgets are stuffing, in a window of their own, too: it would not
+// read out the title.
+QAccessibleInterface* accessibleWindow(const QString&, QObject* object) {
+    auto* const window = qobject_cast<HostedWindow*>(object);
+    return window ? new QAccessibleWidget(window, QAccessible::Window) : nullptr;
+}
+
 }  // namespace
 
 HostedWindow::HostedWindow(const WindowDescription& description, QWidget* view)
@@ -44,6 +52,7 @@ HostedWindow::HostedWindow(const WindowDescription& description, QWidget* view)
       described_(description.contentWidthPoints, description.contentHeightPoints),
       resizable_(description.resizable),
       layout_(new QVBoxLayout(this)) {
+    QAccessible::installFactory(accessibleWindow);  // once, however often it is asked for
     setObjectName(objectNameOf(description.kind));
     setWindowTitle(QString::fromStdString(description.title));
     layout_->setContentsMargins(0, 0, 0, 0);

@@ -9,6 +9,7 @@
 #include "platform/Workspace.h"
 #include "runner/RunnerManager.h"
 #include "ui/AccessibleRole.h"
+#include "ui/Announcer.h"
 #include "ui/Divider.h"
 #include "ui/PlainText.h"
 #include "ui/StatusColor.h"
@@ -66,6 +67,7 @@ StyledLabel* wrapping(StyledLabel* label) {
 OnboardingView::OnboardingView(OnboardingEnvironment environment)
     : WindowView(contentSize),
       environment_(std::move(environment)),
+      announcer_(new Announcer(*this, environment_.queue)),
       title_(named("title", new StyledLabel(TextStyle::title2, std::nullopt, QFont::Bold))),
       explanation_(
           named("explanation", wrapping(new StyledLabel(TextStyle::body, SystemColor::secondary)))),
@@ -143,7 +145,8 @@ void OnboardingView::connectButtons() {
 void OnboardingView::refresh() {
     settingsButton_->setText(settingsTitleFor(*environment_.store));
     const RunnerStatus status = environment_.runner->status();
-    if (std::exchange(shown_, status) == status)
+    const std::optional<RunnerStatus> before = std::exchange(shown_, status);
+    if (before == status)
         return;
     const QString title = PlainText::fromUtf8(rawValue(status));
     dot_->setStatus(statusColor(status), title);
@@ -151,6 +154,8 @@ void OnboardingView::refresh() {
     if (const QString note = noteFor(status); note_->text() != note)
         note_->setText(note);
     setAccessibleDescription(status_->text() + QStringLiteral(". ") + note_->text());
+    if (before)
+        announcer_->say(*status_, accessibleDescription());
 }
 
 QSize OnboardingView::minimumSizeHint() const {

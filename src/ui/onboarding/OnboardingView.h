@@ -14,6 +14,7 @@ class QLayout;
 
 namespace valdorn {
 
+class Announcer;
 class RowButton;
 class RunnerManager;
 class RunnersStore;
@@ -59,6 +60,7 @@ private:
     void refresh() VALDORN_ON_MAIN_THREAD;
 
     const OnboardingEnvironment environment_;
+    Announcer* const announcer_;
     StyledLabel* const title_;
     StyledLabel* const explanation_;
     StatusDot* const dot_;

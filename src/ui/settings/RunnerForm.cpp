@@ -9,6 +9,7 @@
 
 #include "runner/RegistrationForm.h"
 #include "runner/RunnerManager.h"
+#include "ui/Announcer.h"
 #include "ui/PlainText.h"
 #include "ui/PromptField.h"
 #include "ui/Spinner.h"
@@ -62,6 +63,7 @@ RunnerForm::RunnerForm(std::shared_ptr<RunnerManager> runner,
                        std::shared_ptr<RegistrationForm> registration, MainQueue& queue)
     : runner_(std::move(runner)),
       registration_(std::move(registration)),
+      announcer_(new Announcer(*this, queue)),
       token_(new PromptField({})),
       button_(new QPushButton),
       spinner_(new Spinner(queue)),
@@ -166,6 +168,7 @@ void RunnerForm::refresh() {
     refreshFields();
     refreshActions();
     refreshMessage();
+    announce();
 }
 
 void RunnerForm::refreshFields() {
@@ -187,6 +190,18 @@ void RunnerForm::refreshMessage() {
     if (message)
         message_->setText(PlainText::fromUtf8(*message));
     message_->setVisible(message.has_value());
+}
+
+// How it goes, once each; what stood there when the rows were made is no news.
+void RunnerForm::announce() {
+    const Progress now{registration_->busy(), registration_->message()};
+    const std::optional<Progress> before = std::exchange(progress_, now);
+    if (!before || before == now)
+        return;
+    if (now.message)
+        announcer_->say(*message_, PlainText::oneLine(message_->text()));
+    else if (now.isBusy)
+        announcer_->say(*message_, spinner_->accessibleName());
 }
 
 }  // namespace valdorn

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ class QPushButton;
 
 namespace valdorn {
 
+class Announcer;
 class FormSection;
 class MainQueue;
 class RegistrationForm;
@@ -48,6 +50,14 @@ private:
         std::string RunnerConfig::*text;
     };
 
+    // How the registration goes.
+    struct Progress {
+        bool isBusy = false;
+        std::optional<std::string> message;
+
+        friend bool operator==(const Progress&, const Progress&) = default;
+    };
+
     QWidget* makeRecordSection();
     QWidget* makeRegistrationSection();
     void addTokenField(FormSection& section);
@@ -57,14 +67,17 @@ private:
     void refreshFields() VALDORN_ON_MAIN_THREAD;
     void refreshActions() VALDORN_ON_MAIN_THREAD;
     void refreshMessage() VALDORN_ON_MAIN_THREAD;
+    void announce() VALDORN_ON_MAIN_THREAD;
 
     const std::shared_ptr<RunnerManager> runner_;
     const std::shared_ptr<RegistrationForm> registration_;
     std::vector<Field> fields_;
+    Announcer* const announcer_;
     QLineEdit* const token_;
     QPushButton* const button_;
     Spinner* const spinner_;
     WrappedLabel* const message_;
+    std::optional<Progress> progress_;  // as it was shown last
     DeferredUpdate update_;
     Subscription runnerChanges_;
     Subscription registrationChanges_;

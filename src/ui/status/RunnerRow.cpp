@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include "runner/RunnerManager.h"
+#include "ui/Announcer.h"
 #include "ui/ElidedLabel.h"
 #include "ui/StatusDot.h"
 #include "ui/SymbolButton.h"
@@ -70,11 +71,13 @@ ElidedLabel* secondary() {
 
 }  // namespace
 
-RunnerRow::RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints)
+RunnerRow::RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints,
+                     Announcer& announcer)
     : runner_(std::move(runner)),
       id_(runner_->id()),
       queue_(queue),
       hints_(hints),
+      announcer_(announcer),
       dot_(new StatusDot),
       name_(new ElidedLabel(TextStyle::body, std::nullopt, QFont::DemiBold)),
       button_(new SymbolButton(symbolPoints)),
@@ -187,6 +190,8 @@ void RunnerRow::applyWords(const std::optional<RunnerRowContent>& before) {
     if (!before || before->isRunning != shown_->isRunning)
         applyButton();
     describe();
+    if (before)
+        announce(*before);
 }
 
 void RunnerRow::applyButton() {
@@ -212,6 +217,18 @@ void RunnerRow::describe() {
     const QString description = lines.join(QLatin1String(", "));
     if (description != accessibleDescription())
         setAccessibleDescription(description);
+}
+
+// What somebody waits for: the status, and that there is a newer release.
+void RunnerRow::announce(const RunnerRowContent& before) {
+    const auto say = [this](const QLabel& label) {
+        announcer_.say(label, name_->text() + QLatin1String(": ") + label.text());
+    };
+    if (before.statusText != shown_->statusText)
+        say(*status_);
+    const auto& hint = shown_->updateHint;
+    if (hint && hint != before.updateHint && hint->isOffer())
+        say(*hint_);
 }
 
 // A child that ends before it is launched again is not announced: each tick looks at everything.

@@ -15,6 +15,7 @@ class QVBoxLayout;
 
 namespace valdorn {
 
+class Announcer;
 class ElidedLabel;
 class RunnerManager;
 class StatusDot;
@@ -28,8 +29,9 @@ class RunnerRow : public GroupPanel {
     Q_OBJECT
 
 public:
-    // The queue outlives this; the hints are asked until the destructor is called.
-    RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints);
+    // The queue outlives this; hints and announcer are asked until the destructor is called.
+    RunnerRow(std::shared_ptr<RunnerManager> runner, MainQueue& queue, UpdateHints& hints,
+              Announcer& announcer);
     ~RunnerRow() override;
 
     const std::shared_ptr<RunnerManager>& runner() const { return runner_; }
@@ -57,6 +59,7 @@ private:
     void applyWords(const std::optional<RunnerRowContent>& before);
     void applyButton();
     void describe();
+    void announce(const RunnerRowContent& before);
     void armTick() VALDORN_ON_MAIN_THREAD;
 
     void alignDot();
@@ -65,6 +68,7 @@ private:
     const std::string id_;
     MainQueue& queue_;
     UpdateHints& hints_;
+    Announcer& announcer_;
 
     StatusDot* const dot_;
     ElidedLabel* const name_;

@@ -21,6 +21,9 @@ struct RunnerRowContent {
         std::string text;
         SystemColor color = SystemColor::secondary;
 
+        // Whether there is something newer.
+        bool isOffer() const { return color != SystemColor::secondary; }
+
         friend bool operator==(const Hint&, const Hint&) = default;
     };
 

@@ -7,6 +7,7 @@
 
 #include "fleet/RunnersStore.h"
 #include "ui/AccessibleRole.h"
+#include "ui/Announcer.h"
 #include "ui/StyledLabel.h"
 #include "ui/VerticalScrollArea.h"
 #include "ui/status/RunnerRow.h"
@@ -28,6 +29,7 @@ RunnerStatusView::RunnerStatusView(std::shared_ptr<RunnersStore> store, MainQueu
       store_(std::move(store)),
       queue_(queue),
       updates_(std::move(updates)),
+      announcer_(new Announcer(*this, queue)),
       heading_(new StyledLabel(TextStyle::title3, std::nullopt, QFont::Bold)),
       rowArea_(new QWidget),
       rowStack_(new QVBoxLayout(rowArea_)),
@@ -99,7 +101,7 @@ RunnerRow* RunnerStatusView::takeRow(const std::shared_ptr<RunnerManager>& runne
         });
     if (found != rows_.end())
         return std::exchange(*found, nullptr);
-    auto* const row = new RunnerRow(runner, queue_, hints_);
+    auto* const row = new RunnerRow(runner, queue_, hints_, *announcer_);
     row->setSeen(isSeen_);
     return row;
 }

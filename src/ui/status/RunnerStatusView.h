@@ -13,6 +13,7 @@ class QVBoxLayout;
 
 namespace valdorn {
 
+class Announcer;
 class RunnerManager;
 class RunnerRow;
 class RunnersStore;
@@ -54,6 +55,7 @@ private:
     const std::unique_ptr<UpdateChecker> updates_;
     UpdateHints hints_;
 
+    Announcer* const announcer_;
     StyledLabel* const heading_;
     QWidget* const
         rowArea_;  // apart, so that a screen reader comes to the rows before the footnote
