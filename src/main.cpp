@@ -49,6 +49,7 @@
 #include "platform/qt/QtWindowHost.h"
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/QuitSignals.h"
+#include "platform/qt/SessionBus.h"
 #include "platform/qt/SystemTraySurface.h"
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
@@ -111,6 +112,9 @@ private:
     void launch();
     void terminate();
     void onHostMissing();
+    void onBusUp(const QDBusConnection& bus);
+    void onBusDown();
+    bool isNotifierHostUsable() const;
     InstanceBus::Requests busRequests();
     InstanceBus::OnActivate opener(void (AppDelegate::*open)());
     RunnersStore& store() { return RunnersStore::shared(services_); }
@@ -137,11 +141,12 @@ private:
     std::optional<NetworkHttpClient> http_;  // once a window asks for something
     QtWindowHost windows_;
     TrayStatusItem statusItem_;
-    TrayHostWatcher notifierHosts_;
+    SessionBus sessionBus_;
+    std::optional<TrayHostWatcher> notifierHosts_;  // while the bus is there
     XembedTrayWatcher xembedTrays_;
     TrayHostSearch hostSearch_;
     LaunchGate launchGate_;
-    std::optional<InstanceBus> instanceBus_;  // once the event loop is about to run
+    std::optional<InstanceBus> instanceBus_;  // while the bus is there
     QuitSignals quitSignals_;
 };
 
@@ -163,10 +168,11 @@ Application::Application(Ground& ground, const std::string& key,
           mainQueue_,
           {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
           makeSurface),
-      notifierHosts_(QDBusConnection::sessionBus(), [this] { hostSearch_.hostsChanged(); }),
+      sessionBus_(mainQueue_, backgroundQueue_, SessionBus::connectToSession,
+                  {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
-                  {[this] { return notifierHosts_.isHostPresent(); },
+                  {[this] { return isNotifierHostUsable(); },
                    [this] { return xembedTrays_.isTrayPresent(); }},
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
@@ -234,6 +240,26 @@ void Application::onHostMissing() {
     delegate_->openStatus();
 }
 
+void Application::onBusUp(const QDBusConnection& bus) {
+    notifierHosts_.emplace(bus, [this] { hostSearch_.hostsChanged(); });
+    instanceBus_.emplace(bus, key_, busRequests());
+}
+
+void Application::onBusDown() {
+    instanceBus_.reset();
+    notifierHosts_.reset();
+    statusItem_.loseBus();
+    hostSearch_.hostsChanged();
+}
+
+// Before it makes the first item for a notifier host, Qt looks for one itself, once, over a
+// connection of its own that does not come back with the bus.
+bool Application::isNotifierHostUsable() const {
+    return notifierHosts_ && notifierHosts_->isHostPresent() &&
+           (statusItem_.host() == TrayHost::notifier ||
+            QDBusConnection::sessionBus().isConnected());
+}
+
 // A window that whoever asks for it may raise, once there is a fleet to show.
 InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
     return [this, open](const std::string& token) {
@@ -258,7 +284,7 @@ int Application::run() {
     // it when the action is to quit.
     if (ground_.isStartedByBus)
         launchGate_.awaitRequest();
-    instanceBus_.emplace(QDBusConnection::sessionBus(), key_, busRequests());
+    sessionBus_.start();
     // Off the main thread, which goes on listening for signals: what a killed instance has left may
     // take its time.
     backgroundQueue_.run([this] {

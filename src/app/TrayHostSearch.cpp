@@ -50,8 +50,8 @@ void TrayHostSearch::show(TrayHost host) {
     timer_.cancel();
     const State before = std::exchange(state_, State::shown);
     host_ = host;
-    if (!std::exchange(found_, true))
-        callbacks_.onFound(host);
+    found_ = true;
+    callbacks_.onHostThere(host);
     if (before == State::missing)
         callbacks_.onHostAppeared();
 }

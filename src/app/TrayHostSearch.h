@@ -15,10 +15,10 @@ namespace valdorn {
 // its notifier host. Main thread only.
 //
 //   state      a host comes                   the host goes  the waiting time is over
-//   searching  notifier: found, shown         -              any kind: found, shown; none: missing
+//   searching  notifier: shown                -              any kind: shown; none: missing
 //   shown      -                              lost           -
 //   lost       shown                          -              missing
-//   missing    shown (found, if none was yet) -              -
+//   missing    shown                          -              -
 class TrayHostSearch {
 public:
     // Whether a host of each kind is there at this moment.
@@ -28,9 +28,11 @@ public:
     };
 
     struct Callbacks {
-        std::function<void(TrayHost)> onFound;  // once: make the status item now
-        std::function<void()> onHostMissing;    // nothing has shown the item for waitingTime
-        std::function<void()> onHostAppeared;   // after onHostMissing: something shows it again
+        // A host has come, always of the kind of the first one: make the status item now, unless it
+        // is there still.
+        std::function<void(TrayHost)> onHostThere;
+        std::function<void()> onHostMissing;   // nothing has shown the item for waitingTime
+        std::function<void()> onHostAppeared;  // after onHostMissing: something shows it again
     };
 
     // Long enough for a slow login, short enough that nobody gives the program up.
@@ -61,8 +63,8 @@ private:
     const Probes probes_;
     const Callbacks callbacks_;
     State state_ = State::idle;
-    bool found_ = false;
-    TrayHost host_ = TrayHost::notifier;  // meaningful once found_
+    bool found_ = false;                  // once a host was there
+    TrayHost host_ = TrayHost::notifier;  // its kind
     ScheduledTask timer_;
 };
 

@@ -7,25 +7,40 @@
 namespace valdorn {
 
 PrivateBus::PrivateBus() {
-    daemon_.start(QStringLiteral("dbus-daemon"),
-                  {QStringLiteral("--session"), QStringLiteral("--print-address"),
-                   QStringLiteral("--nofork"), QStringLiteral("--nopidfile")});
-    while (!daemon_.canReadLine() && daemon_.waitForReadyRead(20'000)) {
-    }
-    address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
-    EXPECT_FALSE(address_.isEmpty()) << "dbus-daemon does not start";
+    begin();
 }
 
 PrivateBus::~PrivateBus() {
     for (const QString& name : connections_)
         QDBusConnection::disconnectFromBus(name);
-    daemon_.terminate();
+    if (daemon_.state() != QProcess::NotRunning)
+        end();
+}
+
+void PrivateBus::begin() {
+    daemon_.start(
+        QStringLiteral("dbus-daemon"),
+        {QStringLiteral("--session"), QStringLiteral("--print-address"), QStringLiteral("--nofork"),
+         QStringLiteral("--nopidfile"), QStringLiteral("--address=") + address_});
+    while (!daemon_.canReadLine() && daemon_.waitForReadyRead(20'000)) {
+    }
+    EXPECT_TRUE(QString::fromUtf8(daemon_.readLine()).startsWith(address_))
+        << "dbus-daemon does not start";
+}
+
+void PrivateBus::end() {
+    daemon_.kill();  // it may be too young to be asked
     EXPECT_TRUE(daemon_.waitForFinished());
 }
 
 QDBusConnection PrivateBus::connect() {
-    connections_.append(QUuid::createUuid().toString());
-    return QDBusConnection::connectToBus(address_, connections_.back());
+    return connect(QUuid::createUuid().toString());
+}
+
+QDBusConnection PrivateBus::connect(const QString& name) {
+    if (!connections_.contains(name))
+        connections_.append(name);
+    return QDBusConnection::connectToBus(address_, name);
 }
 
 void PrivateBus::disconnect(const QDBusConnection& connection) {

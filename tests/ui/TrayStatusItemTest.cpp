@@ -276,6 +276,37 @@ TEST_F(TrayStatusItemTest, FromSpinnerToIconIsOneChange) {
     EXPECT_EQ(sent(), before + 1);
 }
 
+TEST_F(TrayStatusItemTest, ItemOnABusThatHasGoneIsMadeAnew) {
+    item.setMenu(model);
+    item.setIcon(green);
+    item.show(TrayHost::notifier);
+    item.loseBus();
+    item.setIcon(red);
+    EXPECT_EQ(sent(), 1U);
+    item.show(TrayHost::notifier);
+    EXPECT_EQ(surfaces, 2);
+    EXPECT_EQ(mainColor(bar.icons[1]), QColor(0xFF, 0x45, 0x3A));
+    EXPECT_EQ(bar.menu->actions().size(), 3);
+}
+
+TEST_F(TrayStatusItemTest, NothingIsArmedWhileTheBusIsGone) {
+    item.show(TrayHost::notifier);
+    item.startSpinner();
+    item.loseBus();
+    EXPECT_EQ(queue.pending(), 0U);
+    item.show(TrayHost::notifier);
+    queue.advance(200ms);
+    EXPECT_EQ(sent(), 3U);
+}
+
+TEST_F(TrayStatusItemTest, ItemInAnXembedTrayNeedsNoBus) {
+    item.show(TrayHost::xembed);
+    item.loseBus();
+    item.setIcon(red);
+    EXPECT_EQ(sent(), 2U);
+    EXPECT_EQ(surfaces, 1);
+}
+
 TEST_F(TrayStatusItemTest, PrimaryClickOpensTheMenuAtThePointer) {
     item.setMenu(model);
     item.show(TrayHost::notifier);

@@ -20,10 +20,19 @@ TrayStatusItem::TrayStatusItem(MainQueue& mainQueue, TrayPictures pictures,
 void TrayStatusItem::show(TrayHost host) {
     if (surface_)
         return;
+    host_ = host;
     shown_ = wanted();
     surface_ = makeSurface_(
         host, {draw(shown_), barMenu_ ? &barMenu_->menu : nullptr, [this] { openMenu(); }});
     turnSpinner();
+}
+
+void TrayStatusItem::loseBus() {
+    if (host_ != TrayHost::notifier)
+        return;
+    turning_.cancel();
+    update_.cancel();
+    surface_.reset();
 }
 
 void TrayStatusItem::setMenu(MenuModel& menu) {

@@ -22,6 +22,13 @@ public:
     // A host is there: from now on the bar shows the item. The menu was set before.
     void show(TrayHost host);
 
+    // What kind of host has shown the item, once one has.
+    std::optional<TrayHost> host() const { return host_; }
+
+    // The session bus is gone, and with it what an item for a notifier host stood on: the next
+    // show() makes it anew. An XEmbed tray needs no bus.
+    void loseBus();
+
     void setMenu(MenuModel& menu) override;
     void setIcon(const StatusIcon& icon) override;
     void clearIcon() override;
@@ -64,6 +71,7 @@ private:
     std::unique_ptr<RenderedMenu> popupMenu_;  // opened by us; the other cannot be
     Picture shown_;
     std::unique_ptr<TraySurface> surface_;  // empty until a host is there; refers to barMenu_
+    std::optional<TrayHost> host_;          // what the surface was made for, if one ever was
     ScheduledTask update_;
     ScheduledTask turning_;
 };

@@ -4,6 +4,7 @@ item and its menu."""
 import re
 
 import dbus
+import dbus.bus
 import dbus.service
 
 from .waiting import wait_until
@@ -21,7 +22,7 @@ class TrayHost(dbus.service.Object):
     def __init__(self, bus, hosted=True):
         self._hosted = hosted
         self._session = bus.connect()
-        self._watcher_name = dbus.service.BusName(WATCHER, self._session, do_not_queue=True)
+        self._session.request_name(WATCHER, dbus.bus.NAME_FLAG_DO_NOT_QUEUE)
         super().__init__(self._session, "/StatusNotifierWatcher")
         self.items = []
 
@@ -80,11 +81,11 @@ class TrayHost(dbus.service.Object):
 
     def close(self):
         """Leaves the bus, as a panel does that crashes; harmless when called twice."""
-        if not self._watcher_name:
+        if not self._session:
             return
         self.remove_from_connection()
-        self._watcher_name = None  # gives the name back while the connection is open
         self._session.close()
+        self._session = None
 
 
 class Item:

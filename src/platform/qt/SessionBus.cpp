@@ -1,0 +1,73 @@
+#include "platform/qt/SessionBus.h"
+
+#include <utility>
+
+namespace valdorn {
+
+namespace {
+
+QString connectionName() {
+    return QStringLiteral("valdorn-session");
+}
+
+}  // namespace
+
+SessionBus::SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
+                       Callbacks callbacks)
+    : mainQueue_(mainQueue),
+      backgroundQueue_(backgroundQueue),
+      connect_(std::move(connect)),
+      callbacks_(std::move(callbacks)),
+      self_(std::make_shared<SessionBus*>(this)) {}
+
+SessionBus::~SessionBus() {
+    QDBusConnection::disconnectFromBus(connectionName());
+}
+
+QDBusConnection SessionBus::connectToSession(const QString& name) {
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
+}
+
+void SessionBus::start() {
+    onLooked(connect_(connectionName()));
+}
+
+void SessionBus::look() {
+    backgroundQueue_.run(
+        [&queue = mainQueue_, connect = connect_, weak = std::weak_ptr<SessionBus*>(self_)] {
+            QDBusConnection bus = connect(connectionName());
+            queue.post([weak, bus] {
+                if (const auto self = weak.lock())
+                    (*self)->onLooked(bus);
+                else
+                    QDBusConnection::disconnectFromBus(connectionName());
+            });
+        });
+}
+
+void SessionBus::onLooked(QDBusConnection bus) {
+    // The connection itself says when it has lost the bus.
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SLOT(onDisconnected()));
+    // Asked afterwards: what it said before has gone unheard.
+    if (!bus.isConnected())
+        return lookLater();
+    isUp_ = wasUp_ = true;
+    callbacks_.onUp(bus);
+}
+
+void SessionBus::onDisconnected() {
+    if (!std::exchange(isUp_, false))
+        return;
+    callbacks_.onDown();
+    lookLater();
+}
+
+void SessionBus::lookLater() {
+    QDBusConnection::disconnectFromBus(connectionName());
+    if (wasUp_ || qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+        nextLook_ = mainQueue_.after(period, [this] { look(); });
+}
+
+}  // namespace valdorn

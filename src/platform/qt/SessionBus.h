@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "platform/BackgroundQueue.h"
+#include "platform/MainQueue.h"
+
+namespace valdorn {
+
+// A connection to the session bus that comes back when the bus does, which QDBusConnection's own
+// ones do not. While the bus is there it costs nothing; while it is away it is looked for once in
+// a period. Main thread only, one object per process at a time.
+class SessionBus : public QObject {
+    Q_OBJECT
+
+public:
+    // Opens a connection of that name, connected or not. It may block: until a bus that takes the
+    // connection has answered, libdbus's 25 seconds at the most. Any thread.
+    using Connect = std::function<QDBusConnection(const QString& name)>;
+
+    struct Callbacks {
+        std::function<void(const QDBusConnection&)> onUp;  // a new connection, and it is connected
+        std::function<void()> onDown;  // that connection is dead: let go of whatever stands on it
+    };
+
+    // Soon enough for an icon within two seconds of a host on a bus that has come back.
+    static constexpr std::chrono::seconds period{1};
+
+    // The queues outlive this. No callback is called before start().
+    SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
+               Callbacks callbacks);
+    ~SessionBus() override;
+
+    // Connects here and now, as Qt does at its own start; later attempts are made in the
+    // background. Where there is no bus at the start and no address in the environment either, none
+    // is made: libdbus would run a program each time, to find or start one.
+    void start();
+
+    // The usual way: to the bus that the environment names.
+    static QDBusConnection connectToSession(const QString& name);
+
+private Q_SLOTS:
+    void onDisconnected();
+
+private:
+    void look();
+    void onLooked(QDBusConnection bus);
+    void lookLater();
+
+    MainQueue& mainQueue_;
+    BackgroundQueue& backgroundQueue_;
+    const Connect connect_;
+    const Callbacks callbacks_;
+    bool isUp_ = false;
+    bool wasUp_ = false;
+    ScheduledTask nextLook_;
+    const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
+};
+
+}  // namespace valdorn
