@@ -119,6 +119,39 @@ TEST(QuitSignalsDeathTest, ExitAfterOurOwnQuitOnlyLetsGo) {
         testing::ExitedWithCode(EXIT_FAILURE), "^let go$");
 }
 
+void warnOfWayland(const char* text) {
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& said) { say(qPrintable(said)); });
+    const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
+    qWarning("%s", text);
+    std::_Exit(3);
+}
+
+TEST(QuitSignalsDeathTest, LossOfTheWaylandCompositorIsToldAndEndsThere) {
+    EXPECT_EXIT(warnOfWayland("The Wayland connection broke. "),
+                testing::ExitedWithCode(EXIT_FAILURE),
+                "^The Wayland connection broke. quit let go$");
+    EXPECT_EXIT(warnOfWayland("The Wayland connection experienced a fatal error: no "),
+                testing::ExitedWithCode(EXIT_FAILURE), "error: no quit let go$");
+}
+
+void warnOfWaylandOnAnotherThread() {
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
+    std::thread([] { qWarning("The Wayland connection broke."); }).detach();
+    runUntil([] { return false; });
+    std::_Exit(3);
+}
+
+TEST(QuitSignalsDeathTest, LossThatAnotherThreadNoticesIsToldOnTheMainThread) {
+    EXPECT_EXIT(warnOfWaylandOnAnotherThread(), testing::ExitedWithCode(EXIT_FAILURE),
+                "^quit let go$");
+}
+
+TEST(QuitSignalsDeathTest, OtherWarningsAreOnlyPassedOn) {
+    EXPECT_EXIT(warnOfWayland("No such cursor"), testing::ExitedWithCode(3), "^No such cursor$");
+}
+
 TEST(QuitSignalsDeathTest, ExitAfterItsTimeIsNotTold) {
     EXPECT_EXIT(
         {

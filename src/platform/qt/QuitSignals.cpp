@@ -2,10 +2,12 @@
 
 #include <QGuiApplication>
 #include <QSessionManager>
+#include <QThread>
 #include <atomic>
 #include <cassert>
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -20,8 +22,16 @@ namespace {
 std::atomic<int> wakeUpPipe{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
 
-// Whom the end of the process is told to; null while there is nobody.
+// Where Qt's messages go to.
+std::atomic<QtMessageHandler> handlerBefore;
+
+// Whom the end of the process is told to; null while there is nobody. Changed on the main thread
+// and with the lock.
 QuitSignals* present = nullptr;
+std::mutex presence;
+
+// A thread of Qt's has said farewell and waits for the main thread to leave. With the lock.
+bool isLeaving = false;
 
 void onSignal(int) {
     const int savedError = errno;
@@ -29,6 +39,13 @@ void onSignal(int) {
     // A full pipe means that the wake-up is already on its way.
     [[maybe_unused]] const auto written = write(wakeUpPipe, &byte, 1);
     errno = savedError;
+}
+
+// Qt's last words when the Wayland compositor has gone. It leaves by _exit() then, so there is
+// nothing else to know it from.
+bool isFarewell(const QString& text) {
+    return text.startsWith(QLatin1String("The Wayland connection broke.")) ||
+           text.startsWith(QLatin1String("The Wayland connection experienced a fatal error"));
 }
 
 }  // namespace
@@ -43,20 +60,28 @@ QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onE
     });
     openPipe();
     installHandlers();
+    handlerBefore = qInstallMessageHandler(onMessage);
     // The session manager asks first whether all is saved (nothing to do, nothing to object to)
     // and ends the program afterwards, when no other program has cancelled the logout. With the
-    // autostart entry there is no need to be restored as well.
-    connect(
-        qGuiApp, &QGuiApplication::commitDataRequest, this,
-        [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); },
-        Qt::DirectConnection);
+    // autostart entry there is no need to be restored as well; it hears that at its first question
+    // already, which comes at the start and counts for a session that ends without another one.
+    const auto refuseRestart = [](QSessionManager& manager) {
+        manager.setRestartHint(QSessionManager::RestartNever);
+    };
+    connect(qGuiApp, &QGuiApplication::saveStateRequest, this, refuseRestart, Qt::DirectConnection);
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, refuseRestart,
+            Qt::DirectConnection);
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, [this] { tell(); });
 }
 
 QuitSignals::~QuitSignals() {
     for (const int number : signals_)
         std::signal(number, SIG_IGN);
-    present = nullptr;
+    qInstallMessageHandler(handlerBefore);
+    if (const std::lock_guard lock(presence); isLeaving)
+        leave();
+    else
+        present = nullptr;
     wakeUpPipe = -1;
     notifier_.reset();
     close(pipe_[0]);
@@ -91,6 +116,30 @@ void QuitSignals::installHandlers() {
 void QuitSignals::tell() {
     if (const auto onQuit = std::exchange(onQuit_, nullptr))
         onQuit();
+}
+
+// On the thread that has something to say. Qt's farewell comes from the main one, or from the one
+// that reads from the compositor, which would end the process as soon as this returned.
+void QuitSignals::onMessage(QtMsgType type, const QMessageLogContext& context,
+                            const QString& text) {
+    handlerBefore.load()(type, context, text);
+    if (!isFarewell(text))
+        return;
+    if (QThread::currentThread() == qGuiApp->thread()) {
+        if (present)
+            present->leave();
+        return;
+    }
+    {
+        const std::lock_guard lock(presence);
+        if (!present)
+            return;
+        isLeaving = true;
+        QMetaObject::invokeMethod(
+            present, [] { present->leave(); }, Qt::QueuedConnection);
+    }
+    for (;;)
+        pause();
 }
 
 void QuitSignals::leave() {

@@ -13,17 +13,19 @@ namespace valdorn {
 // SIGINT or SIGHUP, or because the desktop session ends. A logout is never held up.
 //
 // Some sessions end by simply taking the display away. Qt then leaves the process by std::exit(),
-// past the event loop and whatever stands behind it: that is told as well.
+// or on Wayland by a warning and _exit(), past the event loop and whatever stands behind it: that is
+// told as well.
 //
 // One object per process at a time. A SIGHUP that whoever started us had switched off (nohup)
 // stays off. From destruction on the signals are ignored: the program is about to end, and a second
 // signal must not cut short how it lets go of its children.
 class QuitSignals : public QObject {
 public:
-    // `onQuit` is called from the event loop and is expected to end it. When the process leaves by
-    // std::exit() instead, `onQuit` and then `onExit` are called from within that; `onExit` lets go
-    // of what otherwise the end of main does, and the process ends there. The application object
-    // exists before and outlives this.
+    // `onQuit` is called from the event loop and is expected to end it. When the process leaves in
+    // one of the other ways instead, `onQuit` and then `onExit` are called from within that;
+    // `onExit` lets go of what otherwise the end of main does, and the process ends there. The
+    // application object exists before and outlives this, and so does whatever message handler
+    // there is.
     QuitSignals(std::function<void()> onQuit, std::function<void()> onExit);
     ~QuitSignals() override;
 
@@ -36,6 +38,7 @@ private:
     void installHandlers();
     void tell();
     [[noreturn]] void leave();
+    static void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& text);
 
     static constexpr std::array<int, 3> signals_{SIGTERM, SIGINT, SIGHUP};
 
