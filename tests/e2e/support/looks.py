@@ -88,13 +88,27 @@ def assert_brightness(case, path, is_dark):
 
 def colour_in(path, box):
     """The name of the most saturated colour in a part of the picture: left, top, width, height."""
+    return name_of(*max(_pixels(path, box), key=_colourfulness))
+
+
+def most_colourful_place(path, box):
+    """Where the most saturated colour is."""
+    left, top, width, _ = box
+    pixels = _pixels(path, box)
+    at = max(range(len(pixels)), key=lambda index: _colourfulness(pixels[index]))
+    return left + at % width, top + at // width
+
+
+def _colourfulness(rgb):
+    return max(rgb) - min(rgb)
+
+
+def _pixels(path, box):
     left, top, width, height = box
-    pixels = subprocess.run(["convert", path, "-crop", f"{width}x{height}+{left}+{top}", "+repage",
-                             "-depth", "8", "rgb:-"], check=True, capture_output=True,
-                            timeout=60).stdout
-    strongest = max((tuple(pixels[at:at + 3]) for at in range(0, len(pixels), 3)),
-                    key=lambda rgb: max(rgb) - min(rgb))
-    return name_of(*strongest)
+    data = subprocess.run(["convert", path, "-crop", f"{width}x{height}+{left}+{top}", "+repage",
+                           "-depth", "8", "rgb:-"], check=True, capture_output=True,
+                          timeout=60).stdout
+    return [tuple(data[at:at + 3]) for at in range(0, len(data), 3)]
 
 
 def _ask(path, question, *options):

@@ -1,4 +1,4 @@
-"""A real panel with a tray, as people have it: that of Xfce."""
+"""Real panels with a tray, as people have them."""
 
 import os
 import shutil
@@ -18,7 +18,7 @@ ITEM_WIDTH = 34
 
 
 class Panel:
-    """At the top of the desktop, with nothing but a tray at its right end."""
+    """Xfce's, at the top of the desktop, with nothing but a tray at its right end."""
 
     def __init__(self, desktop):
         self._desktop = desktop
@@ -29,11 +29,18 @@ class Panel:
                         self._folder], cwd=SOURCE, check=True, timeout=30)
         self._start(SETTINGS_SERVICE)
         wait_until(lambda: self._connection.name_has_owner(SETTINGS_NAME), "the panel's settings")
-        self._start("xfce4-panel", "--disable-wm-check")
+        self.start()
         self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
 
+    def start(self):
+        self._panel = self._start("xfce4-panel", "--disable-wm-check")
+
+    def end(self):
+        """As a crash does."""
+        self._desktop.end(self._panel)
+
     def _start(self, *command):
-        self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
+        return self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
 
     def item(self):
         """The status item that the panel has, once it has one."""
@@ -52,5 +59,43 @@ class Panel:
         picture = looks.take_picture(self._desktop, "root", "panel")
         return looks.colour_in(picture, (self._width - ITEM_WIDTH, 0, ITEM_WIDTH, HEIGHT))
 
+    def menu_place(self):
+        """Where the item is on the screen: found by its colour."""
+        picture = looks.take_picture(self._desktop, "root", "panel")
+        return looks.most_colourful_place(picture, (0, 0, self._width, HEIGHT))
+
     def close(self):
         shutil.rmtree(self._folder, ignore_errors=True)
+
+
+# The tray and nothing else; the usual theme of that desktop.
+_LXQT_SETTINGS = """panels=panel1
+
+[panel1]
+plugins=statusnotifier
+position=Top
+panelSize=31
+iconSize=22
+hidable=false
+
+[statusnotifier]
+alignment=Right
+type=statusnotifier
+"""
+
+
+class LxqtPanel(Panel):
+    """LXQt's, with its tray in the middle of it."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._folder = tempfile.mkdtemp(prefix="valdorn-panel.")
+        self._connection = desktop.bus.connect()
+        self._settings = os.path.join(self._folder, "panel.conf")
+        with open(self._settings, "w") as file:
+            file.write(_LXQT_SETTINGS)
+        self.start()
+        self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
+
+    def start(self):
+        self._panel = self._start("lxqt-panel", f"--configfile={self._settings}")

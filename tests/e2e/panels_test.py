@@ -1,0 +1,68 @@
+"""The item in real panels, which go and come back."""
+
+import unittest
+
+from support import looks
+from support.case import ProgramCase
+from support.panel import LxqtPanel, Panel
+from support.waiting import wait_until
+
+AT_ONCE = 2.0
+IDLE = "Status: Connected — idle"
+STATUS_WINDOW = "Valdorn — Runner Status"
+
+
+class PanelTest(ProgramCase):
+    window_manager = True
+    make_panel = Panel
+
+    def choose(self, label):
+        """From the menu that the panel opens for a real click."""
+        before = set(self.desktop.all_visible())
+        place = self.panel.menu_place()
+        self.desktop.xdotool("mousemove", *map(str, place), "click", "3")
+        opened = wait_until(lambda: set(self.desktop.all_visible()) - before, "the panel's menu", 5)
+        choices = [entry["label"] for entry in self.panel.item().menu().entries()
+                   if entry["enabled"] and entry["visible"] and entry["type"] == "standard"]
+        self.desktop.xdotool("key", *["Down"] * (choices.index(label) + 1))
+        looks.take_picture(self.desktop, "root", "panel-menu-" + self.panel_name())
+        self.desktop.xdotool("key", "Return")
+        wait_until(lambda: not opened & set(self.desktop.all_visible()), "a closed menu", 5)
+
+    def panel_name(self):
+        return type(self.panel).__name__
+
+    def assert_shown(self, seconds):
+        """Registered, and painted in its colour."""
+        item = self.panel.item()
+        wait_until(lambda: IDLE in item.menu().labels(), "the status", seconds)
+        wait_until(lambda: self.colour() == "green", "the bird in the panel", seconds)
+        return item
+
+    def colour(self):
+        picture = looks.take_picture(self.desktop, "root", self.panel_name())
+        return looks.colour_in(picture, (0, 0, 1280, 31))
+
+    def test_shows_the_item_and_its_menu_and_again_after_a_restart(self):
+        self.panel = self.make_panel(self.desktop)
+        self.addCleanup(self.panel.close)
+        puppets, = self.puppet_runners({})
+        program = self.start()
+        puppets.wait_for_one()
+        self.assert_shown(10)
+        self.choose("Runner Status…")
+        wait_until(lambda: STATUS_WINDOW in self.desktop.windows().values(), "the window", 5)
+        self.panel.end()
+        self.panel.start()
+        self.assert_shown(AT_ONCE)
+        self.choose("Quit Valdorn")
+        self.assertEqual(program.wait_for_end(5), 0)
+        self.panel.wait_for_none()
+
+
+class LxqtPanelTest(PanelTest):
+    make_panel = LxqtPanel
+
+
+if __name__ == "__main__":
+    unittest.main()
