@@ -6,12 +6,17 @@ build_packages=(
     libgtest-dev
 )
 test_packages=(
-    xvfb dbus openbox xdotool x11-utils xclip trayer at-spi2-core desktop-file-utils imagemagick
-    python3 python3-dbus python3-gi
+    xvfb dbus openbox xdotool x11-utils xclip trayer xfce4-panel lxqt-panel
+    qt6-wayland sway weston grim at-spi2-core desktop-file-utils imagemagick
+    python3 python3-dbus python3-gi libglib2.0-bin
     fonts-dejavu-core
 )
 bench_packages=(python3)
-check_packages=(clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
+package_packages=(librsvg2-bin dpkg-dev file)
+check_packages=(
+    clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14
+    desktop-file-utils appstream mandoc lintian mmdebstrap uidmap
+)
 
 # A desktop in miniature for machines without one: display, window manager, panel with a tray.
 desktop_packages=(xvfb xauth dbus openbox xfce4-panel imagemagick fonts-dejavu-core)

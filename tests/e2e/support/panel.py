@@ -85,7 +85,7 @@ type=statusnotifier
 
 
 class LxqtPanel(Panel):
-    """LXQt's, with its tray in the middle of it."""
+    """LXQt's, in the same place."""
 
     def __init__(self, desktop):
         self._desktop = desktop
