@@ -11,18 +11,21 @@ std::string_view name(Level level) {
     return names.at(static_cast<std::size_t>(level));
 }
 
+std::string written(const std::tm& time, const char* format) {
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), format, &time)};
+}
+
 // RFC 3339 in the local time zone: 2026-05-01T10:20:30+02:00, or Z for UTC.
 std::string timeNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
-    std::array<char, 32> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &local);
-    std::string time(text.data(), size);
-    if (local.tm_gmtoff == 0) {
-        return time.replace(size - 5, 5, "Z");
-    }
-    return time.insert(size - 2, ":");
+    const std::string time = written(local, "%Y-%m-%dT%H:%M:%S");
+    if (local.tm_gmtoff == 0)
+        return time + "Z";
+    const std::string offset = written(local, "%z");
+    return time + offset.substr(0, 3) + ":" + offset.substr(3);
 }
 
 std::string hexEscape(char byte) {

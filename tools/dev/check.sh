@@ -22,6 +22,17 @@ check_threads() {
     run_tests tsan --label-regex '^(core|posix)$'
 }
 
+check_package() {
+    heading "package: desktop entry, metainfo, manual page, lintian"
+    export_source_time
+    make_package .
+    check_package_contents
+    heading "package: made again elsewhere, the same byte by byte"
+    check_package_again
+    heading "package: installed in a clean Debian, used and removed"
+    check_installation
+}
+
 check_memory() {
     heading "AddressSanitizer and UndefinedBehaviorSanitizer: all tests"
     build asan
@@ -32,5 +43,6 @@ check_all() {
     check_format
     check_tidy
     check_threads
+    check_package
     check_memory  # last, so that the test runner's summary ends the output
 }
