@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <QWidgetItem>
 #include <algorithm>
+#include <initializer_list>
 
 #include "runner/RunnerManager.h"
 #include "ui/Announcer.h"
@@ -110,6 +111,10 @@ QWidget& RunnerRow::button() const {
 
 void RunnerRow::layOut() {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // In the order in which a screen reader is to come to them.
+    for (QWidget* const part : std::initializer_list<QWidget*>{dot_, name_, status_, version_,
+                                                               uptime_, hint_, build_, button_})
+        part->setParent(this);
     // The status is one of six short titles: what gives way is what comes from outside.
     status_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     version_->setLeastCharacters(versionCharacters);
@@ -130,7 +135,6 @@ void RunnerRow::layOut() {
 }
 
 QLayout* RunnerRow::makeNameLine() {
-    button_->setParent(this);
     auto* const line = new QHBoxLayout;
     line->setSpacing(partSpacing);
     line->addWidget(name_, 0, Qt::AlignVCenter);

@@ -38,6 +38,7 @@ RunnerStatusView::RunnerStatusView(std::shared_ptr<RunnersStore> store, MainQueu
       listChanges_(store_->onWillChange([this] { update_.request(); })),
       updateChanges_(updates_->onWillChange([this] { update_.request(); })) {
     setObjectName(QStringLiteral("runnerStatusView"));
+    AccessibleRole::set(*scrolling_, QAccessible::Grouping);
     auto* const whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(scrolling_);
@@ -69,8 +70,10 @@ QWidget* RunnerStatusView::makeContent() {
 void RunnerStatusView::refresh() {
     const bool isOne = store_->runners().size() == 1;
     const QString heading = isOne ? QStringLiteral("Runner") : QStringLiteral("Runners");
-    if (heading_->text() != heading)
+    if (heading_->text() != heading) {
         heading_->setText(heading);
+        scrolling_->setAccessibleName(heading);  // said when the keyboard is at none of them
+    }
     hints_.setLatest(updates_->latest());
     updateRows();
     for (RunnerRow* const row : rows_)

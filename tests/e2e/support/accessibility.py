@@ -4,17 +4,20 @@ over the accessibility bus (AT-SPI)."""
 import dbus
 import dbus.bus
 
-from .waiting import TimedOut, wait_until
+from .waiting import TimedOut, pump, wait_until
 
 LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 REGISTRY = "org.a11y.atspi.Registry"
+REGISTRY_PATH = "/org/a11y/atspi/registry"
 ROOT = "/org/a11y/atspi/accessible/root"
 ACCESSIBLE = "org.a11y.atspi.Accessible"
+OBJECT_EVENT = "org.a11y.atspi.Event.Object"
 PROPERTIES = "org.freedesktop.DBus.Properties"
 
 # Positions in the set of states, from the protocol.
 _STATES = {1: "active", 4: "checked", 8: "enabled", 11: "focusable", 12: "focused", 7: "editable",
-           23: "selected", 24: "sensitive", 25: "showing", 30: "visible"}
+           17: "multi-line", 23: "selected", 24: "sensitive", 25: "showing", 30: "visible",
+           43: "read-only"}
 _LABELLED_BY = 2
 _ON_SCREEN = dbus.UInt32(0)
 
@@ -51,9 +54,50 @@ class Accessibility:
         return [window for window in self.windows()
                 if window.name() == title and (not content or window.find_all(*content))]
 
+    def listen(self):
+        """From now on; the listener is to be closed."""
+        return Listener(self._bus)
+
     def close(self):
         self._bus.close()
         self._desktop.end(self._launcher)
+
+
+class Listener:
+    """Hears what a screen reader says without being asked to: notifications that appear."""
+
+    def __init__(self, bus):
+        self._bus = bus
+        self.said = []
+        # Programs say nothing of what nobody wants to know.
+        registry = bus.get_object(REGISTRY, REGISTRY_PATH, introspect=False)
+        registry.get_dbus_method("RegisterEvent", REGISTRY)("object:state-changed:showing")
+        self._match = bus.add_signal_receiver(
+            self._on_state_changed, "StateChanged", OBJECT_EVENT, sender_keyword="sender",
+            path_keyword="path")
+
+    def _on_state_changed(self, state, is_on, *_, sender=None, path=None):
+        if state != "showing" or not is_on:
+            return
+        thing = Accessible(self._bus, sender, path)
+        try:
+            if thing.role() == "notification":
+                self.said.append(thing.name())
+        except dbus.DBusException:
+            pass  # gone again
+
+    def wait_for(self, text, seconds=20.0):
+        """Until exactly that has been said, apart from other things."""
+        wait_until(lambda: text in self.said, f"{text!r} in {self.said}", seconds)
+
+    def take(self):
+        """What has been said since the last time."""
+        pump()
+        said, self.said = self.said, []
+        return said
+
+    def close(self):
+        self._match.remove()
 
 
 class Accessible:
