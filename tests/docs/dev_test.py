@@ -1,0 +1,146 @@
+"""./dev in a checkout of its own, where what it calls only notes how it was called."""
+
+import os
+import re
+import shutil
+import subprocess
+import unittest
+
+from markdown import SOURCE, document
+from sandbox import Sandbox
+
+_NOTE = """#!/bin/bash
+echo "$(basename "$0") $*" >>"$HOME/calls"
+"""
+_INSTALLED = "#!/bin/bash\necho installed\n"
+
+
+class DevCase(unittest.TestCase):
+    def setUp(self):
+        self.sandbox = Sandbox()
+        self.addCleanup(self.sandbox.close)
+        self.sandbox.make_folder("tree/tools")
+        shutil.copy(os.path.join(SOURCE, "dev"), os.path.join(self.sandbox.home, "tree"))
+        shutil.copytree(os.path.join(SOURCE, "tools/dev"),
+                        os.path.join(self.sandbox.home, "tree/tools/dev"))
+        self.add_program("dpkg-query", _INSTALLED)
+        for name in ("cmake", "ctest", "go"):
+            self.add_program(name)
+
+    def add_program(self, name, script=_NOTE):
+        self.sandbox.write(f"bin/{name}", script, executable=True)
+
+    def dev(self, *arguments, status=0):
+        """What it says."""
+        done = self.sandbox.run(" ".join(("./dev", *arguments)), "tree")
+        self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        return done.stdout + done.stderr
+
+    def calls(self):
+        return self.sandbox.read("calls").splitlines()
+
+
+class CommandTest(DevCase):
+    def test_format_takes_every_file_of_ours(self):
+        self.add_program("clang-format-14")
+        for path in ("src/a.cpp", "tests/b/c.h", "tools/d.cpp", "bench/e.c", "docs/f.md"):
+            self.sandbox.write("tree/" + path, "")
+        self.sandbox.run("git init --quiet", "tree")
+        self.dev("format")
+        self.assertEqual(self.calls(), ["clang-format-14 -i bench/e.c src/a.cpp tests/b/c.h "
+                                        "tools/d.cpp"])
+
+    def test_bench_measures_what_it_is_told(self):
+        self.add_program("python3")
+        for name in ("one", "two"):
+            self.sandbox.write(f"tree/bench/{name}.py", "")
+        self.dev("bench", "two")
+        self.assertEqual(self.calls()[-1], "python3 bench/two.py build/bench")
+        self.dev("bench")
+        self.assertEqual(self.calls()[-2:], ["python3 bench/one.py build/bench",
+                                             "python3 bench/two.py build/bench"])
+
+    def test_an_unknown_word_is_no_command(self):
+        self.assertIn('what is "tset"?', self.dev("tset", status=2))
+
+    def test_usage_and_the_developers_page_name_every_command(self):
+        with open(os.path.join(SOURCE, "dev")) as file:
+            commands = set(re.findall(r"^    ([a-z]+)\)$", file.read(), re.MULTILINE))
+        usage = self.dev("help")
+        self.assertEqual(set(re.findall(r"\./dev ([a-z]+)", usage)), commands)
+        page = document("HACKING.md").text
+        self.assertEqual(set(re.findall(r"^\| `\./dev ([a-z]+)`", page, re.MULTILINE)), commands)
+
+
+class DemoTest(DevCase):
+    """The tour itself is tests/e2e/journey_test.py."""
+
+    def setUp(self):
+        super().setUp()
+        self.sandbox.make_folder("tree/docs/pictures")
+        self.new = self.sandbox.make_folder("tree/build/dev/artefacts/pictures")
+        self.sandbox.make_folder("tree/build/dev/artefacts/pictures/frames")
+
+    def draw(self, folder, name, *drawing):
+        path = os.path.join(self.sandbox.home, "tree", folder, name)
+        subprocess.run(["convert", "-size", "200x100", "xc:white", *drawing, path], check=True,
+                       timeout=60)
+
+    def draw_new(self, name, *drawing):
+        self.draw("build/dev/artefacts/pictures", name, *drawing)
+
+    def draw_old(self, name, *drawing):
+        self.draw("docs/pictures", name, *drawing)
+
+    def picture(self, name):
+        with open(os.path.join(self.sandbox.home, "tree/docs/pictures", name), "rb") as file:
+            return file.read()
+
+    def test_goes_the_way_with_what_was_built(self):
+        self.draw_new("a.png")
+        self.assertIn("docs/pictures/a.png is new", self.dev("demo"))
+        built, gone_through = self.calls()[-2:]
+        self.assertTrue(built.startswith("cmake --build --preset dev"), built)
+        self.assertTrue(gone_through.startswith("ctest --preset dev"), gone_through)
+        self.assertIn("journey_test", gone_through)
+
+    def test_needs_go(self):
+        without_go = self.sandbox.make_folder("few")
+        for name in ("bash", "dirname", "readlink"):
+            os.symlink(shutil.which(name), os.path.join(without_go, name))
+        done = self.sandbox.run(f"PATH={without_go}; ./dev demo", "tree")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("needs Go", done.stderr)
+
+    def test_a_picture_that_looks_as_before_stays_as_it_is(self):
+        self.draw_old("a.png", "-fill", "red", "-draw", "rectangle 0,0 80,80")
+        self.draw_new("a.png", "-fill", "red", "-draw", "rectangle 0,0 80,80",
+                      "-fill", "#fff8f8", "-draw", "rectangle 100,50 199,99",
+                      "-fill", "black", "-draw", "rectangle 120,20 120,31")
+        before = self.picture("a.png")
+        self.assertIn("docs/pictures/a.png looks as before", self.dev("demo"))
+        self.assertEqual(self.picture("a.png"), before)
+
+    def test_a_picture_that_looks_different_is_replaced(self):
+        for name, drawing in (("colour.png", ("-fill", "red", "-draw", "rectangle 0,0 9,9")),
+                              ("size.png", ("-crop", "150x100+0+0", "+repage")),
+                              ("frames.gif", ("xc:white",))):
+            self.draw_old(name)
+            self.draw_new(name, *drawing)
+        # Little, but in most of the frames.
+        self.draw_old("journey.gif", "xc:white", "xc:white")
+        self.draw_new("journey.gif", "xc:white", "xc:white", "-fill", "red", "-draw",
+                      "rectangle 0,0 2,2")
+        said = self.dev("demo")
+        for name in ("colour.png", "size.png", "frames.gif", "journey.gif"):
+            self.assertIn(f"docs/pictures/{name} is new", said)
+
+    def test_a_picture_that_is_not_taken_any_more_goes(self):
+        self.draw_old("old.png")
+        self.draw_new("a.png")
+        self.assertIn("docs/pictures/old.png is gone", self.dev("demo"))
+        self.assertEqual(self.sandbox.files("tree/docs/pictures"), ["a.png"])
+
+
+if __name__ == "__main__":
+    unittest.main()
