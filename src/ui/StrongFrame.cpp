@@ -40,10 +40,14 @@ bool StrongFrame::eventFilter(QObject* watched, QEvent* event) {
 
 void StrongFrame::apply() {
     const QWidget* const parent = control_.parentWidget();
-    const auto wanted = source(parent ? parent->palette() : QApplication::palette(), where_);
+    const QPalette around = parent ? parent->palette() : QApplication::palette();
+    const auto wanted = source(around, where_);
     QPalette own;  // only what is set here counts, the rest stays inherited
     if (wanted)
         own.setColor(QPalette::Window, *wanted);
+    if (SystemPalette::isHighContrast(around))
+        for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+            own.setColor(QPalette::Disabled, role, SystemPalette::disabledText(around));
     // Setting a palette announces its change, which leads back here.
     const bool isSet = control_.testAttribute(Qt::WA_SetPalette);
     if (isSet != wanted.has_value() ||

@@ -10,7 +10,8 @@ class QWidget;
 namespace valdorn {
 
 // Gives one of the style's own controls a frame that can be seen. Qt's own style draws frames a
-// shade darker than the window, which on black is nothing and on white next to nothing. Follows the
+// shade darker than the window, which on black is nothing and on white next to nothing. Where
+// contrast is high, what the control says can be read while it is disabled, too. Follows the
 // desktop's palette. Main thread only.
 class StrongFrame : public QObject {
     Q_OBJECT

@@ -57,6 +57,10 @@ bool SymbolButton::showsFocus() const {
 }
 
 QColor SymbolButton::symbolColor() const {
+    QPalette usual = palette();
+    usual.setCurrentColorGroup(QPalette::Active);
+    if (!isEnabled() && SystemPalette::isHighContrast(usual))
+        return SystemPalette::disabledText(usual);
     if (!isEnabled() || !color_)
         return palette().color(QPalette::WindowText);
     return SystemPalette::dot(*color_, palette());

@@ -123,6 +123,10 @@ QColor textOnBase(SystemColor color, const QPalette& palette) {
     return standingOut(color, ground, contrastOfText(palette));
 }
 
+QColor disabledText(const QPalette& palette) {
+    return standingOut(SystemColor::secondary, palette, textContrast);
+}
+
 QColor line(const QPalette& palette, double share) {
     const QColor full = palette.color(QPalette::WindowText);
     return isHighContrast(palette) ? full : mixed(palette.color(QPalette::Window), full, share);

@@ -28,6 +28,9 @@ QColor dot(SystemColor color, const QPalette& palette);
 // The colour for text: the same, until it stands out by at least 4.5:1, with high contrast 7:1.
 QColor text(SystemColor color, const QPalette& palette);
 
+// The colour for what is disabled where contrast is high; desktops leave it as good as invisible.
+QColor disabledText(const QPalette& palette);
+
 // The colour for lines and edges that part things, at that share (0 to 1) of the way from the
 // window's colour to the text's; with high contrast it is the text's.
 QColor line(const QPalette& palette, double share);

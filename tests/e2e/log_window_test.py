@@ -314,6 +314,23 @@ class LooksTest(LogWindowCase):
                 looks.assert_brightness(self, picture, is_dark)
                 self.program.quit()
 
+    def test_its_frame_is_whole_where_a_point_is_no_whole_number_of_pixels(self):
+        scale = 1.5
+        self.begin(QT_SCALE_FACTOR=str(scale))
+        self.open_log()
+        picture = looks.take_picture(self.desktop, self.window_id, "log-1.5x")
+        left, top, _, _ = self.window.extents()
+        x, y, width, height = self.log.extents()
+        x, y = x - left, y - top
+        # Across each edge, where no text is.
+        for side, box in (("left", (x - 2, y + height / 2, 4, 1)),
+                          ("top", (x + width * 0.9, y - 2, 1, 4)),
+                          ("right", (x + width - 2, y + height / 2, 4, 1)),
+                          ("bottom", (x + width / 2, y + height - 2, 1, 4))):
+            with self.subTest(side):
+                pixels = tuple(round(number * scale) for number in box)
+                self.assertLess(looks.darkest_in(picture, pixels), 0.8)
+
 
 if __name__ == "__main__":
     unittest.main()

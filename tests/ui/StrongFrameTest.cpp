@@ -1,7 +1,9 @@
+#include <QApplication>
 #include <QComboBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <initializer_list>
 
 #include <gtest/gtest.h>
 
@@ -71,6 +73,21 @@ TEST_F(StrongFrameTest, ElsewhereFramesAreTheStylesOwn) {
         for (const QWidget* const control : controls())
             EXPECT_LT(frameContrast(*control), 3.0) << control->metaObject()->className();
     }
+}
+
+// Some desktops have black for it, on black.
+TEST_F(StrongFrameTest, DisabledTextsCanBeReadWhereContrastIsHigh) {
+    looks.change(Scheme::whiteOnBlack);
+    QPalette careless = QApplication::palette();
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        careless.setColor(QPalette::Disabled, role, Qt::black);
+    QApplication::setPalette(careless);
+    QCoreApplication::sendPostedEvents();
+    for (const QWidget* const control : std::initializer_list<QWidget*>{button, picker})
+        EXPECT_GE(
+            SystemPalette::contrast(
+                control->palette().color(QPalette::Disabled, QPalette::ButtonText), Qt::black),
+            4.5);
 }
 
 TEST_F(StrongFrameTest, TextsKeepTheirColours) {

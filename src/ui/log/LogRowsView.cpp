@@ -8,16 +8,19 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QRegion>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QStyleOptionFrame>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <utility>
 
 #include "platform/Pasteboard.h"
 #include "ui/StrongFrame.h"
+#include "ui/SystemPalette.h"
 #include "ui/TextStyle.h"
 #include "ui/log/LogPainter.h"
 #include "ui/log/LogRowsAccessible.h"
@@ -166,7 +169,23 @@ bool LogRowsView::event(QEvent* event) {
         if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll))
             event->accept();
     }
-    return QAbstractScrollArea::event(event);
+    const bool handled = QAbstractScrollArea::event(event);
+    if (event->type() == QEvent::Paint)
+        drawFrame();
+    return handled;
+}
+
+// Where a point is no whole number of pixels, the style's lines lie half outside, and the half that
+// is left goes under what the frame is around.
+void LogRowsView::drawFrame() {
+    constexpr double share = 0.25;
+    if (devicePixelRatioF() == std::floor(devicePixelRatioF()))
+        return;
+    const QRect outer = rect();
+    const QRect inner = outer.adjusted(1, 1, -1, -1);
+    QPainter painter(this);
+    for (const QRect& side : QRegion(outer).subtracted(inner))
+        painter.fillRect(side, SystemPalette::line(palette(), share));
 }
 
 void LogRowsView::changeEvent(QEvent* event) {

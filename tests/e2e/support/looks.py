@@ -86,6 +86,13 @@ def assert_brightness(case, path, is_dark):
     compare(brightness, 0.5)
 
 
+def darkest_in(path, box):
+    """The brightness, 0 to 1, of the darkest pixel in a part of it: left, top, width, height."""
+    left, top, width, height = box
+    return float(_ask(path, "%[fx:minima]", "-crop", f"{width}x{height}+{left}+{top}",
+                      "-colorspace", "Gray"))
+
+
 def colour_in(path, box):
     """The name of the most saturated colour in a part of the picture: left, top, width, height."""
     return name_of(*max(_pixels(path, box), key=_colourfulness))
