@@ -116,7 +116,8 @@ private:
     void onBusDown();
     bool isNotifierHostUsable() const;
     InstanceBus::Requests busRequests();
-    InstanceBus::OnActivate opener(void (AppDelegate::*open)());
+    template <void (AppDelegate::*open)()>
+    InstanceBus::OnActivate opener();
     RunnersStore& store() { return RunnersStore::shared(services_); }
     QWidget* makeSettingsView();
     QWidget* makeLogView();
@@ -261,9 +262,10 @@ bool Application::isNotifierHostUsable() const {
 }
 
 // A window that whoever asks for it may raise, once there is a fleet to show.
-InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
-    return [this, open](const std::string& token) {
-        launchGate_.request([this, open, token] {
+template <void (AppDelegate::*open)()>
+InstanceBus::OnActivate Application::opener() {
+    return [this](const std::string& token) {
+        launchGate_.request([this, token] {
             windows_.useActivationToken(token);
             ((*delegate_).*open)();
         });
@@ -272,11 +274,12 @@ InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
 
 // The names of the actions are those of the desktop entry.
 InstanceBus::Requests Application::busRequests() {
-    return {opener(&AppDelegate::openStatus),
-            {{"runner-status", opener(&AppDelegate::openStatus)},
-             {"settings", opener(&AppDelegate::openSettings)},
-             {"log", opener(&AppDelegate::openLog)},
-             {"quit", [this](const std::string&) { delegate_->quit(); }}}};
+    InstanceBus::Requests requests{opener<&AppDelegate::openStatus>(), {}};
+    requests.actions["runner-status"] = opener<&AppDelegate::openStatus>();
+    requests.actions["settings"] = opener<&AppDelegate::openSettings>();
+    requests.actions["log"] = opener<&AppDelegate::openLog>();
+    requests.actions["quit"] = [this](const std::string&) { delegate_->quit(); };
+    return requests;
 }
 
 int Application::run() {
@@ -324,15 +327,23 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }
 
-// A second start for the same home: brings up the first one's status window.
-int activateRunningInstance(const InstancePlace& place, char** argv) {
+using Lock = Result<InstanceLock, LockRefusal>;
+
+bool isHeldByAnother(const Lock& lock) {
+    return !lock && lock.error().kind == LockRefusal::Kind::held;
+}
+
+// A second start for the same home: true when it has brought up the first one's status window. The
+// first one may be ending just now: then the lock changes hands.
+bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv) {
     const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
     const QCoreApplication application(argumentsForQt, argv);
-    if (InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
-                                             token != nullptr ? token : "", activationPatience))
-        return EXIT_SUCCESS;
-    std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n", stderr);
-    return EXIT_FAILURE;
+    return InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
+                                                token != nullptr ? token : "", activationPatience,
+                                                [&place, &lock] {
+                                                    lock = InstanceLock::acquire(place.lockPath());
+                                                    return !isHeldByAnother(lock);
+                                                });
 }
 
 int run(int argc, char** argv) {
@@ -344,9 +355,14 @@ int run(int argc, char** argv) {
     const auto place = findPlace(ground.host);
     if (!place)
         return runApplication(ground, std::nullopt, argv);
-    const auto lock = InstanceLock::acquire(place->lockPath());
-    if (!lock && lock.error().kind == LockRefusal::Kind::held)
-        return activateRunningInstance(*place, argv);
+    Lock lock = InstanceLock::acquire(place->lockPath());
+    if (isHeldByAnother(lock) && activateRunningInstance(*place, lock, argv))
+        return EXIT_SUCCESS;
+    if (isHeldByAnother(lock)) {
+        std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n",
+                   stderr);
+        return EXIT_FAILURE;
+    }
     ground.loginItems.refreshMovedExecutable();
     if (lock)
         return runApplication(ground, place->ledgerPath(), argv);

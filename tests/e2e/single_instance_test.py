@@ -1,5 +1,6 @@
 """One instance for each home, and what a second start does."""
 
+import fcntl
 import os
 import signal
 import subprocess
@@ -9,7 +10,7 @@ import unittest
 from support.case import ProgramCase
 from support.program import VALDORN, environment, kill, run_once
 from support.puppet import DECLARED
-from support.waiting import spend, wait_until
+from support.waiting import spend, stays_true, wait_until
 
 STATUS_WINDOW = "Valdorn — Runner Status"
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
@@ -114,6 +115,22 @@ class LockTest(ProgramCase):
         program.wait_for_end()
         self.start_with_item()
         wait_until(lambda: len(puppets.living()) == 2, "the next daemon")
+
+    def test_an_instance_that_is_ending_is_followed_by_the_next(self):
+        self.puppet_runners({})
+        folder = os.path.join(self.desktop.runtime, "valdorn")
+        others = os.listdir(folder) if os.path.isdir(folder) else []
+        self.start_with_item()[0].quit()
+        name, = [name for name in os.listdir(folder) if name not in others]
+        # It has left the bus, and has not let go of the lock yet.
+        with open(os.path.join(folder, name)) as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            host = self.host()
+            before = len(host.items)
+            program = self.start()
+            stays_true(program.is_running, "the waiting start", 0.5)
+            self.assertEqual(len(host.items), before)
+        wait_until(lambda: len(host.items) > before, "its status item")
 
     def test_the_lock_stands_in_the_state_folder_where_there_is_no_runtime_folder(self):
         self.puppet_runners({})

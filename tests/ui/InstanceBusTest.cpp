@@ -31,7 +31,8 @@ protected:
         std::atomic<bool> done = false;
         bool reached = false;
         std::thread second([&, connection = bus.connect()] {
-            reached = InstanceBus::activateRunningInstance(connection, ofKey, token, 20s);
+            reached = InstanceBus::activateRunningInstance(connection, ofKey, token, 20s,
+                                                           [] { return false; });
             done = true;
         });
         EXPECT_TRUE(runUntil([&done] { return done.load(); }, 30s));
@@ -75,7 +76,8 @@ TEST_F(InstanceBusTest, SecondStartWaitsForAnInstanceThatIsStillStarting) {
     std::atomic<bool> done = false;
     bool reached = false;
     std::thread second([&, connection = bus.connect()] {
-        reached = InstanceBus::activateRunningInstance(connection, key, "early", 20s);
+        reached = InstanceBus::activateRunningInstance(connection, key, "early", 20s,
+                                                       [] { return false; });
         done = true;
     });
     std::optional<InstanceBus> instance;
@@ -90,13 +92,22 @@ TEST_F(InstanceBusTest, SecondStartWaitsForAnInstanceThatIsStillStarting) {
 }
 
 TEST_F(InstanceBusTest, PatienceEndsWhenNobodyOwnsTheName) {
-    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "", 120ms));
+    EXPECT_FALSE(
+        InstanceBus::activateRunningInstance(bus.connect(), key, "", 120ms, [] { return false; }));
+}
+
+TEST_F(InstanceBusTest, WaitingEndsWithTheInstanceThatIsWaitedFor) {
+    int asked = 0;
+    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "", 20s,
+                                                      [&asked] { return ++asked == 3; }));
+    EXPECT_EQ(asked, 3);
 }
 
 TEST_F(InstanceBusTest, InstanceOfAnotherHomeIsNotReached) {
     const InstanceBus instance(bus.connect(), "fedcba9876543210", record());
     EXPECT_TRUE(activate("mine", "fedcba9876543210"));
-    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "other", 1ms));
+    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "other", 1ms,
+                                                      [] { return false; }));
     EXPECT_EQ(tokens, std::vector<std::string>{"mine"});
 }
 
@@ -105,7 +116,8 @@ TEST_F(InstanceBusTest, NameIsGivenBackAtTheEnd) {
         const InstanceBus instance(bus.connect(), key, record());
         EXPECT_TRUE(activate(""));
     }
-    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "", 1ms));
+    EXPECT_FALSE(
+        InstanceBus::activateRunningInstance(bus.connect(), key, "", 1ms, [] { return false; }));
     const InstanceBus next(bus.connect(), key, record());
     EXPECT_TRUE(activate("next"));
 }
@@ -162,7 +174,8 @@ TEST_F(InstanceBusTest, ActionsGoToTheFirstInstanceAndThenToTheNext) {
 TEST(InstanceBusWithoutBusTest, NothingIsOwnedAndNothingIsReached) {
     const QDBusConnection none(QStringLiteral("no such bus"));
     const InstanceBus instance(none, key, {[](const std::string&) {}});
-    EXPECT_FALSE(InstanceBus::activateRunningInstance(none, key, "token", 20s));
+    EXPECT_FALSE(
+        InstanceBus::activateRunningInstance(none, key, "token", 20s, [] { return false; }));
 }
 
 }  // namespace

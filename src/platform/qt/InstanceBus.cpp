@@ -79,7 +79,8 @@ InstanceBus::~InstanceBus() {
 
 bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std::string& key,
                                           const std::string& activationToken,
-                                          std::chrono::milliseconds patience) {
+                                          std::chrono::milliseconds patience,
+                                          const std::function<bool()>& hasEnded) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         busName(key), objectPath(), QStringLiteral("org.freedesktop.Application"),
         QStringLiteral("Activate"));
@@ -91,7 +92,7 @@ bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std:
         const QDBusMessage answer = bus.call(call, QDBus::Block, left);
         if (answer.type() == QDBusMessage::ReplyMessage)
             return true;
-        if (!isWorthARetry(answer) || end.hasExpired())
+        if (!isWorthARetry(answer) || hasEnded() || end.hasExpired())
             return false;
         std::this_thread::sleep_for(retryPause);
     }

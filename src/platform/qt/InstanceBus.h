@@ -45,10 +45,12 @@ public:
     // For a second start, which needs no more than a QCoreApplication: blocks until the running
     // instance has been told, and returns true; or until it is clear that the bus cannot reach
     // it, at the latest after `patience`. The first instance may still be starting, so a name
-    // that nobody owns yet is worth waiting for.
+    // that nobody owns yet is worth waiting for; or it may be about to end, so `hasEnded` is asked
+    // now and then, and a true answer ends the wait.
     static bool activateRunningInstance(const QDBusConnection& bus, const std::string& key,
                                         const std::string& activationToken,
-                                        std::chrono::milliseconds patience);
+                                        std::chrono::milliseconds patience,
+                                        const std::function<bool()>& hasEnded);
 
 public Q_SLOTS:
     // The interface org.freedesktop.Application.
