@@ -13,7 +13,8 @@ from support.settings_page import SettingsPage
 from support.waiting import spend, wait_until
 from support.window_case import WindowCase
 
-PROMPTLY = 1.0
+# Of the five seconds that a session made by systemd gives.
+PROMPTLY = 3.0
 
 
 class FleetCase(ProgramCase):
