@@ -16,6 +16,8 @@ import dbus
 from support.case import ProgramCase
 from support.program import VALDORN, environment, is_alive, kill
 from support.waiting import spend, wait_until
+from support.wayland import WaylandDesktop
+from support.wayland_client import activation_token
 
 ID = "org.valdorn.valdorn"
 FOLDER = os.path.join(os.environ["VALDORN_SOURCE"], "resources/desktop")
@@ -46,7 +48,14 @@ def install_service(data_folder):
         file.write(service)
 
 
-class ActionCase(ProgramCase):
+class ActingCase(ProgramCase):
+    def act(self, action, **more):
+        done = subprocess.run(command_of(action), capture_output=True, text=True, timeout=30,
+                              env=environment(self.desktop, self.home, **more))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""), action)
+
+
+class ActionCase(ActingCase):
     window_manager = True
 
     @classmethod
@@ -66,11 +75,6 @@ class ActionCase(ProgramCase):
                                          introspect=False)
         # What a session tells its bus, so that what the bus starts has it, too.
         self.bus.UpdateActivationEnvironment(environment(self.desktop, self.home))
-
-    def act(self, action, **more):
-        done = subprocess.run(command_of(action), capture_output=True, text=True, timeout=30,
-                              env=environment(self.desktop, self.home, **more))
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""), action)
 
     def owner(self):
         """The process that owns the application's name, if any does."""
@@ -109,7 +113,7 @@ class RunningTest(ActionCase):
     def test_each_window_comes_to_the_front(self):
         program, _ = self.start_with_item()
         for action, title in WINDOWS:
-            self.act(action, DESKTOP_STARTUP_ID="launch_TIME1")
+            self.act(action)
             self.close_window(title)
         self.assertEqual(self.owner(), program.process.pid)
         self.assertEqual(len(self.puppets.pids()), 1)
@@ -175,6 +179,33 @@ class NotRunningTest(ActionCase):
         self.start_with_item(DBUS_STARTER_BUS_TYPE="session", DBUS_STARTER_ADDRESS="unix:path=/x")
         daemon = self.puppets.wait_for_one()
         self.assertNotIn("DBUS_STARTER_BUS_TYPE", self.puppets.facts(daemon)["environment"])
+
+
+class TokenTest(ActingCase):
+    """On Wayland it takes a token to come in front of another program."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = WaylandDesktop()
+        cls.addClassCleanup(cls.desktop.close)
+
+    def test_the_token_of_the_click_brings_the_window_to_the_front(self):
+        log = "Valdorn — Log"
+        self.puppet_runners({})
+        self.start_with_item()
+        self.act("log")
+        wait_until(lambda: self.desktop.focused() == log, "the log window")
+        other = self.new_home()
+        self.puppet_runners({}, home=other)
+        _, item = self.start_with_item(home=other)
+        item.menu().choose("Settings…")
+        wait_until(lambda: self.desktop.focused() == "Valdorn", "another program in front")
+        # Nobody has given it leave.
+        self.act("log")
+        spend(0.5)
+        self.assertEqual(self.desktop.focused(), "Valdorn")
+        self.act("log", DESKTOP_STARTUP_ID=activation_token(self.desktop))
+        wait_until(lambda: self.desktop.focused() == log, "the log window in front", 5)
 
 
 if __name__ == "__main__":
