@@ -10,7 +10,7 @@ STILLS = ("settings.png", "status-menu.png", "status.png", "log.png")
 
 _FRAME_TIME = 260   # in hundredths of a second
 _LAST_FRAME_TIME = 400
-_FILM_COLOURS = 128
+_FILM_COLOURS = 256
 _CAPTION_HEIGHT = 38
 _FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 
