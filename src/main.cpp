@@ -327,6 +327,16 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }
 
+// What the launcher of this start has handed over, or nothing. Older ones put Wayland's token where
+// X11's stands.
+std::string activationToken() {
+    for (const char* const name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
+        if (const char* const token = std::getenv(name); token != nullptr && *token != '\0')
+            return token;
+    }
+    return {};
+}
+
 using Lock = Result<InstanceLock, LockRefusal>;
 
 bool isHeldByAnother(const Lock& lock) {
@@ -336,10 +346,9 @@ bool isHeldByAnother(const Lock& lock) {
 // A second start for the same home: true when it has brought up the first one's status window. The
 // first one may be ending just now: then the lock changes hands.
 bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv) {
-    const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
     const QCoreApplication application(argumentsForQt, argv);
     return InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
-                                                token != nullptr ? token : "", activationPatience,
+                                                activationToken(), activationPatience,
                                                 [&place, &lock] {
                                                     lock = InstanceLock::acquire(place.lockPath());
                                                     return !isHeldByAnother(lock);
