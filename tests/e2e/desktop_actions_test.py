@@ -15,7 +15,7 @@ import dbus
 
 from support.case import ProgramCase
 from support.program import VALDORN, environment, is_alive, kill
-from support.waiting import spend, wait_until
+from support.waiting import spend, stays_true, wait_until
 from support.wayland import WaylandDesktop
 from support.wayland_client import activation_token
 
@@ -175,10 +175,13 @@ class NotRunningTest(ActionCase):
         self.puppets.wait_for_none()
         self.assertEqual(len(self.puppets.pids()), 1)
 
-    def test_a_terminal_that_the_bus_has_started_does_not_hold_the_program_back(self):
-        self.start_with_item(DBUS_STARTER_BUS_TYPE="session", DBUS_STARTER_ADDRESS="unix:path=/x")
-        daemon = self.puppets.wait_for_one()
-        self.assertNotIn("DBUS_STARTER_BUS_TYPE", self.puppets.facts(daemon)["environment"])
+    def test_the_fleet_waits_for_what_is_asked_and_not_for_ever(self):
+        host = self.host()
+        self.bus.StartServiceByName(ID, dbus.UInt32(0))
+        self.started_by_bus()
+        stays_true(lambda: not self.puppets.pids() and not host.items, "no fleet", 0.7)
+        self.puppets.wait_for_one()
+        host.wait_for_item()
 
 
 class TokenTest(ActingCase):
