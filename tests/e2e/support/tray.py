@@ -108,6 +108,10 @@ class Item:
         """A primary click."""
         self._object.Activate(10, 10, dbus_interface=ITEM, timeout=10)
 
+    def hand_over(self, token):
+        """The compositor's leave to raise a window, which comes before a click."""
+        self._object.ProvideXdgActivationToken(token, dbus_interface=ITEM, timeout=10)
+
     def menu(self):
         return Menu(self.connection, self.service, self.property("Menu"))
 
