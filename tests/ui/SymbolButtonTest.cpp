@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -51,6 +52,18 @@ TEST_F(SymbolButtonTest, SaysWhatItDoes) {
 
 TEST_F(SymbolButtonTest, IsAsLargeAsItsSymbolAndTheRing) {
     EXPECT_EQ(first->size(), QSize(28, 28));
+}
+
+// Some desktops have black for it, on black.
+TEST_F(SymbolButtonTest, DisabledSymbolCanBeSeenWhereContrastIsHigh) {
+    const Looks strong(Scheme::whiteOnBlack);
+    QPalette careless = QApplication::palette();
+    careless.setColor(QPalette::Disabled, QPalette::WindowText, Qt::black);
+    QApplication::setPalette(careless);
+    QCoreApplication::sendPostedEvents();
+    first->setSymbol(QStringLiteral("minus"), std::nullopt, {});
+    first->setEnabled(false);
+    EXPECT_GE(SystemPalette::contrast(middleOf(picture()), Qt::black), 4.5);
 }
 
 TEST_F(SymbolButtonTest, SymbolHasItsColourOnLightAndDark) {

@@ -145,8 +145,7 @@ void OnboardingView::connectButtons() {
 void OnboardingView::refresh() {
     settingsButton_->setText(settingsTitleFor(*environment_.store));
     const RunnerStatus status = environment_.runner->status();
-    const std::optional<RunnerStatus> before = std::exchange(shown_, status);
-    if (before == status)
+    if (std::exchange(shown_, status) == status)
         return;
     const QString title = PlainText::fromUtf8(rawValue(status));
     dot_->setStatus(statusColor(status), title);
@@ -154,8 +153,7 @@ void OnboardingView::refresh() {
     if (const QString note = noteFor(status); note_->text() != note)
         note_->setText(note);
     setAccessibleDescription(status_->text() + QStringLiteral(". ") + note_->text());
-    if (before)
-        announcer_->say(*status_, accessibleDescription());
+    announcer_->say(*status_, accessibleDescription());
 }
 
 QSize OnboardingView::minimumSizeHint() const {

@@ -3,7 +3,6 @@
 #include <QFontMetrics>
 #include <QStyle>
 #include <QStyleOptionButton>
-#include <QStylePainter>
 #include <algorithm>
 
 #include "ui/StrongFrame.h"
@@ -19,15 +18,6 @@ constexpr int longTitle = 1000;
 
 RowButton::RowButton(const QString& title) : QPushButton(title) {
     new StrongFrame(*this);
-}
-
-// The title is in the middle, and goes the way it is written in a mirrored window, too.
-void RowButton::paintEvent(QPaintEvent*) {
-    QStylePainter painter(this);
-    painter.setLayoutDirection(text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-    QStyleOptionButton option;
-    initStyleOption(&option);
-    painter.drawControl(QStyle::CE_PushButton, option);
 }
 
 QSize RowButton::sizeHint() const {

@@ -192,11 +192,11 @@ void RunnerForm::refreshMessage() {
     message_->setVisible(message.has_value());
 }
 
-// How it goes, once each; what stood there when the rows were made is no news.
+// How it goes, once each. What stood there when the rows were made is no news: they cannot be seen
+// then.
 void RunnerForm::announce() {
     const Progress now{registration_->busy(), registration_->message()};
-    const std::optional<Progress> before = std::exchange(progress_, now);
-    if (!before || before == now)
+    if (std::exchange(progress_, now) == now)
         return;
     if (now.message)
         announcer_->say(*message_, PlainText::oneLine(message_->text()));

@@ -77,7 +77,7 @@ private:
     QPushButton* const button_;
     Spinner* const spinner_;
     WrappedLabel* const message_;
-    std::optional<Progress> progress_;  // as it was shown last
+    Progress progress_;  // as it was shown last
     DeferredUpdate update_;
     Subscription runnerChanges_;
     Subscription registrationChanges_;
