@@ -60,6 +60,7 @@ for _function, _result, _arguments in (
         (_SM.SmsSaveYourselfPhase2, None, (c_void_p,)),
         (_SM.SmsInteract, None, (c_void_p,)),
         (_SM.SmsDie, None, (c_void_p,)),
+        (_SM.SmsShutdownCancelled, None, (c_void_p,)),
         (_SM.SmsCleanUp, None, (c_void_p,)),
         (_SM.SmsGetIceConnection, c_void_p, (c_void_p,)),
         (_SM.SmFreeProperty, None, (c_void_p,)),
