@@ -3,12 +3,13 @@
 # What was compiled in another checkout is not compiled again.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=true
 
-# build PRESET [TARGET...]
+# build PRESET [TARGET...]: nothing is built after a configuration that failed, not even where a caller
+# looks at the status, which keeps bash from ending by itself.
 build() {
     local preset=$1
     shift
-    cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" ${1:+--target "$@"}
+    cmake --preset "$preset" >/dev/null &&
+        cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
 # run_tests PRESET [CTEST-OPTION...]: quiet tests in parallel; those with a display one by one.

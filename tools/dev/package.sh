@@ -30,7 +30,7 @@ run_package_tests() (
         VALDORN_DEMO_RUNNER=$PWD/build/release/bin/demo_runner
     VALDORN_PACKAGE=$(echo "$PWD"/build/package/*.deb)
     export VALDORN_CLEAN_DEBIAN=$PWD/build/clean-debian VALDORN_DOWNLOADS=$PWD/build/downloads
-    cd tests/package
+    cd tests/package || exit
     PYTHONPATH=../e2e /usr/bin/python3 -B -m unittest "$@"
 )
 
@@ -108,6 +108,6 @@ check_installation() {
     unpack_clean_debian build/clean-debian
     mkdir -p build/downloads
     export -f run_package_tests
-    as_root_with_own_mounts bash -c 'run_package_tests install_test'
+    as_root_with_own_mounts bash -euo pipefail -c 'run_package_tests install_test'
     as_root_with_own_mounts rm -rf --one-file-system build/clean-debian
 }
