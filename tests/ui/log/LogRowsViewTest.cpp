@@ -493,9 +493,7 @@ protected:
         }
         return false;
     }
-    QColor on(SystemColor color) const {
-        return SystemPalette::textOnBase(color, view.palette());
-    }
+    QColor on(SystemColor color) const { return SystemPalette::textOnBase(color, view.palette()); }
 };
 
 // Characters that fill whole pixels.
