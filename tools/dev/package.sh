@@ -10,6 +10,16 @@ make_package() (
         rm -rf build/package/_CPack_Packages
 )
 
+# What was made, by its path. More than one, or none, would be something else than was asked for.
+the_package() {
+    local found=(build/package/*.deb)
+    if [ ${#found[@]} -ne 1 ] || [ ! -f "${found[0]}" ]; then
+        echo "There is to be one package in build/package: ${found[*]}" >&2
+        return 1
+    fi
+    echo "${found[0]}"
+}
+
 # The same sources give the same package whenever it is made: it is as old as the last commit.
 export_source_time() {
     SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
@@ -26,9 +36,10 @@ check_package_contents() {
 
 # run_package_tests TEST...
 run_package_tests() (
-    export VALDORN_SOURCE=$PWD VALDORN_PACKAGE VALDORN_PROGRAM=/usr/bin/valdorn \
+    local package
+    package=$(the_package) || exit
+    export VALDORN_SOURCE=$PWD VALDORN_PACKAGE=$PWD/$package VALDORN_PROGRAM=/usr/bin/valdorn \
         VALDORN_DEMO_RUNNER=$PWD/build/release/bin/demo_runner
-    VALDORN_PACKAGE=$(echo "$PWD"/build/package/*.deb)
     export VALDORN_CLEAN_DEBIAN=$PWD/build/clean-debian VALDORN_DOWNLOADS=$PWD/build/downloads
     cd tests/package || exit
     PYTHONPATH=../e2e /usr/bin/python3 -B -m unittest "$@"
@@ -107,7 +118,7 @@ check_installation() {
     make_clean_debian
     unpack_clean_debian build/clean-debian
     mkdir -p build/downloads
-    export -f run_package_tests
+    export -f run_package_tests the_package
     as_root_with_own_mounts bash -euo pipefail -c 'run_package_tests install_test'
     as_root_with_own_mounts rm -rf --one-file-system build/clean-debian
 }
