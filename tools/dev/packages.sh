@@ -12,10 +12,10 @@ test_packages=(
     fonts-dejavu-core
 )
 bench_packages=(python3)
-package_packages=(librsvg2-bin dpkg-dev file)
+package_packages=(librsvg2-bin dpkg-dev file git)
 check_packages=(
     clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14
-    desktop-file-utils appstream mandoc lintian mmdebstrap uidmap
+    desktop-file-utils appstream mandoc lintian mmdebstrap uidmap git
 )
 
 # A desktop in miniature for machines without one: display, window manager, panel with a tray.
