@@ -54,8 +54,7 @@ choose_home() {
 
 # await FILE WHAT: until somebody has written a line into the file.
 await() {
-    local tries
-    for tries in $(seq 200); do
+    for _ in $(seq 200); do
         [ "$(wc -l <"$1")" -gt 0 ] && return
         sleep 0.05
     done
