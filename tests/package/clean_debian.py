@@ -7,9 +7,9 @@ import os
 import subprocess
 import tempfile
 
-import dbus
 import dbus.bus
-import dbus.mainloop.glib
+
+from support.desktop import end_process, first_line
 
 ROOT = os.environ["VALDORN_CLEAN_DEBIAN"]
 DOWNLOADS = os.environ["VALDORN_DOWNLOADS"]
@@ -29,8 +29,6 @@ _BUS_SETTINGS = """<busconfig>
   </policy>
 </busconfig>
 """
-
-dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 
 
 def inside(path):
@@ -82,6 +80,13 @@ class Session:
         self._settings = tempfile.NamedTemporaryFile("w", suffix=".conf")
         self._settings.write(_BUS_SETTINGS.format(socket=f"{inside(RUNTIME)}/bus"))
         self._settings.flush()
+        try:
+            self._start_all()
+        except BaseException:
+            self.close()
+            raise
+
+    def _start_all(self):
         self._start("dbus-daemon", "--nofork", "--print-address=1",
                     f"--config-file={self._settings.name}")
         # Its socket is an abstract one, too, which no root folder hides; -ac: for any user.
@@ -96,10 +101,7 @@ class Session:
         process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                    text=True)
         self._processes.append(process)
-        line = process.stdout.readline().strip()
-        if not line:
-            raise RuntimeError(f"{command[0]} does not start")
-        return line
+        return first_line(process.stdout)
 
     def connect(self):
         connection = dbus.bus.BusConnection(self.address)
@@ -117,7 +119,5 @@ class Session:
         for connection in self._connections:
             connection.close()
         for process in reversed(self._processes):
-            process.terminate()
-            process.wait(20)
-            process.stdout.close()
+            end_process(process)
         self._settings.close()

@@ -30,15 +30,6 @@ def setUpModule():
     install()
 
 
-class UsersHome(Home):
-    """The home folder of the user inside."""
-
-    def __init__(self):
-        super().__init__()
-        os.rmdir(self.path)
-        self.__dict__.update(path=inside(HOME), support=inside(HOME) + self.support[len(self.path):])
-
-
 class FilesTest(unittest.TestCase):
     def test_all_are_as_the_package_has_them(self):
         self.assertEqual(clean_debian.run("dpkg", "--verify", "valdorn"), "")
@@ -68,7 +59,7 @@ class UserTest(unittest.TestCase):
     def setUp(self):
         self.session = Session()
         self.addCleanup(self.session.close)
-        self.home = UsersHome()
+        self.home = Home(inside(HOME))
         self.addCleanup(self.empty_home)
 
     def empty_home(self):

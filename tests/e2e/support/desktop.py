@@ -17,14 +17,17 @@ from .waiting import wait_until
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 
 
-def _first_line(stream, seconds=20):
+def first_line(stream, seconds=20):
+    """What a helper of a desktop says once it has started; raises when it says nothing."""
     ready, _, _ = select.select([stream], [], [], seconds)
-    if not ready:
+    line = stream.readline().strip() if ready else ""
+    if not line:
         raise RuntimeError("a helper of the desktop did not start")
-    return stream.readline().strip()
+    return line
 
 
-def _end(process):
+def end_process(process):
+    """However little it likes to end."""
     process.terminate()
     try:
         process.wait(10)
@@ -50,7 +53,7 @@ class SessionBus:
             ["dbus-daemon", "--session", "--nofork", "--print-address=1",
              f"--address={self.address}"],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        _first_line(self._daemon.stdout)
+        first_line(self._daemon.stdout)
 
     def connect(self):
         """A new connection: whoever wants to leave the bus alone takes one of his own."""
@@ -62,7 +65,7 @@ class SessionBus:
     def end(self):
         """Takes the bus away from whoever is on it."""
         if self._daemon.returncode is None:
-            _end(self._daemon)
+            end_process(self._daemon)
 
     def close(self):
         for connection in self._connections:
@@ -107,7 +110,7 @@ class Desktop:
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self._processes.append(server)
         self._server = server
-        self.display = ":" + _first_line(server.stdout)
+        self.display = ":" + first_line(server.stdout)
         self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
 
     def _start_window_manager(self, command):
@@ -124,7 +127,7 @@ class Desktop:
 
     def end(self, process):
         self._processes.remove(process)
-        _end(process)
+        end_process(process)
 
     def end_display(self):
         """Takes the display away from whoever is on it."""
@@ -221,6 +224,6 @@ class Desktop:
 
     def close(self):
         for process in reversed(self._processes):
-            _end(process)
+            end_process(process)
         self.bus.close()
         shutil.rmtree(self.runtime, ignore_errors=True)

@@ -17,8 +17,9 @@ DEMO_RUNNER = os.environ["VALDORN_DEMO_RUNNER"]
 class Home:
     """A home folder. Nothing in it but what a test puts there."""
 
-    def __init__(self):
-        self.path = tempfile.mkdtemp(prefix="valdorn-home.")
+    def __init__(self, path=None):
+        """A new folder, or the one at `path`."""
+        self.path = path or tempfile.mkdtemp(prefix="valdorn-home.")
         self.support = os.path.join(self.path, "Library/Application Support/Valdorn")
         self.runner_path = os.path.join(self.path, "actrunner/act_runner")
 
