@@ -11,5 +11,5 @@ require_go() {
 # take_pictures PRESET: what is built of that preset is what they show.
 take_pictures() {
     VALDORN_SKIP_NOTHING=1 run_tests "$1" --tests-regex '^e2e\.journey_test$'
-    python3 -B tools/dev/pictures.py "build/$1/artefacts/pictures" docs/pictures
+    PYTHONPATH=tests/e2e python3 -B tools/dev/pictures.py "build/$1/artefacts/pictures" docs/pictures
 }

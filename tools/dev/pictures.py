@@ -2,7 +2,7 @@
 """Makes a folder's pictures those of another, and says what it does. A picture that looks as before
 stays as it is: a clock that has moved on, a blinking cursor or a turning spinner are no news.
 
-    pictures.py NEW-FOLDER FOLDER
+    PYTHONPATH=tests/e2e pictures.py NEW-FOLDER FOLDER
 """
 
 import os
@@ -11,11 +11,14 @@ import subprocess
 import sys
 import tempfile
 
-# How far off the colour of a pixel may be, and how many of a frame's pixels may be off by more. Times of
-# day are many pixels; in a film they come in few frames, so its median frame has to be the same.
+from support.album import FILM, LOG
+
+# How far off the colour of a pixel may be, and how many of a frame's pixels may be off by more.
+# Times of day are many pixels; in a film they come in few frames, so its median frame has to be the
+# same.
 SAME_COLOUR = "5%"
 SAME_FRAME = 0.0008
-SAME_FRAME_WITH_TIMES = {"log.png": 0.004, "journey.gif": 0.006}
+SAME_FRAME_WITH_TIMES = {LOG: 0.004, FILM: 0.006}
 SAME_MEDIAN_OF_FILM = 0.00005
 
 
@@ -40,9 +43,11 @@ def share_that_differs(old, new):
     width, height = size(new)
     if size(old) != (width, height):
         return 1
-    told = subprocess.run(["compare", "-metric", "AE", "-fuzz", SAME_COLOUR, old, new, "null:"],
-                          capture_output=True, text=True, timeout=60).stderr
-    return float(told.split()[0]) / (width * height)
+    compared = subprocess.run(["compare", "-metric", "AE", "-fuzz", SAME_COLOUR, old, new, "null:"],
+                              capture_output=True, text=True, timeout=60)
+    if compared.returncode not in (0, 1):  # the same, different
+        raise RuntimeError(f"{old} and {new} cannot be compared: {compared.stderr}")
+    return float(compared.stderr.split()[0]) / (width * height)
 
 
 def looks_the_same(old, new):

@@ -6,7 +6,8 @@ import shutil
 import subprocess
 
 FILM = "journey.gif"
-STILLS = ("settings.png", "status-menu.png", "status.png", "log.png")
+LOG = "log.png"
+STILLS = ("settings.png", "status-menu.png", "status.png", LOG)
 
 _FRAME_TIME = 260   # in hundredths of a second
 _LAST_FRAME_TIME = 400
