@@ -16,7 +16,7 @@ class RunHere(NamedTuple):
 
 
 _LOGIN = RunHere("test_the_switches")
-_STANDIN = RunBy("tests/e2e/support/gitea.py", '[SERVER, "--port", str(port)]')
+_STANDIN = RunBy("tests/e2e/support/gitea.py", '[SERVER, "--port", str(port), "--token", TOKEN]')
 
 COMMANDS = {
     "./dev run": RunBy("tests/e2e/demo_run_test.py", '[DEV, "run"]'),
@@ -25,7 +25,7 @@ COMMANDS = {
     "./dev bench": RunBy("tests/docs/dev_test.py", '"bench"'),
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
     "./dev format": RunBy("tests/docs/dev_test.py", '"format"'),
-    "./dev package": RunBy("tools/dev/check.sh", "make_package ."),
+    "./dev package": RunBy("tests/docs/dev_test.py", '"package"'),
     "sudo apt install ./build/package/valdorn_0.1.0_amd64.deb":
         RunBy("tests/package/install_test.py", 'apt_get("install", '),
     "sudo apt remove valdorn":

@@ -8,6 +8,7 @@ import unittest
 
 from markdown import SOURCE, document
 from sandbox import Sandbox
+from support.album import FILM
 
 _NOTE = """#!/bin/bash
 echo "$(basename "$0") $*" >>"$HOME/calls"
@@ -72,11 +73,54 @@ class CommandTest(DevCase):
         self.assertEqual(set(re.findall(r"^\| `\./dev ([a-z]+)`", page, re.MULTILINE)), commands)
 
 
+class PackageTest(DevCase):
+    """What stands in the package is looked at in tests/package."""
+
+    def setUp(self):
+        super().setUp()
+        self.sandbox.run("git init --quiet && git -c user.name=Ada -c user.email=ada@example.org "
+                         "commit --quiet --allow-empty --message One",
+                         "tree")
+        self.sandbox.make_folder("tree/build")
+        self.make("one")
+
+    def make(self, *names):
+        """Lets cpack make these packages, beside what it leaves behind itself."""
+        self.add_program("cpack", _NOTE + "mkdir -p build/package/_CPack_Packages\n" + "".join(
+            f"echo $SOURCE_DATE_EPOCH >build/package/{name}.deb\n" for name in names))
+
+    def test_makes_it_of_what_is_shipped_as_old_as_the_last_commit(self):
+        self.sandbox.write("tree/build/package/old.deb", "")
+        self.assertEqual(self.dev("package"), "The package: build/package/one.deb\n")
+        self.assertEqual(self.calls(), [
+            "cmake --preset release",
+            "cmake --build --preset release --target valdorn demo_runner installed_resources",
+            "cpack --preset release"])
+        self.assertEqual(self.sandbox.files("tree/build/package"), ["one.deb"])
+        committed = self.sandbox.run("git log -1 --format=%ct", "tree").stdout
+        self.assertEqual(self.sandbox.read("tree/build/package/one.deb"), committed)
+
+    def test_nothing_is_built_after_a_configuration_that_failed(self):
+        self.add_program("cmake", _NOTE + '[ "$1" != --preset ]\n')
+        self.dev("package", status=1)
+        self.assertEqual(self.calls(), ["cmake --preset release"])
+
+    def test_says_what_kept_it_from_being_made(self):
+        self.add_program("cpack", "#!/bin/bash\necho no room\nexit 1\n")
+        self.assertEqual(self.dev("package", status=1), "no room\n")
+
+    def test_there_is_one(self):
+        for names in ((), ("one", "two")):
+            self.make(*names)
+            self.assertIn("There is to be one package", self.dev("package", status=1))
+
+
 class DemoTest(DevCase):
     """The tour itself is tests/e2e/journey_test.py."""
 
     def setUp(self):
         super().setUp()
+        os.symlink(os.path.join(SOURCE, "tests"), os.path.join(self.sandbox.home, "tree/tests"))
         self.sandbox.make_folder("tree/docs/pictures")
         self.new = self.sandbox.make_folder("tree/build/dev/artefacts/pictures")
         self.sandbox.make_folder("tree/build/dev/artefacts/pictures/frames")
@@ -128,12 +172,18 @@ class DemoTest(DevCase):
             self.draw_old(name)
             self.draw_new(name, *drawing)
         # Little, but in most of the frames.
-        self.draw_old("journey.gif", "xc:white", "xc:white")
-        self.draw_new("journey.gif", "xc:white", "xc:white", "-fill", "red", "-draw",
+        self.draw_old(FILM, "xc:white", "xc:white")
+        self.draw_new(FILM, "xc:white", "xc:white", "-fill", "red", "-draw",
                       "rectangle 0,0 2,2")
         said = self.dev("demo")
-        for name in ("colour.png", "size.png", "frames.gif", "journey.gif"):
+        for name in ("colour.png", "size.png", "frames.gif", FILM):
             self.assertIn(f"docs/pictures/{name} is new", said)
+
+    def test_a_picture_that_cannot_be_compared_is_no_news(self):
+        self.add_program("compare", "#!/bin/bash\necho no such thing >&2\nexit 2\n")
+        self.draw_old("a.png")
+        self.draw_new("a.png")
+        self.assertIn("cannot be compared: no such thing", self.dev("demo", status=1))
 
     def test_a_picture_that_is_not_taken_any_more_goes(self):
         self.draw_old("old.png")

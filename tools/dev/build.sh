@@ -3,8 +3,8 @@
 # What was compiled in another checkout is not compiled again.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=true
 
-# build PRESET [TARGET...]: nothing is built after a configuration that failed, not even where a caller
-# looks at the status, which keeps bash from ending by itself.
+# build PRESET [TARGET...]: builds nothing after a configuration that failed, not even for a caller
+# that looks at the status, which keeps bash from ending by itself.
 build() {
     local preset=$1
     shift

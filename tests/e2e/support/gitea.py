@@ -29,8 +29,9 @@ class Gitea:
     """A running server on loopback that knows nothing yet."""
 
     def __init__(self, port=0):
-        self._process = subprocess.Popen([SERVER, "--port", str(port)], stdout=subprocess.PIPE,
-                                         stderr=subprocess.DEVNULL, text=True)
+        self._process = subprocess.Popen(
+            [SERVER, "--port", str(port), "--token", TOKEN],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         ready, _, _ = select.select([self._process.stdout], [], [], START_TIME)
         line = self._process.stdout.readline() if ready else ""
         if not line.startswith("listening on "):
