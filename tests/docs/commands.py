@@ -3,6 +3,8 @@ documents_test.py; so does one that is here and stands in no document any more."
 
 from typing import NamedTuple
 
+from version import VERSION
+
 
 class RunBy(NamedTuple):
     """A file that runs the command, and how it calls it."""
@@ -26,7 +28,7 @@ COMMANDS = {
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
     "./dev format": RunBy("tests/docs/dev_test.py", '"format"'),
     "./dev package": RunBy("tests/docs/dev_test.py", '"package"'),
-    "sudo apt install ./build/package/valdorn_0.1.0_amd64.deb":
+    f"sudo apt install ./build/package/valdorn_{VERSION}_amd64.deb":
         RunBy("tests/package/install_test.py", 'apt_get("install", '),
     "sudo apt remove valdorn":
         RunBy("tests/package/install_test.py", '"remove"'),
@@ -37,7 +39,7 @@ COMMANDS = {
         RunHere("test_the_runner_comes_to_its_place"),
     'rm -rf ~/"Library/Application Support/Valdorn" ~/.config/valdorn ~/.local/state/valdorn '
     "~/actrunner": RunHere("test_nothing_is_left"),
-    'git tag --annotate v0.1.0 --message "Valdorn 0.1.0"': RunHere("test_the_tag"),
+    f'git tag --annotate v{VERSION} --message "Valdorn {VERSION}"': RunHere("test_the_tag"),
     "demo_runner register --no-interactive --instance URL --token T --name N --labels L":
         RunBy("tests/e2e/demo_runner_test.py", '"register"'),
     "demo_runner daemon --config FILE": RunBy("tests/e2e/demo_runner_test.py", '"daemon"'),

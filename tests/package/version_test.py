@@ -1,4 +1,5 @@
-"""The version stands in several files, each in its own form; the project's is the one that counts."""
+"""The version stands in several files, each in its own form; the project's counts. Those that
+are documents are compared in tests/docs."""
 
 import os
 import re
@@ -30,7 +31,8 @@ def newest_change():
 
 class VersionTest(unittest.TestCase):
     def setUp(self):
-        self.version = re.search(r"project\(valdorn VERSION (\S+) ", read("CMakeLists.txt")).group(1)
+        project = re.search(r"project\(valdorn VERSION (\S+) ", read("CMakeLists.txt"))
+        self.version = project.group(1)
 
     def test_the_change_log_begins_with_it(self):
         self.assertEqual(newest_change()[0], self.version)
