@@ -80,6 +80,7 @@ as_root_with_own_mounts() {
 
 # Debian as this machine is told to get it.
 debian_sources() {
+    # shellcheck disable=SC2016  # they are apt's variables
     apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' \
         'Created-By: Packages' 'Origin: Debian'
 }
