@@ -184,7 +184,7 @@ class FactTest(unittest.TestCase):
         self.assertEqual(sorted(named), sorted(installed))
 
     def test_the_version_is_the_projects(self):
-        """The commands that name it are compared above, the package's own files in tests/package."""
+        """Commands that name it are compared above, the package's own files in tests/package."""
         changes = re.findall(r"^## \[(\d.*?)\]", read("CHANGELOG.md"), re.MULTILINE)
         self.assertEqual(changes[0], VERSION)
 
