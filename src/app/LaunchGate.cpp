@@ -18,14 +18,14 @@ void LaunchGate::ready() {
     patience_ = mainQueue_.after(requestPatience, [this] { launch(); });
 }
 
-void LaunchGate::request(std::function<void()> request) {
+void LaunchGate::request(std::function<void()> task) {
     if (state_ == State::launched) {
-        request();
+        task();
         return;
     }
     if (state_ == State::closed)
         return;
-    requests_.push_back(std::move(request));
+    requests_.push_back(std::move(task));
     if (state_ == State::awaiting)
         launch();
 }

@@ -11,8 +11,8 @@ namespace valdorn {
 // Decides when the program launches, and keeps what is asked of it before. Main thread only.
 //
 //   state     ready()                        request()              patience is over   close()
-//   held      launches, unless a request     kept for the launch    -                  closed
-//             is awaited
+//   held      launches, unless a request is  kept for the launch    -                  closed
+//             awaited and none has come
 //   awaiting  -                              launches, then runs    launches           closed
 //   launched  -                              runs                   -                  closed
 //   closed    -                              dropped                -                  -
@@ -35,7 +35,7 @@ public:
     void ready();
 
     // Something that only a launched program can do; run within the call when it has launched.
-    void request(std::function<void()> request);
+    void request(std::function<void()> task);
 
     // The program ends: nothing is launched or run any more.
     void close();
