@@ -77,7 +77,7 @@ constexpr std::chrono::seconds activationPatience{5};
 // What the program needs before there is a display.
 struct Ground {
     // Before the environment is read for the children.
-    bool isStartedByBus = takeStarterMarks();
+    bool isStartedByBus = StarterMarks::takeSessionBus();
     PosixFileSystem files;
     PosixHostInfo host;
     std::string executable = executablePath();
@@ -116,8 +116,7 @@ private:
     void onBusDown();
     bool isNotifierHostUsable() const;
     InstanceBus::Requests busRequests();
-    template <void (AppDelegate::*open)()>
-    InstanceBus::OnActivate opener();
+    InstanceBus::OnActivate opener(void (AppDelegate::*open)());
     RunnersStore& store() { return RunnersStore::shared(services_); }
     QWidget* makeSettingsView();
     QWidget* makeLogView();
@@ -262,10 +261,9 @@ bool Application::isNotifierHostUsable() const {
 }
 
 // A window that whoever asks for it may raise, once there is a fleet to show.
-template <void (AppDelegate::*open)()>
-InstanceBus::OnActivate Application::opener() {
-    return [this](const std::string& token) {
-        launchGate_.request([this, token] {
+InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
+    return [this, open](const std::string& token) {
+        launchGate_.request([this, open, token] {
             windows_.useActivationToken(token);
             ((*delegate_).*open)();
         });
@@ -274,10 +272,10 @@ InstanceBus::OnActivate Application::opener() {
 
 // The names of the actions are those of the desktop entry.
 InstanceBus::Requests Application::busRequests() {
-    InstanceBus::Requests requests{opener<&AppDelegate::openStatus>(), {}};
-    requests.actions["runner-status"] = opener<&AppDelegate::openStatus>();
-    requests.actions["settings"] = opener<&AppDelegate::openSettings>();
-    requests.actions["log"] = opener<&AppDelegate::openLog>();
+    InstanceBus::Requests requests{opener(&AppDelegate::openStatus), {}};
+    requests.actions["runner-status"] = opener(&AppDelegate::openStatus);
+    requests.actions["settings"] = opener(&AppDelegate::openSettings);
+    requests.actions["log"] = opener(&AppDelegate::openLog);
     requests.actions["quit"] = [this](const std::string&) { delegate_->quit(); };
     return requests;
 }
@@ -327,16 +325,6 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }
 
-// What the launcher of this start has handed over, or nothing. Older ones put Wayland's token where
-// X11's stands.
-std::string activationToken() {
-    for (const char* const name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-        if (const char* const token = std::getenv(name); token != nullptr && *token != '\0')
-            return token;
-    }
-    return {};
-}
-
 using Lock = Result<InstanceLock, LockRefusal>;
 
 bool isHeldByAnother(const Lock& lock) {
@@ -347,12 +335,18 @@ bool isHeldByAnother(const Lock& lock) {
 // first one may be ending just now: then the lock changes hands.
 bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv) {
     const QCoreApplication application(argumentsForQt, argv);
-    return InstanceBus::activateRunningInstance(QDBusConnection::sessionBus(), place.key,
-                                                activationToken(), activationPatience,
-                                                [&place, &lock] {
-                                                    lock = InstanceLock::acquire(place.lockPath());
-                                                    return !isHeldByAnother(lock);
-                                                });
+    const auto tryToSucceed = [&place, &lock] {
+        lock = InstanceLock::acquire(place.lockPath());
+        return !isHeldByAnother(lock);
+    };
+    // On a connection of its own: Qt's default one, begun beside an application object that goes,
+    // would be deaf for whatever comes after it.
+    const QString connection = QStringLiteral("valdorn-second-start");
+    const bool isReached = InstanceBus::activateRunningInstance(
+        SessionBus::connectToSession(connection), place.key, StarterMarks::activationToken(),
+        activationPatience, tryToSucceed);
+    QDBusConnection::disconnectFromBus(connection);
+    return isReached;
 }
 
 int run(int argc, char** argv) {
