@@ -41,26 +41,38 @@ void onSignal(int) {
     errno = savedError;
 }
 
-// Qt's last words when the Wayland compositor has gone. It leaves by _exit() then, so there is
-// nothing else to know it from.
+// Qt's last words (those of 6.4) when the Wayland compositor has gone. It leaves by _exit() then, so
+// there is nothing else to know it from.
 bool isFarewell(const QString& text) {
     return text.startsWith(QLatin1String("The Wayland connection broke.")) ||
            text.startsWith(QLatin1String("The Wayland connection experienced a fatal error"));
+}
+
+// From now on nobody is told. Returns whether somebody has been before, and waits.
+bool withdraw() {
+    const std::lock_guard lock(presence);
+    present = nullptr;
+    return isLeaving;
 }
 
 }  // namespace
 
 QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onExit)
     : onQuit_(std::move(onQuit)), onExit_(std::move(onExit)) {
-    assert(!present);
-    present = this;
+    {
+        const std::lock_guard lock(presence);
+        assert(!present);
+        present = this;
+    }
     [[maybe_unused]] static const int registered = std::atexit([] {
         if (present)
             present->leave();
     });
     openPipe();
     installHandlers();
-    handlerBefore = qInstallMessageHandler(onMessage);
+    // Known before ours is called, which may be at once: Qt's threads speak, too.
+    handlerBefore = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(onMessage);
     // The session manager asks first whether all is saved (nothing to do, nothing to object to)
     // and ends the program afterwards, when no other program has cancelled the logout. With the
     // autostart entry there is no need to be restored as well; it hears that at its first question
@@ -78,10 +90,8 @@ QuitSignals::~QuitSignals() {
     for (const int number : signals_)
         std::signal(number, SIG_IGN);
     qInstallMessageHandler(handlerBefore);
-    if (const std::lock_guard lock(presence); isLeaving)
+    if (withdraw())
         leave();
-    else
-        present = nullptr;
     wakeUpPipe = -1;
     notifier_.reset();
     close(pipe_[0]);
