@@ -14,7 +14,8 @@ namespace valdorn {
 enum class Scheme { light, dark, blackOnWhite, whiteOnBlack };
 
 // Dresses the application in the same clothes on every machine, for as long as it lives: the Fusion
-// style, a light or dark palette, or one of high contrast, DejaVu Sans. Widgets that exist change with it, and back.
+// style, a light or dark palette, or one of high contrast, DejaVu Sans. Widgets that exist change
+// with it, and back.
 class Looks {
 public:
     explicit Looks(Scheme scheme, double bodyPoints = 10);

@@ -154,7 +154,8 @@ class SessionManager:
 
     def _watch(self, descriptor, function, argument):
         self._watches[descriptor] = GLib.io_add_watch(
-            descriptor, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: function(descriptor, argument))
+            descriptor, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP,
+            lambda *_: function(descriptor, argument))
 
     def _accept(self, _, listener):
         status = c_int()
