@@ -84,19 +84,6 @@ class JourneyTest(WindowCase):
         self.item = self.panel.item()
         self.menu = self.item.menu()
 
-    def choose(self, label, look=lambda menu: None):
-        """From the menu that the panel shows; `look` is called with its window before the choice."""
-        x, y = self.panel.place()
-        before = set(self.desktop.all_visible())
-        self.desktop.xdotool("mousemove", str(x), str(y), "click", "3")
-        opened = wait_until(lambda: set(self.desktop.all_visible()) - before, "the panel's menu")
-        choices = [entry["label"] for entry in self.menu.entries()
-                   if entry["enabled"] and entry["visible"] and entry["type"] == "standard"]
-        self.press(*["Down"] * (choices.index(label) + 1))
-        look(*opened)
-        self.press("Return")
-        wait_until(lambda: not opened & set(self.desktop.all_visible()), "a closed menu")
-
     def put(self, window, place, size=None):
         """The window at its place, in a size of the user's if one is given, once it is there."""
         self.desktop.move(window, *place)
@@ -181,7 +168,7 @@ class JourneyTest(WindowCase):
                           ("Gitea URL", "Name", "Labels")], [self.server.url, name, "linux:host"])
 
     def run_a_job(self):
-        self.choose("Show Log…", lambda _: self.album.frame("menu", "The menu of the bird"))
+        self.panel.choose("Show Log…", lambda _: self.album.frame("menu", "The menu of the bird"))
         log = self.wait_for_window(LOG)
         self.put(self.window_id, LOG_PLACE)
         job = self.give_job("mini", seconds=2)
@@ -221,7 +208,8 @@ class JourneyTest(WindowCase):
         job = self.give_job("mini", seconds=5)
         self.wait_for_status("Building a job · 2 runners")
         wait_until(lambda: "acme/site" in " ".join(self.menu.labels()), "the job's line")
-        self.choose("Runner Status…", lambda menu: self.still_of_menu("status-menu.png", menu))
+        self.panel.choose("Runner Status…",
+                          lambda menu: self.still_of_menu("status-menu.png", menu))
         status = self.wait_for_window(STATUS)
         self.put(self.window_id, STATUS_PLACE, STATUS_SIZE)
         wait_until(lambda: sorted(set(status.names("label")) & {"Connected — idle", "Building a job"})
@@ -247,7 +235,7 @@ class JourneyTest(WindowCase):
 
     def quit(self):
         (daemon,) = self.program.children()
-        self.choose("Quit Valdorn")
+        self.panel.choose("Quit Valdorn")
         self.assertEqual(self.program.wait_for_end(), 0)
         wait_until(lambda: not is_alive(daemon), "the end of the daemon")
         wait_until(lambda: not self.home.processes(), "the end of all that worked in the home")
@@ -258,7 +246,7 @@ class JourneyTest(WindowCase):
         self.wait_for_bird("green")
         self.wait_for_status("Connected — idle")
         stays_true(lambda: not self.desktop.windows_of(self.program), "no window", 0.5)
-        self.choose("Runner Status…")
+        self.panel.choose("Runner Status…")
         status = self.wait_for_window(STATUS)
         self.put(self.window_id, STATUS_PLACE)
         wait_until(lambda: "Connected — idle" in status.names("label"), "its row")

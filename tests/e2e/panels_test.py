@@ -17,31 +17,16 @@ class PanelTest(ProgramCase):
     make_panel = Panel
 
     def choose(self, label):
-        """From the menu that the panel opens for a real click."""
-        before = set(self.desktop.all_visible())
-        place = self.panel.menu_place()
-        self.desktop.xdotool("mousemove", *map(str, place), "click", "3")
-        opened = wait_until(lambda: set(self.desktop.all_visible()) - before, "the panel's menu", 5)
-        choices = [entry["label"] for entry in self.panel.item().menu().entries()
-                   if entry["enabled"] and entry["visible"] and entry["type"] == "standard"]
-        self.desktop.xdotool("key", *["Down"] * (choices.index(label) + 1))
-        looks.take_picture(self.desktop, "root", "panel-menu-" + self.panel_name())
-        self.desktop.xdotool("key", "Return")
-        wait_until(lambda: not opened & set(self.desktop.all_visible()), "a closed menu", 5)
-
-    def panel_name(self):
-        return type(self.panel).__name__
+        """Leaves a picture of the menu among the artefacts."""
+        self.panel.choose(label, lambda _: looks.take_picture(
+            self.desktop, "root", "panel-menu-" + type(self.panel).__name__))
 
     def assert_shown(self, seconds):
         """Registered, and painted in its colour."""
         item = self.panel.item()
         wait_until(lambda: IDLE in item.menu().labels(), "the status", seconds)
-        wait_until(lambda: self.colour() == "green", "the bird in the panel", seconds)
+        wait_until(lambda: self.panel.colour() == "green", "the bird in the panel", seconds)
         return item
-
-    def colour(self):
-        picture = looks.take_picture(self.desktop, "root", self.panel_name())
-        return looks.colour_in(picture, (0, 0, 1280, 31))
 
     def test_shows_the_item_and_its_menu_and_again_after_a_restart(self):
         self.panel = self.make_panel(self.desktop)

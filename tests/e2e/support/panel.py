@@ -13,8 +13,6 @@ SOURCE = os.environ["VALDORN_SOURCE"]
 SETTINGS_SERVICE = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
 SETTINGS_NAME = "org.xfce.Xfconf"
 HEIGHT = 31
-# The only thing in the tray stands at its end.
-ITEM_WIDTH = 34
 
 
 class Panel:
@@ -24,13 +22,16 @@ class Panel:
         self._desktop = desktop
         self._folder = tempfile.mkdtemp(prefix="valdorn-panel.")
         self._connection = desktop.bus.connect()
+        self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
+        self._prepare()
+        self.start()
+
+    def _prepare(self):
         # The same panel as `./dev run` shows.
         subprocess.run(["bash", "-c", '. tools/dev/run.sh; write_panel_settings "$1"', "bash",
                         self._folder], cwd=SOURCE, check=True, timeout=30)
         self._start(SETTINGS_SERVICE)
         wait_until(lambda: self._connection.name_has_owner(SETTINGS_NAME), "the panel's settings")
-        self.start()
-        self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
 
     def start(self):
         self._panel = self._start("xfce4-panel", "--disable-wm-check")
@@ -51,18 +52,30 @@ class Panel:
         wait_until(lambda: not items_of_panel(self._connection), "an empty tray")
 
     def place(self):
-        """Where the item is on the screen."""
-        return self._width - ITEM_WIDTH // 2, HEIGHT // 2
+        """Where the item is on the screen: nothing else in the panel has a colour."""
+        return looks.most_colourful_place(*self._picture())
 
     def colour(self):
         """Of the item, as the panel paints it."""
-        picture = looks.take_picture(self._desktop, "root", "panel")
-        return looks.colour_in(picture, (self._width - ITEM_WIDTH, 0, ITEM_WIDTH, HEIGHT))
+        return looks.colour_in(*self._picture())
 
-    def menu_place(self):
-        """Where the item is on the screen: found by its colour."""
+    def _picture(self):
+        """One that shows the panel, and where."""
         picture = looks.take_picture(self._desktop, "root", "panel")
-        return looks.most_colourful_place(picture, (0, 0, self._width, HEIGHT))
+        return picture, (0, 0, self._width, HEIGHT)
+
+    def choose(self, label, look=lambda menu: None):
+        """From the menu that a real click opens; `look` is called with its window before the
+        choice."""
+        before = set(self._desktop.all_visible())
+        self._desktop.xdotool("mousemove", *map(str, self.place()), "click", "3")
+        opened = wait_until(lambda: set(self._desktop.all_visible()) - before, "the panel's menu")
+        choices = [entry["label"] for entry in self.item().menu().entries()
+                   if entry["enabled"] and entry["visible"] and entry["type"] == "standard"]
+        self._desktop.xdotool("key", *["Down"] * (choices.index(label) + 1))
+        look(*opened)
+        self._desktop.xdotool("key", "Return")
+        wait_until(lambda: not opened & set(self._desktop.all_visible()), "a closed menu")
 
     def close(self):
         shutil.rmtree(self._folder, ignore_errors=True)
@@ -87,15 +100,10 @@ type=statusnotifier
 class LxqtPanel(Panel):
     """LXQt's, in the same place."""
 
-    def __init__(self, desktop):
-        self._desktop = desktop
-        self._folder = tempfile.mkdtemp(prefix="valdorn-panel.")
-        self._connection = desktop.bus.connect()
+    def _prepare(self):
         self._settings = os.path.join(self._folder, "panel.conf")
         with open(self._settings, "w") as file:
             file.write(_LXQT_SETTINGS)
-        self.start()
-        self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
 
     def start(self):
         self._panel = self._start("lxqt-panel", f"--configfile={self._settings}")
