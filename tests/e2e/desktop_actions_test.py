@@ -14,6 +14,7 @@ from unittest import mock
 import dbus
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.program import VALDORN, environment, is_alive, kill
 from support.waiting import spend, stays_true, wait_until
 from support.wayland import WaylandDesktop
@@ -56,7 +57,7 @@ class ActingCase(ProgramCase):
 
 
 class ActionCase(ActingCase):
-    window_manager = True
+    window_manager = usual_window_manager
 
     @classmethod
     def setUpClass(cls):
@@ -187,10 +188,7 @@ class NotRunningTest(ActionCase):
 class TokenTest(ActingCase):
     """On Wayland it takes a token to come in front of another program."""
 
-    @classmethod
-    def setUpClass(cls):
-        cls.desktop = WaylandDesktop()
-        cls.addClassCleanup(cls.desktop.close)
+    make_desktop = WaylandDesktop
 
     def test_the_token_of_the_click_brings_the_window_to_the_front(self):
         log = "Valdorn — Log"

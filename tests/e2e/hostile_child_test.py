@@ -6,6 +6,7 @@ import time
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.icon import colour
 from support.program import is_alive
 from support.waiting import spend, stays_true, wait_until
@@ -195,7 +196,7 @@ class OutputTest(HostileChildCase):
 
 
 class IntroductionTest(HostileChildCase):
-    window_manager = True
+    window_manager = usual_window_manager
 
     def introduction(self):
         return [window for window, title in self.desktop.windows().items() if title == "Valdorn"]

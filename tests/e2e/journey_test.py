@@ -62,7 +62,7 @@ def setUpModule():
 
 class JourneyTest(WindowCase):
     screen = "1136x660x24"
-    window_manager = staticmethod(frames.window_manager)
+    window_manager = frames.window_manager
 
     def setUp(self):
         super().setUp()

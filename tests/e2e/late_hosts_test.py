@@ -5,7 +5,7 @@ import unittest
 
 from support.accessibility import VARIABLES, Accessibility
 from support.case import ProgramCase
-from support.desktop import Desktop
+from support.desktop import Desktop, usual_window_manager
 from support.program import run_once
 from support.tray import TrayHost
 from support.waiting import spend, wait_until
@@ -24,7 +24,7 @@ class Place:
     def __init__(self, case, name, desktop=None, begin_on=None, **variables):
         self.name = name
         self._case = case
-        self.desktop = desktop or Desktop(window_manager=True)
+        self.desktop = desktop or Desktop(window_manager=usual_window_manager)
         case.addCleanup(self.desktop.close)
         self.home = case.new_home()
         self.puppets, = case.puppet_runners({}, home=self.home)

@@ -6,6 +6,7 @@ import time
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.program import is_alive
 from support.session_manager import RESTART_NEVER, SessionManager
 from support.settings_case import TOKEN, SettingsCase
@@ -20,7 +21,7 @@ PROMPTLY = 3.0
 class FleetCase(ProgramCase):
     """Three connected runners."""
 
-    window_manager = True
+    window_manager = usual_window_manager
 
     def begin(self, **options):
         self.puppets = self.puppet_runners({}, {}, {})

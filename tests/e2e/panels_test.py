@@ -4,6 +4,7 @@ import unittest
 
 from support import looks
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.panel import LxqtPanel, Panel
 from support.waiting import wait_until
 
@@ -13,7 +14,7 @@ STATUS_WINDOW = "Valdorn — Runner Status"
 
 
 class PanelTest(ProgramCase):
-    window_manager = True
+    window_manager = usual_window_manager
     make_panel = Panel
 
     def choose(self, label):

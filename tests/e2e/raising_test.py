@@ -3,6 +3,7 @@
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.program import run_once
 from support.waiting import wait_until
 
@@ -11,7 +12,7 @@ OTHER = "Valdorn"
 
 
 class RaisingTest(ProgramCase):
-    window_manager = True
+    window_manager = usual_window_manager
 
     def setUp(self):
         super().setUp()

@@ -3,7 +3,7 @@
 import unittest
 
 from support.case import ProgramCase
-from support.desktop import Desktop
+from support.desktop import Desktop, usual_window_manager
 from support.program import run_once
 from support.tray import TrayHost
 from support.waiting import spend, wait_until
@@ -18,7 +18,7 @@ class BusCase(ProgramCase):
 
     def setUp(self):
         super().setUp()
-        self.desk = Desktop(window_manager=True)
+        self.desk = Desktop(window_manager=usual_window_manager)
         self.addCleanup(self.desk.close)
         self.puppets, = self.puppet_runners({})
 

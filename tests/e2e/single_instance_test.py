@@ -8,6 +8,7 @@ import tempfile
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.program import VALDORN, environment, kill, run_once
 from support.puppet import DECLARED
 from support.waiting import spend, stays_true, wait_until
@@ -17,7 +18,7 @@ NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 
 
 class SecondStartTest(ProgramCase):
-    window_manager = True
+    window_manager = usual_window_manager
 
     def test_brings_up_the_status_window_of_the_first(self):
         puppets, = self.puppet_runners({})

@@ -19,11 +19,6 @@ WINDOWS = {"Set Up…": "Valdorn", "Settings…": "Valdorn", "Show Log…": "Val
 class WaylandCase(ProgramCase):
     make_desktop = WaylandDesktop
 
-    @classmethod
-    def setUpClass(cls):
-        cls.desktop = cls.make_desktop()
-        cls.addClassCleanup(cls.desktop.close)
-
     def begin(self, **options):
         self.puppets, = self.puppet_runners({})
         self.program, self.item = self.start_with_item(**options)
@@ -118,11 +113,6 @@ class BareCompositorTest(WaylandCase):
 
 
 class EndOfSessionTest(WaylandCase):
-    def setUp(self):
-        super().setUp()
-        self.desktop = self.make_desktop()
-        self.addCleanup(self.desktop.close)
-
     def test_when_the_compositor_goes(self):
         self.begin()
         self.open("Settings…")

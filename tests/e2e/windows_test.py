@@ -4,6 +4,7 @@ import re
 import unittest
 
 from support.case import ProgramCase
+from support.desktop import usual_window_manager
 from support.puppet import BLOCKED, DECLARED
 from support.waiting import spend, wait_until
 
@@ -19,7 +20,7 @@ FRAME_PIXELS = 16
 
 
 class WindowsCase(ProgramCase):
-    window_manager = True
+    window_manager = usual_window_manager
 
     def begin(self, **options):
         self.puppets, = self.puppet_runners({}, **options)

@@ -13,13 +13,17 @@ class ProgramCase(unittest.TestCase):
     """One desktop for the class, one home for each test. Valdorn is to keep its standard error
     empty: whoever expects it to speak takes the text with `expect_stderr`."""
 
-    window_manager = False
+    window_manager = None
     screen = "1280x800x24"
 
     @classmethod
     def setUpClass(cls):
-        cls.desktop = Desktop(window_manager=cls.window_manager, size=cls.screen)
+        cls.desktop = cls.make_desktop()
         cls.addClassCleanup(cls.desktop.close)
+
+    @classmethod
+    def make_desktop(cls):
+        return Desktop(window_manager=cls.window_manager, size=cls.screen)
 
     def setUp(self):
         self.home = self.new_home()

@@ -74,11 +74,16 @@ class SessionBus:
         shutil.rmtree(self._folder, ignore_errors=True)
 
 
-class Desktop:
-    """Display, bus and, if asked for, a window manager: the usual one, or one made by a function
-    that is given a folder for its files. `environment` is what programs get."""
+def usual_window_manager(_folder):
+    """The command that starts one, as it comes."""
+    return ("openbox",)
 
-    def __init__(self, display=True, window_manager=False, size="1280x800x24"):
+
+class Desktop:
+    """Display, bus and, if asked for, a window manager: a function is given a folder for its files
+    and returns the command. `environment` is what programs get."""
+
+    def __init__(self, display=True, window_manager=None, size="1280x800x24"):
         self._processes = []
         self.bus = SessionBus()
         self.runtime = tempfile.mkdtemp(prefix="valdorn-runtime.")
@@ -96,8 +101,7 @@ class Desktop:
             if display:
                 self._start_display(size)
             if window_manager:
-                self._start_window_manager(("openbox",) if window_manager is True
-                                           else window_manager(self.runtime))
+                self._start_window_manager(window_manager(self.runtime))
         except BaseException:
             self.close()
             raise

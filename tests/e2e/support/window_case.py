@@ -4,6 +4,7 @@ from typing import NamedTuple, Optional
 
 from .accessibility import VARIABLES, Accessibility
 from .case import ProgramCase
+from .desktop import usual_window_manager
 from .waiting import wait_until
 
 
@@ -24,7 +25,7 @@ ONBOARDING = Kind("Set Up…", "Valdorn", ("heading", "Welcome to Valdorn"))
 class WindowCase(ProgramCase):
     """Windows under a window manager, seen as a screen reader does, worked with mouse and keys."""
 
-    window_manager = True
+    window_manager = usual_window_manager
     # Of the program that runs: Qt tells screen readers its own points.
     scale = 1
 
