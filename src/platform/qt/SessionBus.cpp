@@ -53,20 +53,21 @@ void SessionBus::onLooked(QDBusConnection bus) {
     // Asked afterwards: what it said before has gone unheard.
     if (!bus.isConnected())
         return lookLater();
-    isUp_ = wasUp_ = true;
+    state_ = State::up;
     callbacks_.onUp(bus);
 }
 
 void SessionBus::onDisconnected() {
-    if (!std::exchange(isUp_, false))
+    if (state_ != State::up)
         return;
+    state_ = State::down;
     callbacks_.onDown();
     lookLater();
 }
 
 void SessionBus::lookLater() {
     QDBusConnection::disconnectFromBus(connectionName());
-    if (wasUp_ || qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+    if (state_ != State::neverUp || qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
         nextLook_ = mainQueue_.after(period, [this] { look(); });
 }
 

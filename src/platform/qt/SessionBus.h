@@ -33,6 +33,7 @@ public:
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
                Callbacks callbacks);
+    // May wait for a look that is under way.
     ~SessionBus() override;
 
     // Connects here and now, as Qt does at its own start; later attempts are made in the
@@ -47,6 +48,8 @@ private Q_SLOTS:
     void onDisconnected();
 
 private:
+    enum class State { neverUp, up, down };
+
     void look();
     void onLooked(QDBusConnection bus);
     void lookLater();
@@ -55,8 +58,7 @@ private:
     BackgroundQueue& backgroundQueue_;
     const Connect connect_;
     const Callbacks callbacks_;
-    bool isUp_ = false;
-    bool wasUp_ = false;
+    State state_ = State::neverUp;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };
