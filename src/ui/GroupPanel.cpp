@@ -1,6 +1,5 @@
 #include "ui/GroupPanel.h"
 
-#include <QApplication>
 #include <QEvent>
 #include <QPainter>
 
@@ -42,7 +41,7 @@ void GroupPanel::changeEvent(QEvent* event) {
 }
 
 void GroupPanel::reshade() {
-    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    const QPalette around = SystemPalette::around(*this);
     QPalette own;  // only what is set here counts, the rest stays inherited
     own.setColor(QPalette::Window, panelColor(around));
     // Setting a palette announces its change, which leads back here.

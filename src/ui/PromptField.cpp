@@ -1,6 +1,5 @@
 #include "ui/PromptField.h"
 
-#include <QApplication>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QStyle>
@@ -35,7 +34,7 @@ void PromptField::changeEvent(QEvent* event) {
 }
 
 void PromptField::recolor() {
-    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    const QPalette around = SystemPalette::around(*this);
     QPalette own;  // only what is set here counts, the rest stays inherited
     own.setColor(QPalette::PlaceholderText,
                  SystemPalette::textOnBase(SystemColor::secondary, around));

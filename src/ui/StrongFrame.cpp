@@ -1,6 +1,5 @@
 #include "ui/StrongFrame.h"
 
-#include <QApplication>
 #include <QEvent>
 #include <QPalette>
 #include <QWidget>
@@ -39,8 +38,7 @@ bool StrongFrame::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void StrongFrame::apply() {
-    const QWidget* const parent = control_.parentWidget();
-    const QPalette around = parent ? parent->palette() : QApplication::palette();
+    const QPalette around = SystemPalette::around(control_);
     const auto wanted = source(around, where_);
     QPalette own;  // only what is set here counts, the rest stays inherited
     if (wanted)

@@ -1,6 +1,5 @@
 #include "ui/StyledLabel.h"
 
-#include <QApplication>
 #include <QEvent>
 #include <QPainter>
 #include <QStyle>
@@ -40,7 +39,7 @@ void StyledLabel::paintEvent(QPaintEvent* event) {
 }
 
 void StyledLabel::recolor() {
-    const QPalette around = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    const QPalette around = SystemPalette::around(*this);
     QPalette own;  // only what is set here counts, the rest stays inherited
     if (color_) {
         // What is disabled looks so in every colour.

@@ -1,6 +1,8 @@
 #include "ui/SystemPalette.h"
 
+#include <QApplication>
 #include <QPalette>
+#include <QWidget>
 #include <algorithm>
 #include <cmath>
 
@@ -71,6 +73,11 @@ double luminance(const QColor& color) {
 }
 
 }  // namespace
+
+QPalette around(const QWidget& widget) {
+    const QWidget* const parent = widget.parentWidget();
+    return parent ? parent->palette() : QApplication::palette();
+}
 
 QColor mixed(const QColor& from, const QColor& to, double share) {
     const auto channel = [share](int a, int b) {

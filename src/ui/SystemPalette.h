@@ -5,11 +5,16 @@
 #include "platform/SystemColor.h"
 
 class QPalette;
+class QWidget;
 
 namespace valdorn {
 
-// The named colours on the desktop's own palette, light or dark. Pure functions; any thread.
+// The named colours on the desktop's own palette, light or dark. Pure functions, but for the first;
+// any thread.
 namespace SystemPalette {
+
+// What the widget stands on: the palette that it would have if none were set on it. Main thread only.
+QPalette around(const QWidget& widget);
 
 // True when the palette writes light text on dark windows.
 bool isDark(const QPalette& palette);
