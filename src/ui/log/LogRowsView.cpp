@@ -171,14 +171,14 @@ bool LogRowsView::event(QEvent* event) {
     }
     const bool handled = QAbstractScrollArea::event(event);
     if (event->type() == QEvent::Paint)
-        drawFrame();
+        completeFrame();
     return handled;
 }
 
 // Where a point is no whole number of pixels, the style's lines lie half outside, and the half that
 // is left goes under what the frame is around.
-void LogRowsView::drawFrame() {
-    constexpr double share = 0.25;
+void LogRowsView::completeFrame() {
+    constexpr double share = 0.25;  // about as dark as the style's own
     if (devicePixelRatioF() == std::floor(devicePixelRatioF()))
         return;
     const QRect outer = rect();
@@ -212,7 +212,7 @@ void LogRowsView::paintEvent(QPaintEvent* event) {
 }
 
 void LogRowsView::drawFocusFrame(QPainter& painter) const {
-    // Inside by half its width: on a screen with a broken scale a line that a pen draws along the edge
+    // Inside by half its width: on a screen with a fractional scale a line that a pen draws along the edge
     // would lie beyond it in part.
     constexpr double half = 0.5;
     painter.setRenderHint(QPainter::Antialiasing);

@@ -73,7 +73,7 @@ private:
     std::int64_t scrolled() const;
     void layOutAnew(const std::function<void()>& change);
     void updateScrollBar();
-    void drawFrame();
+    void completeFrame();
     void drawFocusFrame(QPainter& painter) const;
     void drawCaret(QPainter& painter) const;
     void move(LogMotion motion, bool extend);
