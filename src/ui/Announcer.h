@@ -30,7 +30,8 @@ public:
 
     // To be called when something has changed that the eye sees. It is said once, together with what
     // else comes at the same time; later news of the same subject take the place of earlier ones.
-    // Nothing is said of a window that cannot be seen, then or later.
+    // Nothing is said of a window that cannot be seen, then or later. The subject is only compared
+    // with others: it may go at any time, and what was said of it stays.
     void say(const QWidget& subject, const QString& news);
 
 protected:

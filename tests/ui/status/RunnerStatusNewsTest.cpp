@@ -76,13 +76,13 @@ TEST_F(RunnerStatusNewsTest, BuildOfARunnerThatIsBuildingIsNoOtherStatus) {
     EXPECT_EQ(announced(), Said{});
 }
 
-TEST_F(RunnerStatusNewsTest, RunnerThatGoesTakesItsNewsAlong) {
+TEST_F(RunnerStatusNewsTest, RunnerThatGoesLeavesItsNews) {
     show({"mini", "spare"});
     stage.start(0);
     stage.store->remove(stage.store->runners().front());
     stage.settle();
     EXPECT_EQ(rows().size(), 1U);
-    announced();  // whatever is said, nothing that is gone is looked at
+    EXPECT_EQ(announced(), Said{"mini: Starting…"});
 }
 
 TEST_F(RunnerStatusNewsTest, ClosedWindowIsSilentAndHasNoOldNewsAfterwards) {
