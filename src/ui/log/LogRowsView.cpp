@@ -212,8 +212,8 @@ void LogRowsView::paintEvent(QPaintEvent* event) {
 }
 
 void LogRowsView::drawFocusFrame(QPainter& painter) const {
-    // Inside by half its width: on a screen with a fractional scale a line that a pen draws along the edge
-    // would lie beyond it in part.
+    // Inside by half its width: on a screen with a fractional scale a line that a pen draws along
+    // the edge would lie beyond it in part.
     constexpr double half = 0.5;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(palette().color(QPalette::Highlight), 2 * half));
