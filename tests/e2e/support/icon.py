@@ -19,7 +19,7 @@ def name_of(red, green, blue):
     """Of a colour by its channels."""
     strongest, weakest = max(red, green, blue), min(red, green, blue)
     spread = strongest - weakest
-    if spread / strongest < _GRAY_BELOW:
+    if spread <= _GRAY_BELOW * strongest:  # black, too, before a panel has painted itself
         return "gray"
     if strongest == red:
         hue = 60 * (green - blue) / spread
