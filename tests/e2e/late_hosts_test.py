@@ -18,13 +18,17 @@ STATUS_WINDOW = "Valdorn — Runner Status"
 STATUS_HEIGHT = 260
 
 
+def managed_desktop():
+    return Desktop(window_manager=usual_window_manager)
+
+
 class Place:
     """A program on a desktop of its own."""
 
-    def __init__(self, case, name, desktop=None, begin_on=None, **variables):
+    def __init__(self, case, name, make_desktop=managed_desktop, begin_on=None, **variables):
         self.name = name
         self._case = case
-        self.desktop = desktop or Desktop(window_manager=usual_window_manager)
+        self.desktop = make_desktop()
         case.addCleanup(self.desktop.close)
         self.home = case.new_home()
         self.puppets, = case.puppet_runners({}, home=self.home)
@@ -88,12 +92,13 @@ class WaylandPlace(Place):
     """Without X11; windows are read as a screen reader does."""
 
     def __init__(self, case, name):
-        desktop = WaylandDesktop()
+        super().__init__(case, name, WaylandDesktop, begin_on=self._join, **VARIABLES)
+
+    def _join(self, desktop):
         self._mouse = Mouse(desktop)
-        case.addCleanup(self._mouse.close)
+        self._case.addCleanup(self._mouse.close)
         self._reader = Accessibility(desktop)
-        super().__init__(case, name, desktop, **VARIABLES)
-        case.addCleanup(self._reader.close)
+        self._case.addCleanup(self._reader.close)
 
     def status_height(self):
         if STATUS_WINDOW not in self.desktop.titles():
@@ -195,7 +200,7 @@ class LateHostsTest(ProgramCase):
                 lambda: self.assertEqual(place.program.wait_for_end(), 0))
 
     def begin_beside_an_old_tray(self):
-        place = Place(self, "old tray", Desktop(), begin_on=lambda desktop: desktop.start(
+        place = Place(self, "old tray", Desktop, begin_on=lambda desktop: desktop.start(
             "trayer", "--edge", "top", "--SetDockType", "false", "--widthtype", "pixel",
             "--width", "100", "--height", "24"))
         self.at(place, WAITING_TIME - 3, lambda: self.assertFalse(place.is_docked()))
@@ -215,7 +220,7 @@ class LateHostsTest(ProgramCase):
 
     def begin_in_time(self):
         for seconds in (29, 15, 5, 1):
-            place = Place(self, f"{seconds} s", Desktop())
+            place = Place(self, f"{seconds} s", Desktop)
             self.finds_host(place, seconds)
             if seconds == 15:
                 self.at(place, 3, place.second_start, lambda asked=place: wait_until(
