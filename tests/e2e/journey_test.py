@@ -16,7 +16,8 @@ from support.real_runner import REAL_RUNNER, build_or_skip
 from support.release_service import ReleaseService
 from support.settings_page import REGISTERED, SettingsPage
 from support.waiting import stays_true, wait_until
-from support.window_case import LOG, ONBOARDING, SETTINGS, STATUS, WindowCase
+from support.window_case import WindowCase
+from support.windows import LOG, ONBOARDING, SETTINGS, STATUS
 
 ALL_SET = "Local network access is working — you're all set."
 BAD_TOKEN = ("Error: Failed to register runner: unauthenticated: runner registration token not "

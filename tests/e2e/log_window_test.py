@@ -6,7 +6,8 @@ import unittest
 from support import looks
 from support.puppet import BLOCKED, DECLARED, JOB_STARTED, entry
 from support.waiting import spend, stays_true, wait_until
-from support.window_case import LOG, WindowCase
+from support.window_case import WindowCase
+from support.windows import LOG
 
 # The log is looked at once a second.
 POLL = 1.0

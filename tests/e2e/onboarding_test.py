@@ -11,7 +11,8 @@ from support.puppet import BLOCKED, DECLARED, JOB_FINISHED, JOB_STARTED, Puppets
 from support.registering import RegisteringTool
 from support.settings_page import REGISTERED, SettingsPage
 from support.waiting import spend, wait_until
-from support.window_case import ONBOARDING, SETTINGS, WindowCase
+from support.window_case import WindowCase
+from support.windows import ONBOARDING, SETTINGS
 
 SIZE = (460, 300)
 TITLE = "Welcome to Valdorn"

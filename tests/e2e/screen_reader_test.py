@@ -7,7 +7,8 @@ from support.release_service import ReleaseService
 from support.settings_case import BUILDER, SPARE, TOKEN, SettingsCase
 from support.settings_page import FIELDS, SettingsPage
 from support.waiting import spend, wait_until
-from support.window_case import LOG, ONBOARDING, SETTINGS, STATUS, WindowCase
+from support.window_case import WindowCase
+from support.windows import LOG, ONBOARDING, SETTINGS, STATUS
 
 # What only holds other things together; nobody is told of it.
 STUFFING = "filler"

@@ -10,7 +10,8 @@ from support.program import is_alive, run_once
 from support.settings_case import BUILDER, PROMPTLY, SIZE, SPARE, THIRD, TOKEN, SettingsCase
 from support.settings_page import FIELDS, SettingsPage
 from support.waiting import spend, wait_until
-from support.window_case import SETTINGS, STATUS, WindowCase
+from support.window_case import WindowCase
+from support.windows import SETTINGS, STATUS
 
 
 class OpeningTest(SettingsCase):

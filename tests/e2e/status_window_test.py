@@ -9,7 +9,8 @@ from support.program import kill
 from support.puppet import BLOCKED, DECLARED, JOB_FINISHED, JOB_STARTED, task
 from support.release_service import PATH, ReleaseService
 from support.waiting import spend, stays_true, wait_until
-from support.window_case import STATUS, WindowCase
+from support.window_case import WindowCase
+from support.windows import STATUS
 
 FOOTNOTE = "Add or remove runners in Settings → Runners."
 UPTIME = re.compile(r"· up (\d+):(\d\d)")

@@ -7,13 +7,12 @@ from support.case import ProgramCase
 from support.desktop import usual_window_manager
 from support.puppet import BLOCKED, DECLARED
 from support.waiting import spend, wait_until
+from support.windows import LOG, ONBOARDING, SETTINGS, STATUS
 
 # Menu entry, title, width, height, resizable.
-SETTINGS = ("Settings…", "Valdorn", 620, 400, False)
-LOG = ("Show Log…", "Valdorn — Log", 720, 460, True)
-STATUS = ("Runner Status…", "Valdorn — Runner Status", 480, 260, True)
-ONBOARDING = ("Set Up…", "Valdorn", 460, 300, False)
-WINDOWS = (SETTINGS, LOG, STATUS, ONBOARDING)
+WINDOWS = [(kind.entry, kind.title, *more) for kind, *more in (
+    (SETTINGS, 620, 400, False), (LOG, 720, 460, True), (STATUS, 480, 260, True),
+    (ONBOARDING, 460, 300, False))]
 
 # The window is centred before its frame is known.
 FRAME_PIXELS = 16
@@ -148,7 +147,8 @@ class QuietTest(WindowsCase):
 
 class OnboardingTest(WindowsCase):
     def wait_for_window(self):
-        wait_until(lambda: list(self.desktop.windows().values()) == ["Valdorn"], "the introduction")
+        wait_until(lambda: list(self.desktop.windows().values()) == [ONBOARDING.title],
+                   "the introduction")
         window, = self.desktop.windows()
         self.assertEqual(self.desktop.geometry(window)[2:], (460, 300))
         wait_until(lambda: self.desktop.active_window() == window, "an active introduction")

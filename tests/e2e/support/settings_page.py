@@ -1,7 +1,7 @@
 """The settings window as somebody sees and works it."""
 
 from .waiting import wait_until
-from .window_case import SETTINGS
+from .windows import SETTINGS
 
 FIELDS = ("Gitea URL", "Name", "Labels", "Extra PATH")
 REGISTERED = "Registered ✓"
