@@ -16,6 +16,8 @@ STUFFING = "filler"
 # Things that say all there is to say by being there.
 NAMELESS = ("separator", "scroll bar")
 
+UNTOLD = (STUFFING, *NAMELESS)
+
 # Comes and goes with what is announced.
 NEWS = "notification"
 
@@ -45,7 +47,7 @@ class ScreenReaderCase(SettingsCase):
         def told():
             # What ticks has another name at each look.
             return [(role, name) for role, name in window.described()
-                    if role not in (STUFFING, NEWS, *NAMELESS) and not name.startswith("· up ")]
+                    if role not in (NEWS, *UNTOLD) and not name.startswith("· up ")]
         try:
             wait_until(lambda: told() == list(expected), "what is expected", 10)
         except AssertionError:
@@ -58,7 +60,7 @@ class ScreenReaderCase(SettingsCase):
 
     def assert_usable(self, thing):
         role, name, states = thing.role(), thing.name(), thing.states()
-        is_told = role not in (STUFFING, *NAMELESS)
+        is_told = role not in UNTOLD
         self.assertTrue(name or thing.labels() or not is_told, f"a nameless {role}")
         if "focusable" in states:
             self.assertTrue(is_told and name, f"the keyboard comes to a nameless {role}")
