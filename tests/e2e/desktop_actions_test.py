@@ -19,13 +19,13 @@ from support.program import VALDORN, environment, is_alive, kill
 from support.waiting import spend, stays_true, wait_until
 from support.wayland import WaylandDesktop
 from support.wayland_client import activation_token
+from support.windows import LOG, SETTINGS, STATUS
 
 ID = "org.valdorn.valdorn"
 FOLDER = os.path.join(os.environ["VALDORN_SOURCE"], "resources/desktop")
 
 # Action, title of the window that it opens.
-WINDOWS = (("runner-status", "Valdorn — Runner Status"), ("settings", "Valdorn"),
-           ("log", "Valdorn — Log"))
+WINDOWS = (("runner-status", STATUS.title), ("settings", SETTINGS.title), ("log", LOG.title))
 
 
 def entry():
@@ -53,7 +53,7 @@ class ActingCase(ProgramCase):
     def act(self, action, **more):
         done = subprocess.run(command_of(action), capture_output=True, text=True, timeout=30,
                               env=environment(self.desktop, self.home, **more))
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""), action)
+        self.assert_went_quietly(done)
 
 
 class ActionCase(ActingCase):
@@ -95,12 +95,6 @@ class ActionCase(ActingCase):
         kill(pid, signal.SIGTERM)
         wait_until(lambda: not is_alive(pid), "the end of Valdorn")
 
-    def close_window(self, title):
-        """Once it is there and active, closes it again."""
-        wait_until(lambda: self.desktop.windows().get(self.desktop.active_window()) == title, title)
-        self.desktop.xdotool("key", "ctrl+w")
-        wait_until(lambda: not self.desktop.windows(), "no window")
-
 
 class EntryTest(unittest.TestCase):
     def test_has_the_actions_that_the_program_answers(self):
@@ -115,7 +109,7 @@ class RunningTest(ActionCase):
         program, _ = self.start_with_item()
         for action, title in WINDOWS:
             self.act(action)
-            self.close_window(title)
+            self.desktop.close_last(title)
         self.assertEqual(self.owner(), program.process.pid)
         self.assertEqual(len(self.puppets.pids()), 1)
 
@@ -138,7 +132,7 @@ class RunningTest(ActionCase):
         first.wait_for_end()
         self.assertEqual(self.owner(), second.process.pid)
         self.act("log")
-        self.close_window("Valdorn — Log")
+        self.desktop.close_last(LOG.title)
         self.assertTrue(second.is_running())
 
 
@@ -148,7 +142,7 @@ class NotRunningTest(ActionCase):
         for count, (action, title) in enumerate(WINDOWS, start=1):
             self.act(action)
             pid = self.started_by_bus()
-            self.close_window(title)
+            self.desktop.close_last(title)
             wait_until(lambda: len(host.items) == count, "a status item")
             daemon = self.puppets.wait_for_one()
             # They were not started by the bus, and must not believe so.
@@ -191,22 +185,17 @@ class TokenTest(ActingCase):
     make_desktop = WaylandDesktop
 
     def test_the_token_of_the_click_brings_the_window_to_the_front(self):
-        log = "Valdorn — Log"
         self.puppet_runners({})
         self.start_with_item()
         self.act("log")
-        wait_until(lambda: self.desktop.focused() == log, "the log window")
-        other = self.new_home()
-        self.puppet_runners({}, home=other)
-        _, item = self.start_with_item(home=other)
-        item.menu().choose("Settings…")
-        wait_until(lambda: self.desktop.focused() == "Valdorn", "another program in front")
+        self.desktop.wait_for_active(LOG.title)
+        self.work_elsewhere()
         # Nobody has given it leave.
         self.act("log")
         spend(0.5)
-        self.assertEqual(self.desktop.focused(), "Valdorn")
+        self.assertEqual(self.desktop.focused(), SETTINGS.title)
         self.act("log", DESKTOP_STARTUP_ID=activation_token(self.desktop))
-        wait_until(lambda: self.desktop.focused() == log, "the log window in front", 5)
+        self.desktop.wait_for_active(LOG.title, 5)
 
 
 if __name__ == "__main__":

@@ -6,15 +6,12 @@ import unittest
 from support.accessibility import VARIABLES, Accessibility
 from support.case import ProgramCase
 from support.desktop import Desktop, usual_window_manager
-from support.program import run_once
-from support.tray import TrayHost
-from support.waiting import spend, wait_until
+from support.waiting import AT_ONCE, spend, wait_until
 from support.wayland import WaylandDesktop
 from support.wayland_client import Mouse
+from support.windows import STATUS
 
 WAITING_TIME = 30.0
-AT_ONCE = 2.0
-STATUS_WINDOW = "Valdorn — Runner Status"
 STATUS_HEIGHT = 260
 
 
@@ -42,19 +39,14 @@ class Place:
         return time.monotonic() - self.begun
 
     def new_host(self):
-        host = TrayHost(self.desktop.bus)
-        self._case.addCleanup(host.close)
-        return host
+        return self._case.new_host(self.desktop)
 
     def assert_item_at_once(self):
         """In a host that comes now."""
-        host = self.new_host()
-        item = wait_until(lambda: host.items and host.items[-1], f"an item, {self.name}", AT_ONCE)
-        wait_until(lambda: "Quit Valdorn" in item.menu().labels(), "its menu", 2)
-        self._case.assertEqual((len(host.items), len(item.pixmaps())), (1, 5))
+        self._case.assert_item_in(self.new_host(), "Quit Valdorn")
 
     def assert_status_window_with_menu(self):
-        wait_until(lambda: list(self.desktop.windows().values()) == [STATUS_WINDOW],
+        wait_until(lambda: list(self.desktop.windows().values()) == [STATUS.title],
                    f"the status window, {self.name}", 8)
         self.assert_menu_bar()
 
@@ -68,12 +60,11 @@ class Place:
 
     def status_height(self):
         windows = [number for number, title in self.desktop.windows().items()
-                   if title == STATUS_WINDOW]
+                   if title == STATUS.title]
         return self.desktop.geometry(windows[0])[3] if windows else 0
 
     def second_start(self):
-        done = run_once(self.desktop, self.home)
-        self._case.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self._case.second_start(self.home, self.desktop)
 
     def choose(self, key):
         """Opens the menu in the window and takes the first entry from above or below."""
@@ -101,16 +92,16 @@ class WaylandPlace(Place):
         self._case.addCleanup(self._reader.close)
 
     def status_height(self):
-        if STATUS_WINDOW not in self.desktop.titles():
+        if STATUS.title not in self.desktop.titles():
             return 0
-        return self.desktop.content(STATUS_WINDOW)[3]
+        return self.desktop.content(STATUS.title)[3]
 
     def choose_by_mouse(self, entry):
         """From the menu in the window."""
-        window, = self._reader.windows_like(STATUS_WINDOW)
+        window, = self._reader.windows_like(STATUS.title)
         for name in ("Valdorn", entry):
             x, y = window.find("menu item", name).centre()
-            left, top, *_ = self.desktop.content(STATUS_WINDOW)
+            left, top, *_ = self.desktop.content(STATUS.title)
             self._mouse.click(left + x, top + y)
 
 
@@ -209,7 +200,7 @@ class LateHostsTest(ProgramCase):
 
     def assert_docked(self, place):
         wait_until(place.is_docked, "an icon in the old tray", 2)
-        self.assertNotIn(STATUS_WINDOW, place.desktop.windows().values())
+        self.assertNotIn(STATUS.title, place.desktop.windows().values())
 
     def begin_on_wayland(self):
         place = WaylandPlace(self, "Wayland")

@@ -6,11 +6,10 @@ from support import looks
 from support.case import ProgramCase
 from support.desktop import usual_window_manager
 from support.panel import LxqtPanel, Panel
-from support.waiting import wait_until
+from support.waiting import AT_ONCE, wait_until
+from support.windows import STATUS
 
-AT_ONCE = 2.0
 IDLE = "Status: Connected — idle"
-STATUS_WINDOW = "Valdorn — Runner Status"
 
 
 class PanelTest(ProgramCase):
@@ -36,8 +35,8 @@ class PanelTest(ProgramCase):
         program = self.start()
         puppets.wait_for_one()
         self.assert_shown(10)
-        self.choose("Runner Status…")
-        wait_until(lambda: STATUS_WINDOW in self.desktop.windows().values(), "the window", 5)
+        self.choose(STATUS.entry)
+        self.desktop.wait_for_active(STATUS.title, 5)
         self.panel.end()
         self.panel.start()
         self.assert_shown(AT_ONCE)

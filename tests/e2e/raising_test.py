@@ -4,11 +4,7 @@ import unittest
 
 from support.case import ProgramCase
 from support.desktop import usual_window_manager
-from support.program import run_once
-from support.waiting import wait_until
-
-STATUS = "Valdorn — Runner Status"
-OTHER = "Valdorn"
+from support.windows import STATUS
 
 
 class RaisingTest(ProgramCase):
@@ -19,24 +15,12 @@ class RaisingTest(ProgramCase):
         self.puppet_runners({})
         self.start_with_item()
 
-    def second_start(self, **more):
-        done = run_once(self.desktop, self.home, **more)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-
     def work_elsewhere(self):
-        """In the settings of another home: a program of its own, as the window manager sees it."""
-        home = self.new_home()
-        self.puppet_runners({}, home=home)
-        _, item = self.start_with_item(home=home)
-        item.menu().choose("Settings…")
-        self.wait_for_active(OTHER)
+        super().work_elsewhere()
         self.desktop.type("abc")
 
-    def wait_for_active(self, title):
-        def active():
-            window = self.desktop.active_window()
-            return window if self.desktop.windows().get(window) == title else None
-        return wait_until(active, f"{title!r} in front", 5)
+    def wait_for_status(self):
+        return self.desktop.wait_for_active(STATUS.title, 5)
 
     def stacking(self):
         """The numbers of the windows, from the lowest to the highest."""
@@ -44,13 +28,13 @@ class RaisingTest(ProgramCase):
         return [int(number, 16) for number in shown.partition("#")[2].split(",")]
 
     def assert_in_front(self):
-        window = self.wait_for_active(STATUS)
+        window = self.wait_for_status()
         self.assertEqual(self.stacking()[-1], int(window))
-        self.assertEqual(list(self.desktop.windows().values()).count(STATUS), 1)
+        self.assertEqual(list(self.desktop.windows().values()).count(STATUS.title), 1)
 
     def test_a_window_that_is_behind_another(self):
         self.second_start()
-        self.wait_for_active(STATUS)
+        self.wait_for_status()
         self.work_elsewhere()
         self.second_start()
         self.assert_in_front()
@@ -62,16 +46,15 @@ class RaisingTest(ProgramCase):
 
     def test_a_window_that_was_closed(self):
         self.second_start()
-        self.wait_for_active(STATUS)
-        self.desktop.xdotool("key", "ctrl+w")
-        wait_until(lambda: not self.desktop.windows(), "no window", 5)
+        self.wait_for_status()
+        self.desktop.close_last(STATUS.title)
         self.work_elsewhere()
         self.second_start()
         self.assert_in_front()
 
     def test_a_window_that_is_minimised(self):
         self.second_start()
-        self.desktop.xdotool("windowminimize", self.wait_for_active(STATUS))
+        self.desktop.xdotool("windowminimize", self.wait_for_status())
         self.work_elsewhere()
         self.second_start()
         self.assert_in_front()

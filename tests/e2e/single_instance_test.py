@@ -12,8 +12,8 @@ from support.desktop import usual_window_manager
 from support.program import VALDORN, environment, kill, run_once
 from support.puppet import DECLARED
 from support.waiting import spend, stays_true, wait_until
+from support.windows import STATUS
 
-STATUS_WINDOW = "Valdorn — Runner Status"
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 
 
@@ -26,14 +26,10 @@ class SecondStartTest(ProgramCase):
         puppets.wait_for_one()
         self.assertEqual(self.desktop.windows(), {})
         for _ in range(2):
-            done = run_once(self.desktop, self.home)
-            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-            wait_until(lambda: list(self.desktop.windows().values()) == [STATUS_WINDOW],
-                       "the status window")
-            window, = self.desktop.windows()
-            wait_until(lambda: self.desktop.active_window() == window, "an active status window")
-            self.desktop.xdotool("key", "ctrl+w")
-            wait_until(lambda: not self.desktop.windows(), "no window")
+            self.second_start()
+            self.desktop.wait_for_active(STATUS.title)
+            self.assertEqual(list(self.desktop.windows().values()), [STATUS.title])
+            self.desktop.close_last(STATUS.title)
         self.assertEqual(len(puppets.pids()), 1)
 
     def test_needs_no_display(self):
@@ -42,8 +38,8 @@ class SecondStartTest(ProgramCase):
         variables = environment(self.desktop, self.home)
         for name in ("DISPLAY", "QT_QPA_PLATFORM"):
             del variables[name]
-        done = subprocess.run([VALDORN], env=variables, capture_output=True, text=True, timeout=30)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assert_went_quietly(subprocess.run([VALDORN], env=variables, capture_output=True,
+                                                text=True, timeout=30))
 
     def is_lock_held(self):
         folder = os.path.join(self.desktop.runtime, "valdorn")
@@ -58,8 +54,7 @@ class SecondStartTest(ProgramCase):
         self.puppet_runners({})
         first = self.start()
         wait_until(self.is_lock_held, "the lock", 5)
-        done = run_once(self.desktop, self.home)
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.second_start()
         self.assertTrue(first.is_running())
 
     def test_finds_the_first_one_through_another_name_of_the_home(self):
@@ -68,8 +63,7 @@ class SecondStartTest(ProgramCase):
         link = tempfile.mktemp(prefix="valdorn-link.")
         os.symlink(self.home.path, link)
         self.addCleanup(os.remove, link)
-        done = run_once(self.desktop, self.home, HOME=link)
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.second_start(HOME=link)
 
     def test_says_so_where_the_bus_does_not_reach_the_first(self):
         self.puppet_runners({})
@@ -89,10 +83,9 @@ class SecondStartTest(ProgramCase):
         first.wait_for_one()
         second.wait_for_one()
         for home, program in zip((self.home, other), programs):
-            self.assertEqual(run_once(self.desktop, home).returncode, 0)
+            self.second_start(home)
             wait_until(lambda: self.desktop.windows_of(program), "its status window")
-            self.desktop.xdotool("key", "ctrl+w")
-            wait_until(lambda: not self.desktop.windows(), "no window")
+            self.desktop.close_last(STATUS.title)
         programs[0].quit()
         self.assertTrue(programs[1].is_running())
 

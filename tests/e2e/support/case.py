@@ -3,10 +3,11 @@
 import unittest
 
 from .desktop import Desktop
-from .program import Home, Program
+from .program import Home, Program, run_once
 from .puppet import DECLARED, PUPPET, Puppets
 from .tray import TrayHost
-from .waiting import wait_until
+from .waiting import AT_ONCE, wait_until
+from .windows import SETTINGS
 
 
 class ProgramCase(unittest.TestCase):
@@ -35,11 +36,16 @@ class ProgramCase(unittest.TestCase):
         self.addCleanup(home.close)
         return home
 
+    def new_host(self, desktop=None, **options):
+        """A status bar that has just come; the options are those of `TrayHost`."""
+        host = TrayHost((desktop or self.desktop).bus, **options)
+        self.addCleanup(host.close)
+        return host
+
     def host(self):
         """The test's status bar."""
         if not self._host:
-            self._host = TrayHost(self.desktop.bus)
-            self.addCleanup(self._host.close)
+            self._host = self.new_host()
         return self._host
 
     def start(self, *arguments, home=None, desktop=None, **options):
@@ -66,6 +72,30 @@ class ProgramCase(unittest.TestCase):
         program = self.start(**options)
         wait_until(lambda: len(host.items) > before, "a status item")
         return program, host.items[-1]
+
+    def assert_item_in(self, host, entry="Status: Connected — idle", seconds=AT_ONCE):
+        """The only item in the bar, with that entry in its menu, and its icon in each size."""
+        item = host.wait_for_item(seconds)
+        wait_until(lambda: entry in item.menu().labels(), f"{entry!r} in its menu", AT_ONCE)
+        self.assertEqual((len(host.items), len(item.pixmaps())), (1, 5))
+        return item
+
+    def second_start(self, home=None, desktop=None, **more):
+        """Beside a running instance: it hands over to that one and has nothing to say. `more` goes
+        into its environment."""
+        self.assert_went_quietly(run_once(desktop or self.desktop, home or self.home, **more))
+
+    def assert_went_quietly(self, done):
+        """What has ended, as `subprocess.run` tells of it."""
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""), done.args)
+
+    def work_elsewhere(self):
+        """In the settings of another home: another program, as any window manager sees it."""
+        home = self.new_home()
+        self.puppet_runners({}, home=home)
+        _, item = self.start_with_item(home=home)
+        item.menu().choose(SETTINGS.entry)
+        self.desktop.wait_for_active(SETTINGS.title)
 
     def puppet_runners(self, *records, home=None, first=DECLARED, stubborn=False, connected=True):
         """Registered runners that are puppets; `connected` spares the introduction."""

@@ -207,6 +207,19 @@ class Desktop:
                                capture_output=True, text=True, timeout=30)
         return shown.stdout.strip()
 
+    def wait_for_active(self, title, seconds=20.0):
+        """The number of the active window, once it is one of that title; needs a window manager."""
+        def active():
+            window = self.active_window()
+            return window if self.windows().get(window) == title else None
+        return wait_until(active, f"{title!r} in front", seconds)
+
+    def close_last(self, title):
+        """By the key, the only window that is shown, once it is active; needs a window manager."""
+        self.wait_for_active(title)
+        self.xdotool("key", "ctrl+w")
+        wait_until(lambda: not self.windows(), "no window")
+
     def windows_of(self, program):
         """The numbers of the program's visible windows, popups among them."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",

@@ -4,6 +4,9 @@ import time
 
 from gi.repository import GLib
 
+# Seconds that nobody takes for a wait.
+AT_ONCE = 2.0
+
 
 class TimedOut(AssertionError):
     pass

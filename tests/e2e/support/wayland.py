@@ -83,6 +83,9 @@ class WaylandDesktop(Desktop):
         """The title of the window that has the keyboard, or nothing."""
         return next((view["name"] for view in self._views() if view["focused"]), None)
 
+    def wait_for_active(self, title, seconds=20.0):
+        wait_until(lambda: self.focused() == title, f"{title!r} in front", seconds)
+
     def content(self, title):
         """Left, top, width and height of what the window shows."""
         view = next(view for view in self._views() if view["name"] == title)

@@ -34,16 +34,12 @@ class WindowCase(ProgramCase):
         def active():
             return next((window for window in self.shown(kind) if "active" in window.states()), None)
         window = wait_until(active, f"an active {kind.entry!r}")
-        self.window_id = wait_until(lambda: self._active_id(kind.title), f"{kind.title!r} in front")
+        self.window_id = self.desktop.wait_for_active(kind.title)
         return window
 
     def shown(self, kind):
         """The visible windows of that kind: one at most."""
         return self.reader.windows_like(kind.title, kind.content)
-
-    def _active_id(self, title):
-        window = self.desktop.active_window()
-        return window if self.desktop.windows().get(window) == title else None
 
     def close_window(self):
         """Closes the one that was opened last."""
