@@ -39,6 +39,8 @@ COMMANDS = {
         RunHere("test_the_runner_comes_to_its_place"),
     'rm -rf ~/"Library/Application Support/Valdorn" ~/.config/valdorn ~/.local/state/valdorn '
     "~/actrunner": RunHere("test_nothing_is_left"),
+    "rm -rf ~/.cache/act ~/.cache/actcache": RunHere("test_nothing_is_left"),
+    'rmdir ~/Library/"Application Support" ~/Library': RunHere("test_nothing_is_left"),
     f'git tag --annotate v{VERSION} --message "Valdorn {VERSION}"': RunHere("test_the_tag"),
     "demo_runner register --no-interactive --instance URL --token T --name N --labels L":
         RunBy("tests/e2e/demo_runner_test.py", '"register"'),

@@ -106,7 +106,8 @@ class RunHereTest(unittest.TestCase):
     def test_nothing_is_left(self):
         self.run_line("valdorn --enable-login")
         for path in ("Library/Application Support/Valdorn/runners.json", "actrunner/act_runner",
-                     ".config/valdorn/valdorn.ini", ".local/state/valdorn/0.lock"):
+                     ".config/valdorn/valdorn.ini", ".local/state/valdorn/0.lock",
+                     ".cache/act/repository", ".cache/actcache/bolt.db"):
             self.sandbox.write(path, "")
         self.sandbox.write(".config/other/file", "")
         for line in (*self.lines("README.md", "test_the_switches")[-1:],
@@ -114,6 +115,7 @@ class RunHereTest(unittest.TestCase):
             self.run_line(line)
         self.assertEqual([path for path in self.sandbox.files() if not path.startswith("bin/")],
                          [".config/other/file"])
+        self.assertFalse(os.path.exists(os.path.join(self.sandbox.home, "Library")))
 
     def test_the_tag(self):
         self.sandbox.write(".gitconfig", "[user]\n\tname = Ada\n\temail = ada@example.org\n")
@@ -185,7 +187,7 @@ class FactTest(unittest.TestCase):
 
     def test_the_version_is_the_projects(self):
         """Commands that name it are compared above, the package's own files in tests/package."""
-        changes = re.findall(r"^## \[(\d.*?)\]", read("CHANGELOG.md"), re.MULTILINE)
+        changes = re.findall(r"^## (\d\S*)", read("CHANGELOG.md"), re.MULTILINE)
         self.assertEqual(changes[0], VERSION)
 
     def test_the_first_workflow_finds_the_runner(self):
