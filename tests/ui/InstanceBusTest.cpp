@@ -103,6 +103,15 @@ TEST_F(InstanceBusTest, WaitingEndsWithTheInstanceThatIsWaitedFor) {
     EXPECT_EQ(asked, 3);
 }
 
+TEST_F(InstanceBusTest, NameWithNothingBehindItIsAskedAgain) {
+    QDBusConnection ending = bus.connect();
+    ASSERT_TRUE(ending.registerService(nameOf(key)));
+    int asked = 0;
+    EXPECT_FALSE(InstanceBus::activateRunningInstance(bus.connect(), key, "", 20s,
+                                                      [&asked] { return ++asked == 2; }));
+    EXPECT_EQ(asked, 2);
+}
+
 TEST_F(InstanceBusTest, InstanceOfAnotherHomeIsNotReached) {
     const InstanceBus instance(bus.connect(), "fedcba9876543210", record());
     EXPECT_TRUE(activate("mine", "fedcba9876543210"));

@@ -49,10 +49,12 @@ std::string activationToken(const QVariantMap& platformData) {
         .toStdString();
 }
 
-// The instance has not come up yet, or went away while it was asked.
+// The instance has not come up yet, or went away while it was asked; or it is just going, and its
+// name leads to nothing any more.
 bool isWorthARetry(const QDBusMessage& answer) {
     const QDBusError::ErrorType error = QDBusError(answer).type();
-    return error == QDBusError::ServiceUnknown || error == QDBusError::NoReply ||
+    return error == QDBusError::ServiceUnknown || error == QDBusError::UnknownObject ||
+           error == QDBusError::NoReply ||
            answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
