@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -293,7 +294,13 @@ int Application::run() {
             ledger_->endLeftovers(leftoverPatience);
         mainQueue_.post([this] { launchGate_.ready(); });
     });
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    if (sessionBus_.isLooking()) {
+        // The bus may never answer, and all that is still to be destroyed would wait for it.
+        children_.reset();
+        std::_Exit(status);
+    }
+    return status;
 }
 
 // Qt ends the process with a core dump where it gets no display; to us that is an ordinary failure.
@@ -331,6 +338,23 @@ bool isHeldByAnother(const Lock& lock) {
     return !lock && lock.error().kind == LockRefusal::Kind::held;
 }
 
+constexpr char unreachable[] =
+    "valdorn: Valdorn runs already, and the session bus does not reach it\n";
+
+// A connection of its own: Qt's default one, begun beside an application object that goes, would be
+// deaf for whatever comes after it. A bus that takes it and does not answer holds Qt for ever, and
+// with it the end of the process, unless that is cut short.
+QDBusConnection connectSecondStart(const QString& name) {
+    ThreadBackgroundQueue connecting;
+    std::promise<QDBusConnection> promise;
+    auto connection = promise.get_future();
+    connecting.run([&] { promise.set_value(SessionBus::connectToSession(name)); });
+    if (connection.wait_for(activationPatience) == std::future_status::ready)
+        return connection.get();
+    std::fputs(unreachable, stderr);
+    std::_Exit(EXIT_FAILURE);
+}
+
 // A second start for the same home: true when it has brought up the first one's status window. The
 // first one may be ending just now: then the lock changes hands.
 bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv) {
@@ -339,11 +363,9 @@ bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv
         lock = InstanceLock::acquire(place.lockPath());
         return !isHeldByAnother(lock);
     };
-    // On a connection of its own: Qt's default one, begun beside an application object that goes,
-    // would be deaf for whatever comes after it.
     const QString connection = QStringLiteral("valdorn-second-start");
     const bool isReached = InstanceBus::activateRunningInstance(
-        SessionBus::connectToSession(connection), place.key, StarterMarks::activationToken(),
+        connectSecondStart(connection), place.key, StarterMarks::activationToken(),
         activationPatience, tryToSucceed);
     QDBusConnection::disconnectFromBus(connection);
     return isReached;
@@ -362,8 +384,7 @@ int run(int argc, char** argv) {
     if (isHeldByAnother(lock) && activateRunningInstance(*place, lock, argv))
         return EXIT_SUCCESS;
     if (isHeldByAnother(lock)) {
-        std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n",
-                   stderr);
+        std::fputs(unreachable, stderr);
         return EXIT_FAILURE;
     }
     ground.loginItems.refreshMovedExecutable();

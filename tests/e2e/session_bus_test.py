@@ -1,9 +1,11 @@
 """A session bus that goes and comes back, with a program that has to live on meanwhile."""
 
+import signal
 import unittest
 
 from support.case import ProgramCase
 from support.desktop import usual_window_manager
+from support.program import kill, run_once
 from support.waiting import spend, wait_until
 from support.windows import STATUS
 
@@ -67,6 +69,25 @@ class RestartedBusTest(BusCase):
         # Each change travels once.
         spend(0.3)
         self.assertEqual(recorder.count("NewIcon"), 1)
+
+
+class DeafBusTest(BusCase):
+    """A bus that takes connections and answers nobody, as one may be that is about to end."""
+
+    def test_holds_up_neither_the_end_nor_a_second_start(self):
+        host = self.new_host()
+        self.begin()
+        self.assert_item_in(host, seconds=20)
+        self.desktop.bus.end()
+        self.addCleanup(self.desktop.bus.take_connections_only().close)
+        spend(1.5)  # for the program to look for the bus
+        done = run_once(self.desktop, self.home)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("the session bus does not reach it", done.stderr)
+        kill(self.program.process.pid, signal.SIGTERM)
+        self.assertEqual(self.program.wait_for_end(2), 0)
+        self.puppets.wait_for_none()
+        self.assertEqual(self.puppets.signals(self.daemon), ["SIGTERM"])
 
 
 if __name__ == "__main__":

@@ -33,6 +33,7 @@ void SessionBus::start() {
 }
 
 void SessionBus::look() {
+    isLooking_ = true;
     backgroundQueue_.run(
         [&queue = mainQueue_, connect = connect_, weak = std::weak_ptr<SessionBus*>(self_)] {
             QDBusConnection bus = connect(connectionName());
@@ -46,6 +47,7 @@ void SessionBus::look() {
 }
 
 void SessionBus::onLooked(QDBusConnection bus) {
+    isLooking_ = false;
     // The connection itself says when it has lost the bus.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,

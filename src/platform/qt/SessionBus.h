@@ -19,7 +19,7 @@ class SessionBus : public QObject {
 
 public:
     // Opens a connection of that name, connected or not. It may block: until a bus that takes the
-    // connection has answered, libdbus's 25 seconds at the most. Any thread.
+    // connection has answered, and libdbus waits for that without end. Any thread.
     using Connect = std::function<QDBusConnection(const QString& name)>;
 
     struct Callbacks {
@@ -33,8 +33,12 @@ public:
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
                Callbacks callbacks);
-    // May wait for a look that is under way.
+    // Waits for a look that is under way.
     ~SessionBus() override;
+
+    // Whether a look is under way, which may never end: then whoever ends the process should not
+    // wait for it.
+    bool isLooking() const { return isLooking_; }
 
     // Connects here and now, as Qt does at its own start; later attempts are made in the
     // background. Where there is no bus at the start and no address in the environment either, none
@@ -59,6 +63,7 @@ private:
     const Connect connect_;
     const Callbacks callbacks_;
     State state_ = State::neverUp;
+    bool isLooking_ = false;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };

@@ -5,6 +5,7 @@ import os
 import re
 import select
 import shutil
+import socket
 import subprocess
 import tempfile
 
@@ -54,6 +55,16 @@ class SessionBus:
              f"--address={self.address}"],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         first_line(self._daemon.stdout)
+
+    def take_connections_only(self):
+        """In the place of the bus that has ended, a socket that nobody answers at."""
+        path = self.address.partition("=")[2]
+        if os.path.exists(path):
+            os.remove(path)
+        listener = socket.socket(socket.AF_UNIX)
+        listener.bind(path)
+        listener.listen()
+        return listener
 
     def connect(self):
         """A new connection: whoever wants to leave the bus alone takes one of his own."""
