@@ -14,7 +14,8 @@ Announcer::Announcer(QWidget& part, MainQueue& queue)
     part.installEventFilter(this);
     setObjectName(QStringLiteral("announcer"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setGeometry(0, 0, 1, 1);  // of no extent it would count as out of sight
+    // Next to nothing, so that whoever explores the window finds what stands there, and not this.
+    setGeometry(0, 0, 1, 1);
     AccessibleRole::set(*this, QAccessible::Notification);
     hide();
 }
@@ -47,9 +48,9 @@ void Announcer::speak() {
     show();
 }
 
-// A window that is opened again has no news from the time before.
+// A window that is opened again, or was minimised, has no news from the time before.
 bool Announcer::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == parent() && event->type() == QEvent::Hide && !event->spontaneous()) {
+    if (watched == parent() && event->type() == QEvent::Hide) {
         news_.clear();
         speaking_.cancel();
         hide();

@@ -8,6 +8,7 @@
 #include "support/VirtualMainQueue.h"
 #include "ui/Announcements.h"
 #include "ui/Announcer.h"
+#include "ui/EventLoop.h"
 
 namespace valdorn {
 namespace {
@@ -80,6 +81,21 @@ TEST_F(AnnouncerTest, WhatHasNotBeenSaidWhenTheWindowGoesIsNotSaidAtAll) {
     EXPECT_EQ(announcements.take(), Said{});
 }
 
+TEST_F(AnnouncerTest, NothingIsSaidOfAMinimisedWindow) {
+    window.showMinimized();
+    announcer->say(*status, QStringLiteral("late"));
+    EXPECT_EQ(queue.pending(), 0U);
+}
+
+TEST_F(AnnouncerTest, WhatHasNotBeenSaidWhenTheWindowIsMinimisedIsNotSaidAtAll) {
+    announcer->say(*status, QStringLiteral("old"));
+    window.showMinimized();
+    EXPECT_TRUE(runUntil([this] { return queue.pending() == 0; }));
+    window.showNormal();
+    queue.advance(Announcer::gathering);
+    EXPECT_EQ(announcements.take(), Said{});
+}
+
 TEST_F(AnnouncerTest, OldNewsAreNotSaidAgainWhenTheWindowComesBack) {
     announcer->say(*status, QStringLiteral("old"));
     queue.advance(Announcer::gathering);
@@ -100,6 +116,21 @@ TEST_F(AnnouncerTest, IsInNobodysWay) {
     queue.advance(Announcer::gathering);
     EXPECT_EQ(announcer->focusPolicy(), Qt::NoFocus);
     EXPECT_TRUE(announcer->testAttribute(Qt::WA_TransparentForMouseEvents));
+}
+
+TEST_F(AnnouncerTest, WhatStandsAtItsPlaceIsStillFound) {
+    const QAccessibleInterface& whole = *QAccessible::queryAccessibleInterface(&window);
+    hint->hide();
+    status->hide();
+    QWidget later(&window);
+    later.setGeometry(0, 0, 100, 30);
+    later.show();
+    announcer->say(*status, QStringLiteral("one"));
+    queue.advance(Announcer::gathering);
+    const QRect own = QAccessible::queryAccessibleInterface(announcer)->rect();
+    EXPECT_FALSE(own.isEmpty());
+    const QPoint beside = own.topLeft() + QPoint(2, 2);
+    EXPECT_EQ(whole.childAt(beside.x(), beside.y())->object(), &later);
 }
 
 }  // namespace
