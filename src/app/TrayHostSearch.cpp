@@ -18,7 +18,7 @@ void TrayHostSearch::wait(State state) {
 }
 
 bool TrayHostSearch::isHostThere() const {
-    return found_ && host_ == TrayHost::xembed ? probes_.xembed() : probes_.notifier();
+    return host_ == TrayHost::xembed ? probes_.xembed() : probes_.notifier();
 }
 
 void TrayHostSearch::hostsChanged() {
@@ -26,7 +26,7 @@ void TrayHostSearch::hostsChanged() {
     if (state_ == State::shown && !there)
         wait(State::lost);
     else if (state_ != State::shown && there)
-        show(found_ ? host_ : TrayHost::notifier);
+        show(host_);
     else if (state_ == State::missing && !found_ && probes_.xembed())
         timer_ = mainQueue_.after(secondThoughts, [this] { takeAnyHost(); });
 }
@@ -41,7 +41,7 @@ void TrayHostSearch::onWaitingTimeOver() {
 
 void TrayHostSearch::takeAnyHost() {
     if (isHostThere())
-        show(found_ ? host_ : TrayHost::notifier);
+        show(host_);
     else if (!found_ && probes_.xembed())
         show(TrayHost::xembed);
 }

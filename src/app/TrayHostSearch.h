@@ -64,7 +64,7 @@ private:
     const Callbacks callbacks_;
     State state_ = State::idle;
     bool found_ = false;                  // once a host was there
-    TrayHost host_ = TrayHost::notifier;  // its kind
+    TrayHost host_ = TrayHost::notifier;  // its kind; before, the one that is taken at once
     ScheduledTask timer_;
 };
 

@@ -29,7 +29,6 @@ protected:
         {[this](TrayHost host) { log += host == TrayHost::notifier ? "notifier " : "xembed "; },
          [this] { log += "missing "; }, [this] { log += "appeared "; }}};
 
-private:
     bool notifier_ = false;
     bool xembed_ = false;
 };
@@ -82,6 +81,14 @@ TEST_F(TrayHostSearchTest, NotifierHostIsPreferredToAnXembedTray) {
     queue.advance(20s);
     setNotifier(true);
     queue.advance(1h);
+    EXPECT_EQ(log, "notifier ");
+}
+
+TEST_F(TrayHostSearchTest, NotifierHostIsPreferredBeforeItsComingIsTold) {
+    search.start();
+    setXembed(true);
+    notifier_ = true;
+    queue.advance(30s);
     EXPECT_EQ(log, "notifier ");
 }
 
@@ -147,6 +154,8 @@ TEST_F(TrayHostSearchTest, XembedTrayIsNoUseToAnItemMadeForANotifierHost) {
     setXembed(true);
     queue.advance(1h);
     EXPECT_EQ(log, "notifier missing ");
+    setXembed(true);
+    EXPECT_EQ(queue.pending(), 0U);
 }
 
 TEST_F(TrayHostSearchTest, NotifierHostIsNoUseToAnItemMadeForAnXembedTray) {
