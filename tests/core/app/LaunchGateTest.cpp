@@ -1,4 +1,7 @@
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -18,7 +21,11 @@ protected:
 
     VirtualMainQueue queue;
     std::string log;
-    LaunchGate gate{queue, [this] { log += "launched "; }};
+    std::function<void()> duringLaunch = [] {};
+    LaunchGate gate{queue, [this] {
+                        log += "launched ";
+                        std::exchange(duringLaunch, [] {})();
+                    }};
 };
 
 TEST_F(LaunchGateTest, LaunchesAtOnceWhenAllIsThere) {
@@ -97,6 +104,38 @@ TEST_F(LaunchGateTest, RequestThatClosesIsTheLast) {
     request("next");
     gate.ready();
     EXPECT_EQ(log, "launched closes ");
+}
+
+TEST_F(LaunchGateTest, WhatTheLaunchItselfAsksForRunsAtOnce) {
+    duringLaunch = [this] { request("own"); };
+    gate.awaitRequest();
+    gate.ready();
+    queue.advance(LaunchGate::requestPatience);
+    EXPECT_EQ(log, "launched own ");
+}
+
+TEST_F(LaunchGateTest, NothingRunsAfterALaunchThatCloses) {
+    duringLaunch = [this] { gate.close(); };
+    request("before");
+    gate.ready();
+    request("after");
+    EXPECT_EQ(log, "launched ");
+}
+
+TEST_F(LaunchGateTest, NothingIsHeldOnceItHasRunOrBeenDropped) {
+    const auto held = std::make_shared<int>();
+    const auto ask = [held](LaunchGate& asked) { asked.request([held] {}); };
+    const auto users = held.use_count();
+    LaunchGate launching(queue, [] {});
+    ask(launching);
+    EXPECT_EQ(held.use_count(), users + 1);
+    launching.ready();
+    EXPECT_EQ(held.use_count(), users);
+    ask(gate);
+    gate.close();
+    EXPECT_EQ(held.use_count(), users);
+    ask(gate);
+    EXPECT_EQ(held.use_count(), users);
 }
 
 }  // namespace
