@@ -1,4 +1,6 @@
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QSessionManager>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -17,10 +19,14 @@ namespace {
 
 using Handler = void (*)(int);
 
-Handler handlerOf(int signal) {
+struct sigaction actionOf(int signal) {
     struct sigaction action {};
     sigaction(signal, nullptr, &action);
-    return action.sa_handler;
+    return action;
+}
+
+Handler handlerOf(int signal) {
+    return actionOf(signal).sa_handler;
 }
 
 // Puts back what the signals did before.
@@ -60,6 +66,11 @@ TEST_P(QuitSignalsTest, SignalThatAnotherThreadReceivesIsTold) {
     EXPECT_TRUE(runUntil([&told] { return told == 1; }));
 }
 
+TEST_P(QuitSignalsTest, SystemCallsThatASignalComesIntoGoOn) {
+    const QuitSignals signals([] {}, [] {});
+    EXPECT_TRUE(actionOf(GetParam()).sa_flags & SA_RESTART);
+}
+
 TEST_P(QuitSignalsTest, SignalsAfterItsTimeDoNotCutTheEndShort) {
     {
         const QuitSignals signals([] {}, [] {});
@@ -85,6 +96,19 @@ TEST(QuitSignalsSessionTest, HangUpThatWasSwitchedOffStaysOff) {
         EXPECT_EQ(handlerOf(SIGHUP), SIG_IGN);
     }
     (void)std::signal(SIGHUP, before);
+}
+
+// Which of its questions a session manager asks first, or at all, is up to it.
+TEST(QuitSignalsSessionTest, SessionHearsAtEachQuestionThatThereIsNothingToRestore) {
+    const QuitSignals signals([] {}, [] {});
+    auto* const manager = qGuiApp->findChild<QSessionManager*>();
+    ASSERT_TRUE(manager);
+    for (const auto question :
+         {&QGuiApplication::saveStateRequest, &QGuiApplication::commitDataRequest}) {
+        manager->setRestartHint(QSessionManager::RestartIfRunning);
+        (qGuiApp->*question)(*manager);
+        EXPECT_EQ(manager->restartHint(), QSessionManager::RestartNever);
+    }
 }
 
 TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
