@@ -90,6 +90,23 @@ TEST_F(StrongFrameTest, DisabledTextsCanBeReadWhereContrastIsHigh) {
             4.5);
 }
 
+// Only the window's colour differs, which a framed control has one of its own of: no change of its
+// palette tells it.
+TEST_F(StrongFrameTest, FollowsAControlThatMovesToAnotherPart) {
+    const QPalette strong =
+        QPalette(Qt::black, Qt::white, Qt::white, Qt::darkGray, Qt::gray, Qt::black, Qt::white);
+    QWidget part(&window);
+    part.setPalette(strong);
+    QPalette usual = strong;
+    usual.setColor(QPalette::Window, Qt::lightGray);
+    QWidget other(&window);
+    other.setPalette(usual);
+    button->setParent(&part);
+    EXPECT_NE(button->palette().color(QPalette::Window), QColor(Qt::white));
+    button->setParent(&other);
+    EXPECT_EQ(button->palette().color(QPalette::Window), QColor(Qt::lightGray));
+}
+
 TEST_F(StrongFrameTest, TextsKeepTheirColours) {
     looks.change(Scheme::whiteOnBlack);
     EXPECT_EQ(button->palette().color(QPalette::ButtonText), QColor(Qt::white));
