@@ -22,7 +22,9 @@ from support.wayland_client import activation_token
 from support.windows import LOG, SETTINGS, STATUS
 
 ID = "org.valdorn.valdorn"
-FOLDER = os.path.join(os.environ["VALDORN_SOURCE"], "resources/desktop")
+RESOURCES = os.path.join(os.environ["VALDORN_SOURCE"], "resources")
+FOLDER = os.path.join(RESOURCES, "desktop")
+ICONS = os.path.join(RESOURCES, "icons")
 
 # Action, title of the window that it opens.
 WINDOWS = (("runner-status", STATUS.title), ("settings", SETTINGS.title), ("log", LOG.title))
@@ -97,6 +99,12 @@ class ActionCase(ActingCase):
 
 
 class EntryTest(unittest.TestCase):
+    def test_starts_what_is_installed(self):
+        main = entry()["Desktop Entry"]
+        self.assertEqual(main["Exec"], os.path.basename(VALDORN))
+        self.assertEqual(main["Icon"], ID)
+        self.assertTrue(os.path.isfile(os.path.join(ICONS, main["Icon"] + ".svg")))
+
     def test_has_the_actions_that_the_program_answers(self):
         actions = entry()["Desktop Entry"]["Actions"].strip(";").split(";")
         self.assertEqual(actions, [action for action, _ in WINDOWS] + ["quit"])
