@@ -51,6 +51,7 @@
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/QuitSignals.h"
 #include "platform/qt/SessionBus.h"
+#include "platform/qt/StartupNotification.h"
 #include "platform/qt/SystemTraySurface.h"
 #include "platform/qt/TrayHostWatcher.h"
 #include "platform/qt/TrayStatusItem.h"
@@ -77,8 +78,9 @@ constexpr std::chrono::seconds activationPatience{5};
 
 // What the program needs before there is a display.
 struct Ground {
-    // Before the environment is read for the children.
+    // Both before the environment is read for the children.
     bool isStartedByBus = StarterMarks::takeSessionBus();
+    std::string activationToken = StarterMarks::takeActivationToken();
     PosixFileSystem files;
     PosixHostInfo host;
     std::string executable = executablePath();
@@ -118,6 +120,8 @@ private:
     bool isNotifierHostUsable() const;
     InstanceBus::Requests busRequests();
     InstanceBus::OnActivate opener(void (AppDelegate::*open)());
+    void openFor(const std::string& activationToken, void (AppDelegate::*open)());
+    void quitFor(const std::string& activationToken);
     RunnersStore& store() { return RunnersStore::shared(services_); }
     QWidget* makeSettingsView();
     QWidget* makeLogView();
@@ -221,8 +225,10 @@ ChildLauncher& Application::launcher() {
 }
 
 void Application::launch() {
+    windows_.useActivationToken(ground_.activationToken);
     delegate_->applicationDidFinishLaunching();
     hostSearch_.start();
+    StartupNotification::complete(ground_.activationToken);
 }
 
 void Application::terminate() {
@@ -261,14 +267,22 @@ bool Application::isNotifierHostUsable() const {
             QDBusConnection::sessionBus().isConnected());
 }
 
+void Application::openFor(const std::string& activationToken, void (AppDelegate::*open)()) {
+    windows_.useActivationToken(activationToken);
+    ((*delegate_).*open)();
+    StartupNotification::complete(activationToken);
+}
+
 // A window that whoever asks for it may raise, once there is a fleet to show.
 InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
     return [this, open](const std::string& token) {
-        launchGate_.request([this, open, token] {
-            windows_.useActivationToken(token);
-            ((*delegate_).*open)();
-        });
+        launchGate_.request([this, open, token] { openFor(token, open); });
     };
+}
+
+void Application::quitFor(const std::string& activationToken) {
+    delegate_->quit();
+    StartupNotification::complete(activationToken);
 }
 
 // The names of the actions are those of the desktop entry.
@@ -277,7 +291,7 @@ InstanceBus::Requests Application::busRequests() {
     requests.actions["runner-status"] = opener(&AppDelegate::openStatus);
     requests.actions["settings"] = opener(&AppDelegate::openSettings);
     requests.actions["log"] = opener(&AppDelegate::openLog);
-    requests.actions["quit"] = [this](const std::string&) { delegate_->quit(); };
+    requests.actions["quit"] = [this](const std::string& token) { quitFor(token); };
     return requests;
 }
 
@@ -357,17 +371,20 @@ QDBusConnection connectSecondStart(const QString& name) {
 
 // A second start for the same home: true when it has brought up the first one's status window. The
 // first one may be ending just now: then the lock changes hands.
-bool activateRunningInstance(const InstancePlace& place, Lock& lock, char** argv) {
+bool activateRunningInstance(const InstancePlace& place, const std::string& activationToken,
+                             Lock& lock, char** argv) {
     const QCoreApplication application(argumentsForQt, argv);
     const auto tryToSucceed = [&place, &lock] {
         lock = InstanceLock::acquire(place.lockPath());
         return !isHeldByAnother(lock);
     };
     const QString connection = QStringLiteral("valdorn-second-start");
-    const bool isReached = InstanceBus::activateRunningInstance(
-        connectSecondStart(connection), place.key, StarterMarks::activationToken(),
-        activationPatience, tryToSucceed);
+    const bool isReached =
+        InstanceBus::activateRunningInstance(connectSecondStart(connection), place.key,
+                                             activationToken, activationPatience, tryToSucceed);
     QDBusConnection::disconnectFromBus(connection);
+    if (isHeldByAnother(lock))
+        StartupNotification::complete(activationToken);
     return isReached;
 }
 
@@ -381,7 +398,8 @@ int run(int argc, char** argv) {
     if (!place)
         return runApplication(ground, std::nullopt, argv);
     Lock lock = InstanceLock::acquire(place->lockPath());
-    if (isHeldByAnother(lock) && activateRunningInstance(*place, lock, argv))
+    if (isHeldByAnother(lock) &&
+        activateRunningInstance(*place, ground.activationToken, lock, argv))
         return EXIT_SUCCESS;
     if (isHeldByAnother(lock)) {
         std::fputs(unreachable, stderr);

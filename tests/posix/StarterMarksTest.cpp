@@ -35,16 +35,25 @@ TEST(StarterMarksTest, AddressAloneDoesNotCount) {
     EXPECT_EQ(std::getenv(busAddress), nullptr);
 }
 
+constexpr char waylandToken[] = "XDG_ACTIVATION_TOKEN";
+constexpr char x11Id[] = "DESKTOP_STARTUP_ID";
+
 TEST(StarterMarksTest, ActivationTokenIsWaylandsOrElseX11s) {
-    const ScopedVariable wayland("XDG_ACTIVATION_TOKEN", "new");
-    const ScopedVariable x11("DESKTOP_STARTUP_ID", "old");
-    EXPECT_EQ(StarterMarks::activationToken(), "new");
-    const ScopedVariable none("XDG_ACTIVATION_TOKEN", std::nullopt);
-    EXPECT_EQ(StarterMarks::activationToken(), "old");
-    const ScopedVariable empty("XDG_ACTIVATION_TOKEN", "");
-    EXPECT_EQ(StarterMarks::activationToken(), "old");
-    const ScopedVariable noneEither("DESKTOP_STARTUP_ID", std::nullopt);
-    EXPECT_EQ(StarterMarks::activationToken(), "");
+    const ScopedVariable wayland(waylandToken, "new");
+    const ScopedVariable x11(x11Id, "old");
+    EXPECT_EQ(StarterMarks::takeActivationToken(), "new");
+    const ScopedVariable empty(waylandToken, "");
+    const ScopedVariable x11Again(x11Id, "old");
+    EXPECT_EQ(StarterMarks::takeActivationToken(), "old");
+}
+
+TEST(StarterMarksTest, ActivationTokenIsTakenOutOfTheEnvironment) {
+    const ScopedVariable wayland(waylandToken, "new");
+    const ScopedVariable x11(x11Id, "old");
+    StarterMarks::takeActivationToken();
+    EXPECT_EQ(std::getenv(waylandToken), nullptr);
+    EXPECT_EQ(std::getenv(x11Id), nullptr);
+    EXPECT_EQ(StarterMarks::takeActivationToken(), "");
 }
 
 }  // namespace

@@ -14,12 +14,14 @@ bool StarterMarks::takeSessionBus() {
     return isSessionBus;
 }
 
-std::string StarterMarks::activationToken() {
+std::string StarterMarks::takeActivationToken() {
+    std::string token;
     for (const char* const name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-        if (const char* const token = std::getenv(name); token != nullptr && *token != '\0')
-            return token;
+        if (const char* const value = std::getenv(name); value != nullptr && token.empty())
+            token = value;
+        unsetenv(name);
     }
-    return {};
+    return token;
 }
 
 }  // namespace valdorn

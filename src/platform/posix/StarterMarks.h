@@ -13,9 +13,11 @@ namespace StarterMarks {
 // deceived in the same way. To be called before there is a second thread.
 bool takeSessionBus();
 
-// What the launcher has handed over to raise a window with, or nothing. Older launchers put
-// Wayland's token where X11's stands.
-std::string activationToken();
+// What the launcher has handed over to raise a window with, and to be told by that the launch is
+// over, or nothing. Older launchers put Wayland's token where X11's startup id stands. Takes it out
+// of the environment, so that nobody else uses it: no child, and not Qt, which would put the id on
+// whatever X11 window it shows first, and that may be much later. Before there is a second thread.
+std::string takeActivationToken();
 
 }  // namespace StarterMarks
 
