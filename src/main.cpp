@@ -287,7 +287,8 @@ void Application::quitFor(const std::string& activationToken) {
 
 // The names of the actions are those of the desktop entry.
 InstanceBus::Requests Application::busRequests() {
-    InstanceBus::Requests requests{opener(&AppDelegate::openStatus), {}};
+    InstanceBus::Requests requests;
+    requests.activate = opener(&AppDelegate::openStatus);
     requests.actions["runner-status"] = opener(&AppDelegate::openStatus);
     requests.actions["settings"] = opener(&AppDelegate::openSettings);
     requests.actions["log"] = opener(&AppDelegate::openLog);
