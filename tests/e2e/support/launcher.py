@@ -1,4 +1,6 @@
-"""Launches a desktop entry as GLib's desktops do. Run as a program: launcher.py ENTRY TOKEN [ACTION]"""
+"""Launches a desktop entry as GLib's desktops do.
+
+Usage: launcher.py ENTRY TOKEN [ACTION]"""
 
 import sys
 
