@@ -226,12 +226,5 @@ TEST_F(QtWindowHostTest, EmptyTokenTakesNothingAway) {
     EXPECT_EQ(view->tokenWhenShown, "leave-to-raise");
 }
 
-TEST_F(QtWindowHostTest, LaunchersTokenIsLeftForTheFirstWindow) {
-    qputenv("XDG_ACTIVATION_TOKEN", "from-the-launcher");
-    host.show(log);
-    EXPECT_EQ(view->tokenWhenShown, "from-the-launcher");
-    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "");
-}
-
 }  // namespace
 }  // namespace valdorn
