@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the log window costs as a whole: log_window.py BUILD-FOLDER.
+"""What the log window costs as a whole: log_window.py BUILD-FOLDER [--short].
 
 Opening it beside a minimal viewer, feeding it, and typing into its filter.
 """
@@ -12,10 +12,11 @@ import tempfile
 from support import harness
 from support.logs import make_log
 
-ROUNDS = 15
+ROUNDS = harness.rounds(15)
+LARGE = harness.scaled(4 << 30, 16 << 20)
 LINES = 5000
 BATCH = 500
-APPENDED = 20_000
+APPENDED = harness.scaled(20_000, 2000)
 MICROSECONDS_A_LINE = 15
 KEY_MILLISECONDS = 8
 QUERY = "4711 do"
@@ -39,11 +40,13 @@ def command(build, name, *arguments):
 
 def opening(build, folder, rows, misses):
     medians = []
-    for name, size in {"1 MiB": 1 << 20, "4 GiB": 4 << 30}.items():
+    for name, size in {"1 MiB": 1 << 20, "4 GiB": LARGE}.items():
         log = make_log(folder / "log", size)
         ours, reference = harness.by_turns(command(build, "open_log", log),
                                            command(build, "open_log_reference", log), ROUNDS)
         log.unlink()
+        harness.expect("lines", {numbers[0] for runs in (ours, reference) for _, numbers in runs},
+                       {LINES})
         growths = [max(numbers[1] for _, numbers in runs) / (1 << 20) for runs in (ours, reference)]
         ours, reference = (harness.Figure([took for took, _ in runs]) for runs in (ours, reference))
         ratio = ours.median / reference.median
@@ -60,7 +63,9 @@ def opening(build, folder, rows, misses):
 
 def feeding(build, folder, rows, misses):
     log = make_log(folder / "log", 1 << 20)
-    _, (_, paintings, *times) = harness.run(command(build, "append", log, APPENDED, BATCH))
+    _, (lines, paintings, *times) = harness.run(command(build, "append", log, APPENDED, BATCH))
+    harness.expect("lines", lines, LINES)
+    harness.expect("batches", len(times), APPENDED // BATCH)
     figure = harness.Figure([time / BATCH for time in times])
     rows.append([f"append, a line ({paintings} paintings for {len(times)} batches)",
                  figure.precise(), "", ""])
@@ -76,7 +81,8 @@ def typing(build, folder, rows, misses):
         text = "msg=\"step {} docker exec in the job container\" level=info, and so on; "
         lines = [(text.format(number) * 4)[:200] + ending for number in range(LINES)]
         log.write_text("\n".join(lines) + "\n", encoding="utf-8")
-        _, (_, *times) = harness.run(command(build, "typing", log, QUERY, ROUNDS))
+        _, (found, *times) = harness.run(command(build, "typing", log, QUERY, ROUNDS))
+        harness.expect("lines", found, LINES)
         figure = harness.Figure(times)
         rows.append([f"a key in the filter, {kind}", figure, "", ""])
         if figure.median > KEY_MILLISECONDS * 1e6:
@@ -90,9 +96,9 @@ def main(build):
                           QT_LOGGING_RULES="*=false")
         for part in (opening, feeding, typing):
             part(build, pathlib.Path(folder), rows, misses)
-    harness.publish_table(TITLE, INTRODUCTION, ["what", "ours", "minimal viewer", "ratio"], rows, misses)
-    return 1 if misses else 0
+    heads = ["what", "ours", "minimal viewer", "ratio"]
+    return harness.publish_table(TITLE, INTRODUCTION, heads, rows, misses)
 
 
 if __name__ == "__main__":
-    sys.exit(main(pathlib.Path(sys.argv[1]).resolve()))
+    sys.exit(main(harness.build_folder()))

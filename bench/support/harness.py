@@ -1,14 +1,44 @@
-"""What all benchmarks share: running two programs by turns, figures, and the table of results."""
+"""What all benchmarks share: running two programs by turns, figures, and the table of results.
+
+With --short a benchmark only shows that its programs still work: few rounds, small sizes, and no
+figure is judged or kept; a program that fails or counts wrongly fails it all the same.
+"""
 
 import os
 import pathlib
 import platform
 import re
 import statistics
+import sys
 import tempfile
 import time
 
 RESULTS = pathlib.Path(__file__).resolve().parent.parent / "results.md"
+SHORT = "--short" in sys.argv[1:]
+SHORT_ROUNDS = 2
+
+
+def scaled(full, short):
+    """A size, a peer, whatever costs time: as it is measured, and in the short form."""
+    return short if SHORT else full
+
+
+def rounds(full):
+    return scaled(full, min(full, SHORT_ROUNDS))
+
+
+def build_folder():
+    """Where the programs were built: the script's one argument."""
+    folders = [argument for argument in sys.argv[1:] if argument != "--short"]
+    if len(folders) != 1:
+        raise SystemExit(f"usage: {os.path.basename(sys.argv[0])} BUILD-FOLDER [--short]")
+    return pathlib.Path(folders[0]).resolve()
+
+
+def expect(what, found, wanted):
+    """What a program counts is no matter of speed: when it is wrong, there is nothing to measure."""
+    if found != wanted:
+        raise SystemExit(f"{what}: {found}, not {wanted}")
 
 
 def run(arguments):
@@ -28,7 +58,7 @@ def run(arguments):
 def by_turns(ours, reference, rounds):
     """Runs both as A B A B, after a few rounds that do not count; returns both lists of runs."""
     results = ([], [])
-    for number in range(-3, rounds):
+    for number in range(scaled(-3, 0), rounds):
         for arguments, runs in zip((ours, reference), results):
             result = run(arguments)
             if number >= 0:
@@ -80,6 +110,10 @@ def publish(title, text):
 
 
 def publish_table(title, introduction, heads, rows, misses):
-    """The same for a table and what in it misses its bar."""
+    """The same for a table and what in it misses its bar; returns the script's exit status."""
+    if SHORT:
+        print(f"{title}, in short form\n\n{table(heads, rows)}\n")
+        return 0
     verdict = f"**The bar is missed: {'; '.join(misses)}.**" if misses else "The bars are met."
     publish(title, f"{introduction}\n{table(heads, rows)}\n\n{verdict}")
+    return 1 if misses else 0

@@ -25,6 +25,7 @@ COMMANDS = {
     "./dev test": RunBy(".ci/run", "./dev test"),
     "./dev check": RunBy(".ci/run", "./dev check"),
     "./dev bench": RunBy("tests/docs/dev_test.py", '"bench"'),
+    "./dev bench --short": RunBy("tests/docs/dev_test.py", '"bench", "--short"'),
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
     "./dev format": RunBy("tests/docs/dev_test.py", '"format"'),
     "./dev package": RunBy("tests/docs/dev_test.py", '"package"'),

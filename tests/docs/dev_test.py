@@ -61,6 +61,21 @@ class CommandTest(DevCase):
         self.assertEqual(self.calls()[-2:], ["python3 bench/one.py build/bench",
                                              "python3 bench/two.py build/bench"])
 
+    def test_short_benchmarks_take_the_everyday_build_and_nothing_to_compare_with(self):
+        self.add_program("python3")
+        self.add_program("dpkg-query", _NOTE + "echo installed\n")
+        for name in ("one", "two"):
+            self.sandbox.write(f"tree/bench/{name}.py", "")
+        self.sandbox.write("tree/tools/dev/packages.sh",
+                           self.sandbox.read("tree/tools/dev/packages.sh") + "bench_packages=(peer)\n")
+        self.dev("bench", "--short", "two")
+        self.assertEqual(self.calls()[-2:], ["cmake --build --preset dev --target benchmarks",
+                                             "python3 bench/two.py build/dev --short"])
+        self.dev("bench", "--short")
+        self.assertEqual(self.calls()[-2:], ["python3 bench/one.py build/dev --short",
+                                             "python3 bench/two.py build/dev --short"])
+        self.assertFalse([call for call in self.calls() if call.endswith(" peer")])
+
     def test_an_unknown_word_is_no_command(self):
         self.assertIn('what is "tset"?', self.dev("tset", status=2))
 
@@ -71,6 +86,50 @@ class CommandTest(DevCase):
         self.assertEqual(set(re.findall(r"\./dev ([a-z]+)", usage)), commands)
         page = document("HACKING.md").text
         self.assertEqual(set(re.findall(r"^\| `\./dev ([a-z]+)`", page, re.MULTILINE)), commands)
+
+
+class BenchmarkTest(DevCase):
+    """A benchmark that misses its bar, as long as what it counts is right."""
+
+    SCRIPT = """
+import sys
+from support import harness
+harness.run(["/bin/sh", "-c", "exit {failure}"])
+harness.expect("lines", {lines}, 7)
+row = [harness.build_folder().name, harness.rounds(41), harness.scaled("4 GiB", "4 KiB")]
+sys.exit(harness.publish_table("Title", "Introduction.", ["a", "b", "c"], [row], ["all"]))
+"""
+
+    def bench(self, *arguments, failure=0, lines=7, status=0):
+        """What it says; the results that it leaves, if any."""
+        shutil.copytree(os.path.join(SOURCE, "bench/support"),
+                        os.path.join(self.sandbox.home, "tree/bench/support"), dirs_exist_ok=True)
+        script = self.SCRIPT.format(failure=failure, lines=lines)
+        self.sandbox.write("tree/bench/one.py", script)
+        said = self.dev("bench", *arguments, status=status)
+        left = "results.md" in self.sandbox.files("tree/bench")
+        return said, self.sandbox.read("tree/bench/results.md") if left else None
+
+    def test_the_full_form_judges_and_keeps_what_it_finds(self):
+        said, results = self.bench(status=1)
+        for text in (said, results):
+            self.assertIn("| bench | 41 | 4 GiB |", text)
+            self.assertIn("The bar is missed: all.", text)
+
+    def test_the_short_form_does_neither(self):
+        said, results = self.bench("--short")
+        self.assertIn("| dev | 2 | 4 KiB |", said)
+        self.assertNotIn("missed", said)
+        self.assertIsNone(results)
+
+    def test_fails_when_a_program_fails_or_counts_wrongly(self):
+        for form in ((), ("--short",)):
+            said, results = self.bench(*form, failure=1, status=1)
+            self.assertIn("sh failed", said)
+            self.assertIsNone(results)
+            said, results = self.bench(*form, lines=8, status=1)
+            self.assertIn("lines: 8, not 7", said)
+            self.assertIsNone(results)
 
 
 class PackageTest(DevCase):

@@ -1,14 +1,20 @@
-# ./dev bench: builds the benchmarks and runs them one by one. Sourced by ./dev.
+# The benchmarks, in full or in short form. Sourced by ./dev.
 
-# run_benchmarks [NAME...]: all when none is named. Goes on after one that misses its bar.
+# run_benchmarks PRESET [--short] [NAME...]: all when none is named. Goes on after one that fails.
 run_benchmarks() {
-    local name status=0
+    local preset=$1 short=() name status=0
+    shift
+    if [ "${1-}" = --short ]; then
+        short=(--short)
+        shift
+    fi
     if [ $# -eq 0 ]; then
         set -- bench/*.py
     fi
+    build "$preset" benchmarks || return
     for name in "$@"; do
         name=$(basename "$name" .py)
-        PYTHONDONTWRITEBYTECODE=1 python3 "bench/$name.py" build/bench || status=1
+        PYTHONDONTWRITEBYTECODE=1 python3 "bench/$name.py" "build/$preset" "${short[@]}" || status=1
     done
     return "$status"
 }

@@ -11,6 +11,11 @@ check_format() {
     [ "$status" -eq 1 ]  # nothing found; more would be git's own failure
 }
 
+check_benchmarks() {
+    heading "benchmarks: in short form, with the build that the tests have made"
+    run_benchmarks dev --short
+}
+
 check_tidy() {
     heading "clang: warnings, thread-safety analysis, clang-tidy"
     build tidy
@@ -41,6 +46,7 @@ check_memory() {
 
 check_all() {
     check_format
+    check_benchmarks
     check_tidy
     check_threads
     check_package
