@@ -1,0 +1,200 @@
+#include "program/Application.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QWidget>
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+#include "fleet/LogPath.h"
+#include "fleet/RunnerSelection.h"
+#include "logs/LogTailer.h"
+#include "logs/LogViewer.h"
+#include "platform/Environment.h"
+#include "platform/qt/StartupNotification.h"
+#include "platform/qt/SystemTraySurface.h"
+#include "runner/RegistrationForm.h"
+#include "text/CaseFold.h"
+#include "ui/TrayDrawing.h"
+#include "ui/log/LogViewerView.h"
+#include "ui/onboarding/OnboardingView.h"
+#include "ui/settings/ValdornSettingsView.h"
+#include "ui/status/RunnerStatusView.h"
+#include "update/ReleaseService.h"
+#include "update/UpdateChecker.h"
+
+namespace valdorn {
+
+namespace {
+
+// How long a start waits for the daemons that a killed instance has left. An idle daemon ends at
+// once; one that finishes a job may go on.
+constexpr std::chrono::seconds leftoverPatience{3};
+
+std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
+    return std::make_unique<SystemTraySurface>(host, std::move(content));
+}
+
+}  // namespace
+
+Application::Application(Ground& ground, const std::string& key,
+                         const std::optional<std::string>& ledger)
+    : ground_(ground),
+      key_(key),
+      ledger_(ledger ? std::make_optional<DaemonLedger>(ground.files, *ledger) : std::nullopt),
+      services_{mainQueue_, backgroundQueue_, launcher(),  ground_.files,
+                defaults_,  resources_,       ground_.host},
+      delegate_(AppDelegate::create({services_, statusItem_, windows_,
+                                     [this]() -> RunnersStore& { return store(); },
+                                     [this] { terminate(); }})),
+      statusItem_(
+          mainQueue_,
+          {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
+          makeSurface),
+      sessionBus_(mainQueue_, backgroundQueue_, SessionBus::connectToSession,
+                  {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
+      xembedTrays_([this] { hostSearch_.hostsChanged(); }),
+      hostSearch_(mainQueue_,
+                  {[this] { return isNotifierHostUsable(); },
+                   [this] { return xembedTrays_.isTrayPresent(); }},
+                  {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
+                   [this] { windows_.withdrawMenu(); }}),
+      launchGate_(mainQueue_, [this] { launch(); }),
+      quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
+    windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
+    windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
+    windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
+    windows_.registerView(WindowKind::onboarding, [this] { return makeOnboardingView(); });
+}
+
+QWidget* Application::makeSettingsView() {
+    return new ValdornSettingsView({mainQueue_, ground_.loginItems, ground_.log},
+                                   std::make_shared<RunnerSelection>(store().shared_from_this()),
+                                   RegistrationForm::create(mainQueue_, backgroundQueue_));
+}
+
+QWidget* Application::makeLogView() {
+    const auto logPath = [this] { return Config::logPath(store()); };
+    const CaseFold fold(Environment::characterLocale(ground_.host.environment()));
+    return new LogViewerView(
+        {mainQueue_, pasteboard_, workspace_, logPath},
+        std::make_unique<LogViewer>(mainQueue_,
+                                    LogTailer::create(mainQueue_, ground_.files, logPath()), fold));
+}
+
+QWidget* Application::makeStatusView() {
+    if (!http_)
+        http_.emplace(mainQueue_);
+    return new RunnerStatusView(
+        store().shared_from_this(), mainQueue_,
+        std::make_unique<UpdateChecker>(*http_, ReleaseService::baseUrl(ground_.host)));
+}
+
+QWidget* Application::makeOnboardingView() {
+    return new OnboardingView({store().first(), store().shared_from_this(), mainQueue_, workspace_,
+                               [this] { delegate_->openSettings(); },
+                               [this] { windows_.close(WindowKind::onboarding); }});
+}
+
+ChildLauncher& Application::launcher() {
+    if (!ledger_)
+        return *children_;
+    return recorder_ ? *recorder_ : recorder_.emplace(*children_, *ledger_);
+}
+
+void Application::launch() {
+    windows_.useActivationToken(ground_.activationToken);
+    delegate_->applicationDidFinishLaunching();
+    hostSearch_.start();
+    StartupNotification::complete(ground_.activationToken);
+}
+
+void Application::terminate() {
+    launchGate_.close();
+    quitSignals_.disarm();
+    // A relaunch that falls due now comes too late. Whoever waits for a registration tool lets go
+    // of it, so that the threads can be joined.
+    launcher().shutDown();
+    if (ledger_)
+        ledger_->clear();
+    QCoreApplication::quit();
+}
+
+void Application::onHostMissing() {
+    windows_.offerMenu(*delegate_->menu());
+    delegate_->openStatus();
+}
+
+void Application::onBusUp(const QDBusConnection& bus) {
+    notifierHosts_.emplace(bus, [this] { hostSearch_.hostsChanged(); });
+    instanceBus_.emplace(bus, key_, busRequests());
+}
+
+void Application::onBusDown() {
+    instanceBus_.reset();
+    notifierHosts_.reset();
+    statusItem_.loseBus();
+    hostSearch_.hostsChanged();
+}
+
+// Before it makes the first item for a notifier host, Qt looks for one itself, once, over a
+// connection of its own that does not come back with the bus.
+bool Application::isNotifierHostUsable() const {
+    return notifierHosts_ && notifierHosts_->isHostPresent() &&
+           (statusItem_.host() == TrayHost::notifier ||
+            QDBusConnection::sessionBus().isConnected());
+}
+
+void Application::openFor(const std::string& activationToken, void (AppDelegate::*open)()) {
+    windows_.useActivationToken(activationToken);
+    ((*delegate_).*open)();
+    StartupNotification::complete(activationToken);
+}
+
+// A window that whoever asks for it may raise, once there is a fleet to show.
+InstanceBus::OnActivate Application::opener(void (AppDelegate::*open)()) {
+    return [this, open](const std::string& token) {
+        launchGate_.request([this, open, token] { openFor(token, open); });
+    };
+}
+
+void Application::quitFor(const std::string& activationToken) {
+    delegate_->quit();
+    StartupNotification::complete(activationToken);
+}
+
+// The names of the actions are those of the desktop entry.
+InstanceBus::Requests Application::busRequests() {
+    InstanceBus::Requests requests;
+    requests.activate = opener(&AppDelegate::openStatus);
+    requests.actions["runner-status"] = opener(&AppDelegate::openStatus);
+    requests.actions["settings"] = opener(&AppDelegate::openSettings);
+    requests.actions["log"] = opener(&AppDelegate::openLog);
+    requests.actions["quit"] = [this](const std::string& token) { quitFor(token); };
+    return requests;
+}
+
+int Application::run() {
+    // An action starts the program where it does not run. It is not to start a fleet only to end
+    // it when the action is to quit.
+    if (ground_.isStartedByBus)
+        launchGate_.awaitRequest();
+    sessionBus_.start();
+    // Off the main thread, which goes on listening for signals: what a killed instance has left may
+    // take its time.
+    backgroundQueue_.run([this] {
+        if (ledger_)
+            ledger_->endLeftovers(leftoverPatience);
+        mainQueue_.post([this] { launchGate_.ready(); });
+    });
+    const int status = QApplication::exec();
+    if (sessionBus_.isLooking()) {
+        // The bus may never answer, and all that is still to be destroyed would wait for it.
+        children_.reset();
+        std::_Exit(status);
+    }
+    return status;
+}
+
+}  // namespace valdorn
