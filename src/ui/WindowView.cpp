@@ -3,7 +3,13 @@
 #include <QHideEvent>
 #include <QShowEvent>
 
+#include "ui/FocusRing.h"
+
 namespace valdorn {
+
+WindowView::WindowView(QSize leastSize) : leastSize_(leastSize) {
+    new FocusRing(*this);
+}
 
 QSize WindowView::minimumSizeHint() const {
     return QWidget::minimumSizeHint().expandedTo(leastSize_);

@@ -12,7 +12,7 @@ class WindowView : public QWidget {
 
 public:
     // At least that large, in device-independent pixels, and larger where its content needs it.
-    explicit WindowView(QSize leastSize) : leastSize_(leastSize) {}
+    explicit WindowView(QSize leastSize);
 
     QSize minimumSizeHint() const override;
 
