@@ -14,6 +14,7 @@ test_packages=(
 bench_packages=(
     python3 python3-dbus python3-gi xvfb dbus openbox xdotool x11-utils xfce4-panel lxqt-panel
     flameshot copyq keepassxc qbittorrent
+    s6 daemontools runit supervisor
 )
 package_packages=(librsvg2-bin dpkg-dev file git)
 check_packages=(
