@@ -4,10 +4,9 @@
 #include <string>
 
 #include <fcntl.h>
-#include <spawn.h>
 
+#include "platform/posix/ChildBirth.h"
 #include "platform/posix/Descriptor.h"
-#include "platform/posix/SpawnPlan.h"
 
 namespace valdorn {
 
@@ -17,16 +16,12 @@ void leaveToDrain(int output) {
     // cat takes a read that would block for an error.
     if (!nowhere || !folder || fcntl(output, F_SETFL, 0) != 0)
         return;
-    const SpawnPlan plan(output, nowhere.value().number(), folder.value().number());
-    if (plan.error() != 0)
-        return;
-    std::string name = "cat";
+    std::string name = "/bin/cat";
     const std::array<char*, 2> arguments{name.data(), nullptr};
     const std::array<char*, 1> environment{nullptr};
-    pid_t pid = 0;
     // Reaped by whoever is our children's parent once we are gone.
-    posix_spawn(&pid, "/bin/cat", plan.actions(), plan.attributes(), arguments.data(),
-                environment.data());
+    const auto ignored = giveBirth({name.c_str(), arguments.data(), environment.data(), output,
+                                    nowhere.value().number(), folder.value().number()});
 }
 
 }  // namespace valdorn
