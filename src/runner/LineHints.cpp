@@ -14,22 +14,24 @@ namespace {
 
 namespace Texts = RunnerLogTexts;
 
-// Three neighbours within a text, the rarest that it has in what jobs and daemons print.
+// The letters around a blank of a text. All hints have the blank in common, so it is looked for once;
+// of the blanks of a text it is the one that other lines have least between these letters.
 struct Hint {
     std::string_view text;
     std::string_view letters;
 };
 
 constexpr std::array hints{
-    Hint{Texts::version, "h v"},  Hint{Texts::repository, "po "}, Hint{Texts::jobStarted, "xPa"},
-    Hint{Texts::finished, "d ("}, Hint{Texts::declared, "ssf"},   Hint{Texts::noRoute, "o h"},
-    Hint{Texts::denied, "nie"},
+    Hint{Texts::version, "h v"},  Hint{Texts::repository, "o i"}, Hint{Texts::jobStarted, "h m"},
+    Hint{Texts::finished, "d ("}, Hint{Texts::declared, "e s"},   Hint{Texts::noRoute, "o h"},
+    Hint{Texts::denied, "n d"},
 };
 
 constexpr std::size_t letters = 3;
 
 constexpr bool isWithin(const Hint& hint) {
-    return hint.letters.size() == letters && hint.text.find(hint.letters) != std::string_view::npos;
+    return hint.letters.size() == letters && hint.letters[1] == ' ' &&
+           hint.text.find(hint.letters) != std::string_view::npos;
 }
 static_assert(std::all_of(hints.begin(), hints.end(), isWithin));
 
@@ -54,13 +56,12 @@ Hits areAll(Bytes bytes, char letter) {
 
 // Where any hint begins.
 Hits hitsIn(const char* window) {
-    const Bytes first = bytesAt(window);
-    const Bytes second = bytesAt(window + 1);
-    const Bytes third = bytesAt(window + 2);
+    const Bytes before = bytesAt(window);
+    const Bytes after = bytesAt(window + 2);
     Hits hits{};
     for (const auto& [text, letter] : hints)
-        hits |= areAll(first, letter[0]) & areAll(second, letter[1]) & areAll(third, letter[2]);
-    return hits;
+        hits |= areAll(before, letter[0]) & areAll(after, letter[2]);
+    return hits & areAll(bytesAt(window + 1), ' ');
 }
 
 bool isAny(Hits hits) {

@@ -50,6 +50,14 @@ std::string_view labelOf(std::string_view line) {
     return job.empty() || contains(job, " ") ? std::string_view{} : label;
 }
 
+// True when the label of the line is this one: quicker than finding out what it is, and nearly all
+// labelled lines follow one of the same job.
+bool hasLabel(std::string_view line, std::string_view label) {
+    const std::size_t end = label.size() + 1;
+    return !label.empty() && end < line.size() && line.front() == '[' && line[end] == ']' &&
+           line.substr(1, label.size()) == label;
+}
+
 }  // namespace
 
 RunnerLogEvent RunnerLog::event(std::string_view line) {
@@ -90,14 +98,14 @@ std::vector<RunnerNews> RunnerLog::news(std::span<const std::string_view> lines)
     std::vector<RunnerNews> all;
     std::string_view lastJob;  // that still stands after all news so far; empty for none
     for (const std::string_view line : lines) {
-        const std::string_view job = labelOf(line);
-        const bool isNewJob = !job.empty() && job != lastJob;
+        const std::string_view newJob =
+            hasLabel(line, lastJob) ? std::string_view{} : labelOf(line);
         const bool mayTell = LineHints::mayTell(line);
-        if (!isNewJob && !mayTell)
+        if (newJob.empty() && !mayTell)
             continue;
         RunnerNews news;
-        if (isNewJob)
-            news.job = lastJob = job;
+        if (!newJob.empty())
+            news.job = lastJob = newJob;
         if (mayTell) {
             news.version = version(line);
             news.event = event(line);
