@@ -106,7 +106,7 @@ TEST_F(PosixChildLifeTest, AChattyGrandchildCannotPutOffTheExit) {
 }
 
 TEST_F(PosixChildLifeTest, OutputRightBeforeTheExitIsNeverLost) {
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         ChildRecorder recorder;
         const auto child =
             launch(childCommand("play", {"print:last", "print: words", "exit:1"}), recorder);
