@@ -162,7 +162,7 @@ void install(const Order& order) {
 
 long linesIn(const std::string& path) {
     std::ifstream file(path);
-    std::vector<char> block(1 << 20);
+    std::vector<char> block(1 << 16);
     long lines = 0;
     while (file.read(block.data(), static_cast<long>(block.size())) || file.gcount() > 0)
         lines += std::count(block.begin(), block.begin() + file.gcount(), '\n');
