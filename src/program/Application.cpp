@@ -12,6 +12,7 @@
 #include "logs/LogTailer.h"
 #include "logs/LogViewer.h"
 #include "platform/Environment.h"
+#include "platform/qt/NotifierItem.h"
 #include "platform/qt/StartupNotification.h"
 #include "platform/qt/SystemTraySurface.h"
 #include "runner/RegistrationForm.h"
@@ -32,10 +33,6 @@ namespace {
 // once; one that finishes a job may go on.
 constexpr std::chrono::seconds leftoverPatience{3};
 
-std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
-    return std::make_unique<SystemTraySurface>(host, std::move(content));
-}
-
 }  // namespace
 
 Application::Application(Ground& ground, const std::string& key,
@@ -51,12 +48,14 @@ Application::Application(Ground& ground, const std::string& key,
       statusItem_(
           mainQueue_,
           {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
-          makeSurface),
+          [this](TrayHost host, TraySurface::Content content) {
+              return makeSurface(host, std::move(content));
+          }),
       sessionBus_(mainQueue_, backgroundQueue_, SessionBus::connectToSession,
                   {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
-                  {[this] { return isNotifierHostUsable(); },
+                  {[this] { return notifierHosts_ && notifierHosts_->isHostPresent(); },
                    [this] { return xembedTrays_.isTrayPresent(); }},
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
@@ -138,12 +137,12 @@ void Application::onBusDown() {
     hostSearch_.hostsChanged();
 }
 
-// Before it makes the first item for a notifier host, Qt looks for one itself, once, over a
-// connection of its own that does not come back with the bus.
-bool Application::isNotifierHostUsable() const {
-    return notifierHosts_ && notifierHosts_->isHostPresent() &&
-           (statusItem_.host() == TrayHost::notifier ||
-            QDBusConnection::sessionBus().isConnected());
+std::unique_ptr<TraySurface> Application::makeSurface(TrayHost host, TraySurface::Content content) {
+    if (host == TrayHost::xembed)
+        return std::make_unique<SystemTraySurface>(content);
+    return std::make_unique<NotifierItem>(
+        SessionBus::connection(), std::move(content),
+        [this](const std::string& token) { windows_.useActivationToken(token); });
 }
 
 void Application::openFor(const std::string& activationToken, void (AppDelegate::*open)()) {

@@ -56,7 +56,7 @@ private:
     void onHostMissing();
     void onBusUp(const QDBusConnection& bus);
     void onBusDown();
-    bool isNotifierHostUsable() const;
+    std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content);
     InstanceBus::Requests busRequests();
     InstanceBus::OnActivate opener(void (AppDelegate::*open)());
     void openFor(const std::string& activationToken, void (AppDelegate::*open)());

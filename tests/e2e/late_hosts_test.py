@@ -144,7 +144,8 @@ class LateHostsTest(ProgramCase):
     def test_stay_usable_and_find_their_place_at_last(self):
         for begin in (self.begin_a_minute_early, self.begin_a_bit_early, self.begin_and_lose_host,
                       self.begin_without_bus, self.begin_and_lose_bus, self.begin_on_a_new_bus,
-                      self.begin_beside_an_old_tray, self.begin_on_wayland, self.begin_in_time):
+                      self.begin_before_the_bus, self.begin_beside_an_old_tray,
+                      self.begin_on_wayland, self.begin_in_time):
             begin()
         self.follow_plan()
 
@@ -181,14 +182,14 @@ class LateHostsTest(ProgramCase):
         self.at(place, 50, place.second_start)
 
     def begin_on_a_new_bus(self):
-        """Qt has looked for hosts on the old one, which had none: there is no item then."""
+        """The old one has never had a host."""
         place = Place(self, "new bus")
-        place.desktop.bus.end()
-        place.desktop.bus.begin()
-        place.new_host()
-        self.waits_in_vain(place)
-        self.at(place, 40, place.second_start, lambda: place.choose("Up"),
-                lambda: self.assertEqual(place.program.wait_for_end(), 0))
+        self.finds_host(place, 3, place.desktop.bus.end, place.desktop.bus.begin)
+
+    def begin_before_the_bus(self):
+        place = Place(self, "late bus", begin_on=lambda desktop: desktop.bus.end())
+        self.finds_host(place, 3, place.desktop.bus.begin)
+        self.at(place, 6, place.second_start)
 
     def begin_beside_an_old_tray(self):
         place = Place(self, "old tray", Desktop, begin_on=lambda desktop: desktop.start(

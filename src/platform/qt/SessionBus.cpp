@@ -28,6 +28,10 @@ QDBusConnection SessionBus::connectToSession(const QString& name) {
     return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
 }
 
+QDBusConnection SessionBus::connection() {
+    return QDBusConnection(connectionName());
+}
+
 void SessionBus::start() {
     onLooked(connect_(connectionName()));
 }

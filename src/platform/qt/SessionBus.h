@@ -45,6 +45,9 @@ public:
     // is made: libdbus would run a program each time, to find or start one.
     void start();
 
+    // The one that was told last to be up.
+    static QDBusConnection connection();
+
     // The usual way: to the bus that the environment names.
     static QDBusConnection connectToSession(const QString& name);
 

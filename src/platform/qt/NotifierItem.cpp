@@ -1,0 +1,141 @@
+#include "platform/qt/NotifierItem.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QImage>
+#include <QPixmap>
+#include <QtEndian>
+#include <utility>
+
+namespace valdorn {
+
+namespace {
+
+QString watcherName() {
+    return QStringLiteral("org.kde.StatusNotifierWatcher");
+}
+
+QString itemPath() {
+    return QStringLiteral("/StatusNotifierItem");
+}
+
+// As such items are called: by the process, and counted in it.
+QString newName() {
+    static int count = 0;
+    return QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
+        .arg(QCoreApplication::applicationPid())
+        .arg(++count);
+}
+
+QDBusMessage callToBus(const char* method) {
+    return QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QLatin1String(method));
+}
+
+void registerTypes() {
+    [[maybe_unused]] static const bool once = [] {
+        qDBusRegisterMetaType<PictureOnBus>();
+        qDBusRegisterMetaType<QList<PictureOnBus>>();
+        qDBusRegisterMetaType<ToolTipOnBus>();
+        return true;
+    }();
+}
+
+PictureOnBus onBus(const QImage& picture) {
+    const QImage image = picture.convertToFormat(QImage::Format_ARGB32);
+    PictureOnBus result{image.width(), image.height(),
+                        QByteArray(image.sizeInBytes(), Qt::Uninitialized)};
+    qToBigEndian<quint32>(image.constBits(), image.sizeInBytes() / qsizetype{sizeof(quint32)},
+                          result.pixels.data());
+    return result;
+}
+
+QList<PictureOnBus> inEachSize(const QIcon& icon) {
+    QList<PictureOnBus> pictures;
+    for (const QSize size : icon.availableSizes())
+        pictures.append(onBus(icon.pixmap(size, 1.0).toImage()));
+    return pictures;
+}
+
+}  // namespace
+
+NotifierItem::NotifierItem(QDBusConnection bus, Content content,
+                           OnActivationToken onActivationToken)
+    : bus_(std::move(bus)),
+      ownName_(newName()),
+      content_(std::move(content)),
+      onActivationToken_(std::move(onActivationToken)),
+      icon_(content_.icon),
+      menu_(bus_, menuPath_.path(), content_.menu) {
+    registerTypes();
+    if (!bus_.isConnected())
+        return;
+    bus_.registerObject(itemPath(), this, QDBusConnection::ExportAllContents);
+    constexpr uint doNotQueue = 4;
+    constexpr uint isPrimaryOwner = 1;
+    auto* const call = new QDBusPendingCallWatcher(
+        bus_.asyncCall(callToBus("RequestName") << ownName_ << doNotQueue), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
+        call->deleteLater();
+        const QDBusPendingReply<uint> reply = *call;
+        onNamed(reply.isValid() && reply.value() == isPrimaryOwner);
+    });
+}
+
+NotifierItem::~NotifierItem() {
+    if (!bus_.isConnected())
+        return;
+    bus_.send(callToBus("ReleaseName") << ownName_);
+}
+
+// The name may be another's, where processes that share a bus do not share their numbers. That of
+// the connection is ours alone.
+void NotifierItem::onNamed(bool isOurs) {
+    enrolledName_ = isOurs ? ownName_ : bus_.baseService();
+    watchers_.setConnection(bus_);
+    watchers_.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
+    watchers_.addWatchedService(watcherName());
+    connect(&watchers_, &QDBusServiceWatcher::serviceRegistered, this, [this] { enrol(); });
+    enrol();
+}
+
+void NotifierItem::enrol() {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(watcherName(), QStringLiteral("/StatusNotifierWatcher"),
+                                       watcherName(), QStringLiteral("RegisterStatusNotifierItem"));
+    call << enrolledName_;
+    call.setAutoStartService(false);
+    bus_.asyncCall(call);
+}
+
+void NotifierItem::setIcon(const QIcon& icon) {
+    icon_ = icon;
+    pictures_.reset();
+    Q_EMIT NewIcon();
+}
+
+const QList<PictureOnBus>& NotifierItem::pictures() {
+    return pictures_ ? *pictures_ : pictures_.emplace(inEachSize(icon_));
+}
+
+void NotifierItem::Activate(int, int) {
+    content_.onOpenMenu();
+}
+
+void NotifierItem::SecondaryActivate(int, int) {}
+
+void NotifierItem::ContextMenu(int, int) {
+    content_.onOpenMenu();
+}
+
+void NotifierItem::Scroll(int, const QString&) {}
+
+void NotifierItem::ProvideXdgActivationToken(const QString& token) {
+    onActivationToken_(token.toStdString());
+}
+
+}  // namespace valdorn
