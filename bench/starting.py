@@ -26,15 +26,13 @@ PEERS = {
     "keepassxc": {".config/keepassxc/keepassxc.ini":
                   "[General]\nUpdateCheckMessageShown=true\n"
                   "[GUI]\nShowTrayIcon=true\nMinimizeOnStartup=true\nMinimizeToTray=true\n"},
-    "qbittorrent": {".config/qBittorrent/qBittorrent.conf":
-                    "[LegalNotice]\nAccepted=true\n[Preferences]\nGeneral\\StartMinimized=true\n"},
 }
 
 TITLE = "Starting, and memory at rest"
 INTRODUCTION = f"""\
 On a virtual display with a bus and a status bar of its own, files in the kernel's memory. By turns,
-{ROUNDS} rounds: from fork until the item registers at the bar; memory {SETTLING:.0f} s later, once the bar has read
-the icons and the menu. Ours supervises {RUNNERS} quiet runners and has shown no window; the minimal program
+{ROUNDS} rounds: from fork until the item registers at the bar; memory {SETTLING:.0f} s later, in which the bar
+has read the icons and the menu. Ours supervises {RUNNERS} quiet runners and has shown no window; the minimal program
 is a `QSystemTrayIcon` with a menu of as many rows as ours. Programs of others, where they are
 installed, stand below for scale.
 

@@ -61,10 +61,11 @@ class Shown:
         self.item = item
 
     def settle(self, seconds):
-        """Reads what a bar reads of an item, and lets it come to rest."""
+        """Lets it come to rest, with what a bar reads of an item in the middle."""
+        waiting.spend(seconds / 2)
         self.item.pixmaps()
         self.item.menu().entries()
-        waiting.spend(seconds)
+        waiting.spend(seconds / 2)
 
 
 def answer_until(condition, process):
