@@ -15,6 +15,7 @@ bench_packages=(
     python3 python3-dbus python3-gi xvfb dbus openbox xdotool x11-utils xfce4-panel lxqt-panel
     flameshot copyq keepassxc
     s6 daemontools runit supervisor
+    lnav
 )
 package_packages=(librsvg2-bin dpkg-dev file git)
 check_packages=(
