@@ -56,6 +56,11 @@ TEST(RunnerNews, JobThatComesBackIsToldAgain) {
               (std::vector<RunnerNews>{job("a/b"), job("c/d"), job("a/b")}));
 }
 
+TEST(RunnerNews, JobIsNotTakenForAnotherThatItBeginsLike) {
+    EXPECT_EQ(newsOf({"[a/b]", "[a/bc] x", "[a/b", "[a/b]"}),
+              (std::vector<RunnerNews>{job("a/b"), job("a/bc"), job("a/b")}));
+}
+
 TEST(RunnerNews, JobIsToldAgainAfterADeclarationTookItBack) {
     const RunnerNews declared{std::nullopt, std::nullopt, {Kind::declared, {}}};
     EXPECT_EQ(newsOf({"[a/b]", "declare successfully", "[a/b]"}),
@@ -122,9 +127,9 @@ public:
 private:
     // A text, a piece of one, or something else, so that texts stand everywhere, cut and whole.
     std::string part() {
-        static const Lines others{
-            "[a/b] ", "[c/d]",        "[",           "]", "/", " ", "Worker", "x", ",",
-            "\r\n",   "\xE2\x80\xA6", "no h ssf d ("};
+        static const Lines others{"[a/b] ",      "[c/d]",  "[a/bc]", "[", "]",    "/",
+                                  " ",           "Worker", "x",      ",", "\r\n", "\xE2\x80\xA6",
+                                  "no h ssf d ("};
         const std::string& text = texts()[below(texts().size())];
         switch (below(4)) {
             case 0:
