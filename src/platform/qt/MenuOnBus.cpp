@@ -2,7 +2,6 @@
 
 #include <QDBusError>
 #include <QDBusMetaType>
-#include <QMetaObject>
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -85,7 +84,12 @@ MenuOnBus::MenuOnBus(QDBusConnection bus, const QString& path, MenuModel& model)
     registerTypes();
     for (const MenuItem& item : model.items())
         told_.push_back(changeable(item));
-    changes_ = model.onDidChange([this](const MenuItem&) { tellLater(); });
+    endOfTurn_.setSingleShot(true);
+    connect(&endOfTurn_, &QTimer::timeout, this, [this] {
+        tell();
+        activateChosen();
+    });
+    changes_ = model.onDidChange([this](const MenuItem&) { endOfTurn_.start(); });
     bus.registerObject(path, this, QDBusConnection::ExportAllContents);
 }
 
@@ -145,14 +149,20 @@ QDBusVariant MenuOnBus::GetProperty(int id, const QString& name) {
     return QDBusVariant(value);
 }
 
-// After the answer: the choice may be the end of this.
 void MenuOnBus::take(int id, const QString& eventId) {
     if (id == 0 || eventId != QLatin1String("clicked"))
         return;
-    const MenuItem& item = model_.items()[static_cast<std::size_t>(id - 1)];
-    if (!item.separator)
-        QMetaObject::invokeMethod(
-            this, [&model = model_, &item] { model.activate(item.id); }, Qt::QueuedConnection);
+    chosen_.push_back(&model_.items()[static_cast<std::size_t>(id - 1)]);
+    endOfTurn_.start();
+}
+
+// After the answer, and touching nothing of this: a choice may be its end.
+void MenuOnBus::activateChosen() {
+    const MenuModel& model = model_;
+    for (const MenuItem* const item : std::exchange(chosen_, {})) {
+        if (!item->separator)
+            model.activate(item->id);
+    }
 }
 
 void MenuOnBus::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
@@ -180,14 +190,7 @@ QList<int> MenuOnBus::AboutToShowGroup(const QList<int>& ids, QList<int>& idErro
     return {};
 }
 
-void MenuOnBus::tellLater() {
-    if (!std::exchange(isTellingLater_, true))
-        QMetaObject::invokeMethod(
-            this, [this] { tell(); }, Qt::QueuedConnection);
-}
-
 void MenuOnBus::tell() {
-    isTellingLater_ = false;
     QList<MenuEntryOnBus> updated;
     for (std::size_t index = 0; index < told_.size(); ++index) {
         const QVariantMap now = changeable(model_.items()[index]);

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QObject>
 #include <QStringList>
+#include <QTimer>
 #include <QVariantMap>
 #include <tuple>
 #include <vector>
@@ -100,7 +101,7 @@ private:
     QList<int> strangersAmong(const QList<int>& ids);
     QVariantMap propertiesOf(int id, const QStringList& names = {}) const;
     void take(int id, const QString& eventId);
-    void tellLater();
+    void activateChosen();
     void tell();
 
     const uint version_ = 3;
@@ -109,7 +110,8 @@ private:
     const QStringList iconThemePath_;
     MenuModel& model_;
     std::vector<QVariantMap> told_;  // what can change of each entry, as it was told last
-    bool isTellingLater_ = false;
+    std::vector<const MenuItem*> chosen_;
+    QTimer endOfTurn_;
     Subscription changes_;
 };
 
