@@ -8,14 +8,20 @@
 // thread once, for so long. --keys presses a key every few milliseconds and prints in addition how
 // many were answered and after how many microseconds: each of them.
 #include <QApplication>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/ChildLauncher.h"

@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
+#include <memory>
 #include <random>
 #include <thread>
 #include <vector>
