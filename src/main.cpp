@@ -16,6 +16,7 @@
 #include "program/Application.h"
 #include "program/Ground.h"
 #include "program/SecondStart.h"
+#include "program/SessionConnection.h"
 
 namespace valdorn {
 namespace {
@@ -45,6 +46,9 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
+    SessionConnection::keepQtFromSilentBus(ground.sessionBus);
+    // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
+    QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
     QApplication application(argumentCount, &programName);
     qInstallMessageHandler(usual);
@@ -67,10 +71,11 @@ int run(int argc, char** argv) {
         return runApplication(ground, std::nullopt, argv[0]);
     SecondStart::Lock lock = InstanceLock::acquire(place->lockPath());
     if (SecondStart::isHeldByAnother(lock) &&
-        SecondStart::activateRunningInstance(*place, ground.activationToken, lock, argv[0]))
+        SecondStart::activateRunningInstance(ground, *place, lock, argv[0]))
         return EXIT_SUCCESS;
     if (SecondStart::isHeldByAnother(lock)) {
-        SecondStart::complainOfUnreachable();
+        std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n",
+                   stderr);
         return EXIT_FAILURE;
     }
     ground.loginItems.refreshMovedExecutable();

@@ -4,7 +4,6 @@
 #include <QDBusConnection>
 #include <QWidget>
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
 #include "fleet/LogPath.h"
@@ -15,6 +14,7 @@
 #include "platform/qt/NotifierItem.h"
 #include "platform/qt/StartupNotification.h"
 #include "platform/qt/SystemTraySurface.h"
+#include "program/SessionConnection.h"
 #include "runner/RegistrationForm.h"
 #include "text/CaseFold.h"
 #include "ui/TrayDrawing.h"
@@ -51,7 +51,10 @@ Application::Application(Ground& ground, const std::string& key,
           [this](TrayHost host, TraySurface::Content content) {
               return makeSurface(host, std::move(content));
           }),
-      sessionBus_(mainQueue_, backgroundQueue_, SessionBus::connectToSession,
+      sessionBus_(mainQueue_, backgroundQueue_,
+                  [&ground](const QString& name) {
+                      return SessionConnection::open(ground.sessionBus, name);
+                  },
                   {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
@@ -111,6 +114,9 @@ void Application::launch() {
 
 void Application::terminate() {
     launchGate_.close();
+    // Whoever asks from now on is to find nobody, and to start the program anew.
+    if (instanceBus_)
+        instanceBus_->leave();
     quitSignals_.disarm();
     // A relaunch that falls due now comes too late. Whoever waits for a registration tool lets go
     // of it, so that the threads can be joined.
@@ -187,13 +193,7 @@ int Application::run() {
             ledger_->endLeftovers(leftoverPatience);
         mainQueue_.post([this] { launchGate_.ready(); });
     });
-    const int status = QApplication::exec();
-    if (sessionBus_.isLooking()) {
-        // The bus may never answer, and all that is still to be destroyed would wait for it.
-        children_.reset();
-        std::_Exit(status);
-    }
-    return status;
+    return QApplication::exec();
 }
 
 }  // namespace valdorn

@@ -58,6 +58,29 @@ bool isWorthARetry(const QDBusMessage& answer) {
            answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
+QDBusMessage callToInstance(const std::string& key, const QString& interface,
+                            const QString& method) {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(busName(key), objectPath(), interface, method);
+    call.setAutoStartService(false);
+    return call;
+}
+
+bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call,
+                std::chrono::milliseconds patience, const std::function<bool()>& hasEnded) {
+    const QDeadlineTimer end(patience);
+    while (bus.isConnected()) {
+        const int left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
+        const QDBusMessage answer = bus.call(call, QDBus::Block, left);
+        if (answer.type() == QDBusMessage::ReplyMessage)
+            return true;
+        if (!isWorthARetry(answer) || hasEnded() || end.hasExpired())
+            return false;
+        std::this_thread::sleep_for(retryPause);
+    }
+    return false;
+}
+
 }  // namespace
 
 InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests requests)
@@ -72,7 +95,11 @@ InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests r
 }
 
 InstanceBus::~InstanceBus() {
-    if (!bus_.isConnected())
+    leave();
+}
+
+void InstanceBus::leave() {
+    if (std::exchange(hasLeft_, true) || !bus_.isConnected())
         return;
     bus_.send(callToBus(QStringLiteral("ReleaseName")) << plainBusName());
     bus_.send(callToBus(QStringLiteral("ReleaseName")) << name_);
@@ -83,34 +110,40 @@ bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std:
                                           const std::string& activationToken,
                                           std::chrono::milliseconds patience,
                                           const std::function<bool()>& hasEnded) {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        busName(key), objectPath(), QStringLiteral("org.freedesktop.Application"),
-        QStringLiteral("Activate"));
-    call << platformData(activationToken);
-    call.setAutoStartService(false);
-    const QDeadlineTimer end(patience);
-    while (bus.isConnected()) {
-        const int left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
-        const QDBusMessage answer = bus.call(call, QDBus::Block, left);
-        if (answer.type() == QDBusMessage::ReplyMessage)
-            return true;
-        if (!isWorthARetry(answer) || hasEnded() || end.hasExpired())
-            return false;
-        std::this_thread::sleep_for(retryPause);
-    }
-    return false;
+    const QDBusMessage call = callToInstance(key, QStringLiteral("org.freedesktop.Application"),
+                                             QStringLiteral("Activate"))
+                              << platformData(activationToken);
+    return isAnswered(bus, call, patience, hasEnded);
+}
+
+bool InstanceBus::awaitRunningInstance(const QDBusConnection& bus, const std::string& key,
+                                       std::chrono::milliseconds patience,
+                                       const std::function<bool()>& hasEnded) {
+    const QDBusMessage call =
+        callToInstance(key, QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    return isAnswered(bus, call, patience, hasEnded);
+}
+
+// What had come before the names were given back is still delivered.
+bool InstanceBus::refuseWhenGone() {
+    if (hasLeft_)
+        sendErrorReply(QDBusError::UnknownObject, QStringLiteral("This instance is ending"));
+    return hasLeft_;
 }
 
 void InstanceBus::Activate(const QVariantMap& platformData) {
-    requests_.activate(activationToken(platformData));
+    if (!refuseWhenGone())
+        requests_.activate(activationToken(platformData));
 }
 
 void InstanceBus::Open(const QStringList&, const QVariantMap& platformData) {
-    requests_.activate(activationToken(platformData));
+    Activate(platformData);
 }
 
 void InstanceBus::ActivateAction(const QString& name, const QVariantList&,
                                  const QVariantMap& platformData) {
+    if (refuseWhenGone())
+        return;
     const auto action = requests_.actions.find(name.toStdString());
     if (action == requests_.actions.end())
         sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no action ") + name);

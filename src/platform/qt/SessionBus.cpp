@@ -24,10 +24,6 @@ SessionBus::~SessionBus() {
     QDBusConnection::disconnectFromBus(connectionName());
 }
 
-QDBusConnection SessionBus::connectToSession(const QString& name) {
-    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
-}
-
 QDBusConnection SessionBus::connection() {
     return QDBusConnection(connectionName());
 }
@@ -37,7 +33,6 @@ void SessionBus::start() {
 }
 
 void SessionBus::look() {
-    isLooking_ = true;
     backgroundQueue_.run(
         [&queue = mainQueue_, connect = connect_, weak = std::weak_ptr<SessionBus*>(self_)] {
             QDBusConnection bus = connect(connectionName());
@@ -51,7 +46,6 @@ void SessionBus::look() {
 }
 
 void SessionBus::onLooked(QDBusConnection bus) {
-    isLooking_ = false;
     // The connection itself says when it has lost the bus.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,

@@ -18,8 +18,8 @@ class SessionBus : public QObject {
     Q_OBJECT
 
 public:
-    // Opens a connection of that name, connected or not. It may block: until a bus that takes the
-    // connection has answered, and libdbus waits for that without end. Any thread.
+    // Opens a connection of that name, connected or not. It may block, but not for long: the
+    // destruction waits for it. Any thread.
     using Connect = std::function<QDBusConnection(const QString& name)>;
 
     struct Callbacks {
@@ -36,20 +36,13 @@ public:
     // Waits for a look that is under way.
     ~SessionBus() override;
 
-    // Whether a look is under way, which may never end: then whoever ends the process should not
-    // wait for it.
-    bool isLooking() const { return isLooking_; }
-
-    // Connects here and now, as Qt does at its own start; later attempts are made in the
-    // background. Where there is no bus at the start and no address in the environment either, none
+    // Connects here and now, so that hosts and a second start find us as soon as they can; later
+    // attempts are made in the background. Where there is no bus at the start and no address in the environment either, none
     // is made: libdbus would run a program each time, to find or start one.
     void start();
 
     // The one that was told last to be up.
     static QDBusConnection connection();
-
-    // The usual way: to the bus that the environment names.
-    static QDBusConnection connectToSession(const QString& name);
 
 private Q_SLOTS:
     void onDisconnected();
@@ -66,7 +59,6 @@ private:
     const Connect connect_;
     const Callbacks callbacks_;
     State state_ = State::neverUp;
-    bool isLooking_ = false;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };
