@@ -62,8 +62,8 @@ ChildReader::~ChildReader() {
 std::optional<int> ChildReader::watch(SpawnedChild child, ChildHandlers handlers) {
     const ChildKey key = reserve();
     auto budget = std::make_shared<OutputBudget>(mailbox_, key);
-    auto watched =
-        std::make_shared<WatchedChild>(std::move(child), std::move(handlers), std::move(budget));
+    auto watched = std::make_shared<WatchedChild>(std::move(child), std::move(handlers),
+                                                  std::move(budget), largePipes_);
     // The reader gets to see it only once nothing can fail any more.
     if (!enroll(key, watched->child())) {
         const int why = errno;

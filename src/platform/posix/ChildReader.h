@@ -12,6 +12,7 @@
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildMailbox.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/LargePipes.h"
 #include "platform/posix/SpawnedChild.h"
 
 namespace valdorn {
@@ -63,6 +64,7 @@ private:
     ChildKey lastKey_ = 0;                          // guarded by mutex_
 
     // The reading thread's own.
+    LargePipes largePipes_;
     std::unordered_map<ChildKey, Child> ready_;  // may have something to read
     std::vector<char> buffer_;
     bool isStopping_ = false;

@@ -8,18 +8,22 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "platform/posix/ChunkEnd.h"
 #include "platform/posix/OutputDrain.h"
 
 namespace valdorn {
 
 WatchedChild::WatchedChild(SpawnedChild child, ChildHandlers handlers,
-                           std::shared_ptr<OutputBudget> budget)
-    : child_(std::move(child)), handlers_(std::move(handlers)), budget_(std::move(budget)) {}
+                           std::shared_ptr<OutputBudget> budget, LargePipes& largePipes)
+    : child_(std::move(child)),
+      handlers_(std::move(handlers)),
+      budget_(std::move(budget)),
+      largePipes_(largePipes) {}
 
 WatchedChild::Turn WatchedChild::takeTurn(std::span<char> buffer) {
     if (!handlers_)
         return Turn::finished;
-    if (exit_ && leftAtExitBytes_ == 0)
+    if (exit_ && leftAtExitBytes_ == 0 && begun_.empty())
         return reportExit();
     if (!child_.output || budget_->isOverdrawn())
         return Turn::wait;
@@ -35,32 +39,56 @@ void WatchedChild::noteEnd() {
         leftAtExitBytes_ = static_cast<std::size_t>(readable);
 }
 
-// One read empties the pipe, which holds no more than the buffer does, so what a child writes in one
-// piece is not cut where a character may be lost. The pipe is therefore left as the kernel makes it; a
-// larger one has measured no faster either, as a child that floods waits for us and not for room, and
-// its pages are counted against all programs of the user.
-//
 // A read that falls short is not the last one: if the writers were gone already by then, the kernel
 // has told so together with the bytes and does not tell again.
 WatchedChild::Turn WatchedChild::readOnce(std::span<char> buffer) {
-    const auto wanted = exit_ ? buffer.first(std::min(buffer.size(), leftAtExitBytes_)) : buffer;
+    std::copy(begun_.begin(), begun_.end(), buffer.begin());
+    const auto room = buffer.subspan(begun_.size());
+    const auto wanted = exit_ ? room.first(std::min(room.size(), leftAtExitBytes_)) : room;
     const ssize_t got = read(child_.output.number(), wanted.data(), wanted.size());
     if (got > 0) {
-        handOver(wanted.first(static_cast<std::size_t>(got)));
+        const auto bytes = static_cast<std::size_t>(got);
+        if (exit_)
+            leftAtExitBytes_ -= bytes;
+        take({buffer.data(), begun_.size() + bytes}, buffer.size());
         return Turn::again;
     }
     if (got < 0 && errno == EINTR)
         return Turn::again;
-    if (got < 0 && errno == EAGAIN && !exit_)
+    const bool isEmpty = got < 0 && errno == EAGAIN;
+    endFlood();
+    if (isEmpty && !exit_)
         return Turn::wait;
     endOutput();
     return exit_ ? Turn::again : Turn::wait;
 }
 
-void WatchedChild::handOver(std::span<const char> chunk) {
-    if (exit_)
-        leftAtExitBytes_ -= chunk.size();
-    handlers_->onOutput({chunk.data(), chunk.size()}, budget_->take(chunk.size()));
+// With half a buffer and more the child prints faster than we read. Until the pipe has been found empty
+// a chunk may then end wherever the buffer did, in the middle of what the child wrote as one piece.
+void WatchedChild::take(std::string_view chunk, std::size_t bufferBytes) {
+    if (chunk.size() > bufferBytes / 2) {
+        isFlooding_ = true;
+        makeRoom();
+    }
+    const std::size_t end = isFlooding_ ? chunkEnd(chunk) : chunk.size();
+    begun_ = chunk.substr(end);
+    handOver(chunk.substr(0, end));
+}
+
+void WatchedChild::handOver(std::string_view chunk) {
+    handlers_->onOutput(chunk, budget_->take(chunk.size()));
+}
+
+void WatchedChild::endFlood() {
+    isFlooding_ = false;
+    if (!begun_.empty())
+        handOver(std::exchange(begun_, {}));
+}
+
+// Asked for once: who refuses now does so later.
+void WatchedChild::makeRoom() {
+    if (!std::exchange(hasAsked_, true))
+        isLarge_ = largePipes_.enlarge(child_.output);
 }
 
 void WatchedChild::leave() {
@@ -80,6 +108,8 @@ WatchedChild::Turn WatchedChild::reportExit() {
 void WatchedChild::endOutput() {
     leftAtExitBytes_ = 0;
     child_.output.reset();
+    if (std::exchange(isLarge_, false))
+        largePipes_.giveBack();
 }
 
 }  // namespace valdorn
