@@ -44,7 +44,7 @@ Application::Application(Ground& ground, const std::string& key,
                 defaults_,  resources_,       ground_.host},
       delegate_(AppDelegate::create({services_, statusItem_, windows_,
                                      [this]() -> RunnersStore& { return store(); },
-                                     [this] { terminate(); }})),
+                                     [this] { terminate(); }, [this] { hostSearch_.start(); }})),
       statusItem_(
           mainQueue_,
           {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
@@ -108,7 +108,6 @@ ChildLauncher& Application::launcher() {
 void Application::launch() {
     windows_.useActivationToken(ground_.activationToken);
     delegate_->applicationDidFinishLaunching();
-    hostSearch_.start();
     StartupNotification::complete(ground_.activationToken);
 }
 
@@ -133,12 +132,16 @@ void Application::onHostMissing() {
 
 void Application::onBusUp(const QDBusConnection& bus) {
     notifierHosts_.emplace(bus, [this] { hostSearch_.hostsChanged(); });
+    // Known by the time at which hosts have answered: the item does not have to wait for it behind
+    // the launch of the fleet.
+    itemName_ = std::make_unique<NotifierName>(bus);
     instanceBus_.emplace(bus, key_, busRequests());
 }
 
 void Application::onBusDown() {
     instanceBus_.reset();
     notifierHosts_.reset();
+    itemName_.reset();
     statusItem_.loseBus();
     hostSearch_.hostsChanged();
 }
@@ -146,8 +149,10 @@ void Application::onBusDown() {
 std::unique_ptr<TraySurface> Application::makeSurface(TrayHost host, TraySurface::Content content) {
     if (host == TrayHost::xembed)
         return std::make_unique<SystemTraySurface>(content);
+    const QDBusConnection bus = SessionBus::connection();
+    auto name = itemName_ ? std::move(itemName_) : std::make_unique<NotifierName>(bus);
     return std::make_unique<NotifierItem>(
-        SessionBus::connection(), std::move(content),
+        bus, std::move(name), std::move(content),
         [this](const std::string& token) { windows_.useActivationToken(token); });
 }
 

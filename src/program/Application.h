@@ -19,6 +19,7 @@
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/InstanceBus.h"
 #include "platform/qt/NetworkHttpClient.h"
+#include "platform/qt/NotifierName.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWindowHost.h"
@@ -87,6 +88,7 @@ private:
     TrayStatusItem statusItem_;
     SessionBus sessionBus_;
     std::optional<TrayHostWatcher> notifierHosts_;  // while the bus is there
+    std::unique_ptr<NotifierName> itemName_;        // on that bus, until an item takes it
     XembedTrayWatcher xembedTrays_;
     TrayHostSearch hostSearch_;
     LaunchGate launchGate_;

@@ -28,8 +28,14 @@ QIcon square(int pixels, const QColor& color) {
 class NotifierItemTest : public testing::Test {
 protected:
     std::unique_ptr<NotifierItem> makeItem(const QDBusConnection& on) {
+        return makeItem(on, std::make_unique<NotifierName>(on));
+    }
+
+    std::unique_ptr<NotifierItem> makeItem(const QDBusConnection& on,
+                                           std::unique_ptr<NotifierName> name) {
         return std::make_unique<NotifierItem>(
-            on, TraySurface::Content{square(1, Qt::white), model, [this] { log += "open "; }},
+            on, std::move(name),
+            TraySurface::Content{square(1, Qt::white), model, [this] { log += "open "; }},
             [this](const std::string& token) { log += token + " "; });
     }
 
@@ -184,6 +190,29 @@ TEST_F(NotifierItemTest, RegistersAtOnceWithAHostThatIsThere) {
     EXPECT_NE(host.registered.value(0), host.registered.value(1));
 }
 
+TEST_F(NotifierItemTest, RegistersWithinItsMakingUnderANameThatIsKnown) {
+    const NotifierHost host(bus);
+    ASSERT_TRUE(sees(host, 1));
+    const QDBusConnection another = bus.connect();
+    auto name = std::make_unique<NotifierName>(another);
+    EXPECT_TRUE(name->known().isEmpty());
+    ASSERT_TRUE(runUntil([&name] { return !name->known().isEmpty(); }));
+    const QString known = name->known();
+    EXPECT_TRUE(isOwned(known));
+    const auto second = makeItem(another, std::move(name));
+    EXPECT_EQ(host.registered.size(), 1);
+    EXPECT_TRUE(sees(host, 2));
+    EXPECT_EQ(host.registered.value(1), known);
+}
+
+TEST_F(NotifierItemTest, NameThatNoItemHasTakenIsGivenBack) {
+    auto name = std::make_unique<NotifierName>(connection);
+    ASSERT_TRUE(runUntil([&name] { return !name->known().isEmpty(); }));
+    const QString known = name->known();
+    name.reset();
+    EXPECT_FALSE(isOwned(known));
+}
+
 TEST_F(NotifierItemTest, RegistersWithEachHostThatComes) {
     caller.signalsSoFar();
     for (int round = 0; round < 3; ++round) {
@@ -253,7 +282,8 @@ TEST_F(NotifierItemTest, OutlivesItsBusAndIsMadeAnewOnTheNext) {
 
 TEST(NotifierItemWithoutBusTest, DoesNothing) {
     MenuModel model{{}};
-    NotifierItem item(QDBusConnection(QStringLiteral("no such bus")),
+    const QDBusConnection none(QStringLiteral("no such bus"));
+    NotifierItem item(none, std::make_unique<NotifierName>(none),
                       {square(1, Qt::red), model, [] {}}, [](const std::string&) {});
     item.setIcon(square(1, Qt::white));
     runReadyEvents();

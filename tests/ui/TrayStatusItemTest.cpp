@@ -159,7 +159,9 @@ private:
     ToldPictures pictures_;
     TrayStatusItem item_{
         queue_, pictures_.pictures(), [this](TrayHost, const TraySurface::Content& content) {
-            return std::make_unique<NotifierItem>(connection_, content, [](const std::string&) {});
+            return std::make_unique<NotifierItem>(connection_,
+                                                  std::make_unique<NotifierName>(connection_),
+                                                  content, [](const std::string&) {});
         }};
     BusCaller caller_{bus_, connection_.baseService(), QStringLiteral("/StatusNotifierItem"),
                       QStringLiteral("org.kde.StatusNotifierItem")};

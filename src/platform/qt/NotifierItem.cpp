@@ -1,10 +1,8 @@
 #include "platform/qt/NotifierItem.h"
 
-#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusPendingCall>
 #include <QImage>
 #include <QPixmap>
 #include <QtEndian>
@@ -23,19 +21,6 @@ QString itemPath() {
 }
 
 // As such items are called: by the process, and counted in it.
-QString newName() {
-    static int count = 0;
-    return QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
-        .arg(QCoreApplication::applicationPid())
-        .arg(++count);
-}
-
-QDBusMessage callToBus(const char* method) {
-    return QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QLatin1String(method));
-}
-
 void registerTypes() {
     [[maybe_unused]] static const bool once = [] {
         qDBusRegisterMetaType<PictureOnBus>();
@@ -63,10 +48,10 @@ QList<PictureOnBus> inEachSize(const QIcon& icon) {
 
 }  // namespace
 
-NotifierItem::NotifierItem(QDBusConnection bus, Content content,
+NotifierItem::NotifierItem(QDBusConnection bus, std::unique_ptr<NotifierName> name, Content content,
                            OnActivationToken onActivationToken)
     : bus_(std::move(bus)),
-      ownName_(newName()),
+      name_(std::move(name)),
       content_(std::move(content)),
       onActivationToken_(std::move(onActivationToken)),
       icon_(content_.icon),
@@ -75,27 +60,17 @@ NotifierItem::NotifierItem(QDBusConnection bus, Content content,
     if (!bus_.isConnected())
         return;
     bus_.registerObject(itemPath(), this, QDBusConnection::ExportAllContents);
-    constexpr uint doNotQueue = 4;
-    constexpr uint isPrimaryOwner = 1;
-    auto* const call = new QDBusPendingCallWatcher(
-        bus_.asyncCall(callToBus("RequestName") << ownName_ << doNotQueue), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        call->deleteLater();
-        const QDBusPendingReply<uint> reply = *call;
-        onNamed(reply.isValid() && reply.value() == isPrimaryOwner);
-    });
+    if (name_->known().isEmpty())
+        connect(name_.get(), &NotifierName::becameKnown, this, [this] { onNamed(); });
+    else
+        onNamed();
 }
 
 NotifierItem::~NotifierItem() {
-    if (!bus_.isConnected())
-        return;
-    bus_.send(callToBus("ReleaseName") << ownName_);
+    name_.reset();  // hosts see by its name that the item goes, and are not to look at the rest
 }
 
-// The name may be another's, where processes that share a bus do not share their numbers. That of
-// the connection is ours alone.
-void NotifierItem::onNamed(bool isOurs) {
-    enrolledName_ = isOurs ? ownName_ : bus_.baseService();
+void NotifierItem::onNamed() {
     watchers_.setConnection(bus_);
     watchers_.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
     watchers_.addWatchedService(watcherName());
@@ -107,7 +82,7 @@ void NotifierItem::enrol() {
     QDBusMessage call =
         QDBusMessage::createMethodCall(watcherName(), QStringLiteral("/StatusNotifierWatcher"),
                                        watcherName(), QStringLiteral("RegisterStatusNotifierItem"));
-    call << enrolledName_;
+    call << name_->known();
     call.setAutoStartService(false);
     bus_.asyncCall(call);
 }

@@ -9,12 +9,14 @@
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <tuple>
 
 #include "platform/qt/BusStructure.h"
 #include "platform/qt/MenuOnBus.h"
+#include "platform/qt/NotifierName.h"
 #include "platform/qt/TraySurface.h"
 
 namespace valdorn {
@@ -71,7 +73,9 @@ public:
     // Called with the leave to raise a window that a host has got from a click.
     using OnActivationToken = std::function<void(const std::string& token)>;
 
-    NotifierItem(QDBusConnection bus, Content content, OnActivationToken onActivationToken);
+    // The name is one on that bus. Where the bus has answered already, the item registers at once.
+    NotifierItem(QDBusConnection bus, std::unique_ptr<NotifierName> name, Content content,
+                 OnActivationToken onActivationToken);
 
     // Leaves the hosts.
     ~NotifierItem() override;
@@ -97,7 +101,7 @@ Q_SIGNALS:
 
 private:
     const QList<PictureOnBus>& pictures();
-    void onNamed(bool isOurs);
+    void onNamed();
     void enrol();
 
     const QString category_ = QStringLiteral("ApplicationStatus");
@@ -112,8 +116,7 @@ private:
     const QDBusObjectPath menuPath_{QStringLiteral("/MenuBar")};
 
     QDBusConnection bus_;
-    const QString ownName_;
-    QString enrolledName_;  // how hosts are to find us, once the bus has answered
+    std::unique_ptr<NotifierName> name_;
     const Content content_;
     const OnActivationToken onActivationToken_;
     QIcon icon_;
