@@ -56,7 +56,7 @@ std::optional<std::string> socketName(std::string_view address) {
         if (pair.starts_with("path="))
             return unescaped(pair.substr(5));
         if (pair.starts_with("abstract="))
-            return std::string(1, '\0') + unescaped(pair.substr(9));
+            return std::string(1, '\0').append(unescaped(pair.substr(9)));
     }
     return std::nullopt;
 }
