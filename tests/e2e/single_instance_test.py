@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import unittest
 
+import dbus
+
 from support.case import ProgramCase
 from support.desktop import usual_window_manager
 from support.program import VALDORN, environment, kill, run_once
@@ -125,6 +127,37 @@ class LockTest(ProgramCase):
             stays_true(program.is_running, "the waiting start", 0.5)
             self.assertEqual(len(host.items), before)
         wait_until(lambda: len(host.items) > before, "its status item")
+
+    def test_an_instance_that_has_been_told_to_quit_is_followed_by_the_next(self):
+        """The second start has asked it before it came to quit: it opens no window any more."""
+        puppets, = self.puppet_runners({})
+        first, _ = self.start_with_item()
+        daemon = puppets.wait_for_one()
+        kill(first.process.pid, signal.SIGSTOP)
+        self.desktop.bus.connect().call_async(
+            "org.valdorn.valdorn", "/org/valdorn/valdorn", "org.freedesktop.Application",
+            "ActivateAction", "sava{sv}",
+            ("quit", dbus.Array([], "v"), dbus.Dictionary({}, "sv")), None, None)
+        spend(0.3)
+        second = self.start()
+        spend(0.5)
+        kill(first.process.pid, signal.SIGCONT)
+        self.assertEqual(first.wait_for_end(), 0)
+        wait_until(lambda: set(puppets.living()) - {daemon}, "the daemon of the second start")
+        self.assertTrue(second.is_running())
+        self.assertEqual(self.desktop.windows(), {})
+
+    def test_an_instance_that_is_ending_is_followed_without_a_bus_too(self):
+        self.puppet_runners({})
+        folder = os.path.join(self.desktop.runtime, "valdorn")
+        others = os.listdir(folder) if os.path.isdir(folder) else []
+        self.start_with_item()[0].quit()
+        name, = [name for name in os.listdir(folder) if name not in others]
+        with open(os.path.join(folder, name)) as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            program = self.start(**NO_BUS)
+            stays_true(program.is_running, "the waiting start", 0.5)
+        stays_true(program.is_running, "the start that follows", 1)
 
     def test_the_lock_stands_in_the_state_folder_where_there_is_no_runtime_folder(self):
         self.puppet_runners({})
