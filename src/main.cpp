@@ -1,7 +1,6 @@
 // The composition root: answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
-#include <QIcon>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -55,7 +54,6 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     QApplication::setApplicationName(QStringLiteral("Valdorn"));
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
     QApplication::setQuitOnLastWindowClosed(false);
     return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }

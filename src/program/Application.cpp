@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QIcon>
 #include <QWidget>
 #include <chrono>
 #include <utility>
@@ -64,10 +65,20 @@ Application::Application(Ground& ground, const std::string& key,
                    [this] { windows_.withdrawMenu(); }}),
       launchGate_(mainQueue_, [this] { launch(); }),
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
-    windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
-    windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
-    windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
-    windows_.registerView(WindowKind::onboarding, [this] { return makeOnboardingView(); });
+    registerView(WindowKind::settings, &Application::makeSettingsView);
+    registerView(WindowKind::log, &Application::makeLogView);
+    registerView(WindowKind::status, &Application::makeStatusView);
+    registerView(WindowKind::onboarding, &Application::makeOnboardingView);
+}
+
+// The icon of the windows is read for the first of them: at the start, Qt's plugin for it and the
+// shapes in it would take 0.1 MiB for a window that may never come.
+void Application::registerView(WindowKind kind, QWidget* (Application::*make)()) {
+    windows_.registerView(kind, [this, make] {
+        if (QApplication::windowIcon().isNull())
+            QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
+        return (this->*make)();
+    });
 }
 
 QWidget* Application::makeSettingsView() {

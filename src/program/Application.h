@@ -63,6 +63,7 @@ private:
     void openFor(const std::string& activationToken, void (AppDelegate::*open)());
     void quitFor(const std::string& activationToken);
     RunnersStore& store() { return RunnersStore::shared(services_); }
+    void registerView(WindowKind kind, QWidget* (Application::*make)());
     QWidget* makeSettingsView();
     QWidget* makeLogView();
     QWidget* makeStatusView();
