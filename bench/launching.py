@@ -10,8 +10,9 @@ import tempfile
 
 from support import harness
 
-ROUNDS = harness.rounds(15)
+ROUNDS = harness.rounds(11)
 LAUNCHES = harness.scaled(60, 5)
+FORKS = harness.scaled(10, 2)  # each of them copies the tables of all that memory
 UNCOUNTED = harness.scaled(5, 0)  # the first launches of a process
 MEBIBYTES = 200
 LAUNCH_BAR = 1.05
@@ -31,24 +32,29 @@ Bars: exit known at most {LAUNCH_BAR} times `vfork`, `exec` and `waitpid` in C; 
 {EXIT_BAR} times a pidfd in an epoll in C.
 """
 
+FORK = "C: fork, waitpid"
 WAYS = {
     "ours": ["spawn"],
     "C: vfork, waitpid": ["spawn_reference", "vfork"],
     "C: posix_spawn, waitpid": ["spawn_reference", "posix_spawn"],
     "C: vfork, pidfd, epoll": ["spawn_reference", "pidfd"],
-    "C: fork, waitpid": ["spawn_reference", "fork"],
+    FORK: ["spawn_reference", "fork"],
     "QProcess": ["spawn_qprocess"],
 }
 
 
+def launches_of(name):
+    return FORKS if name == FORK else LAUNCHES
+
+
 def measure(build, stamp, child):
     """Of each way the launches in their three figures."""
-    commands = [[str(build / "bin" / program), *way, str(LAUNCHES), str(MEBIBYTES), stamp, *child]
-                for program, *way in WAYS.values()]
+    commands = [[str(build / "bin" / program), *way, str(launches_of(name)), str(MEBIBYTES), stamp,
+                 *child] for name, (program, *way) in WAYS.items()]
     found = {}
     for name, runs in zip(WAYS, harness.all_by_turns(commands, ROUNDS)):
         for _, numbers in runs:
-            harness.expect("launches", len(numbers), 3 * LAUNCHES)
+            harness.expect("launches", len(numbers), 3 * launches_of(name))
         launches = [numbers[at:at + 3] for _, numbers in runs
                     for at in range(3 * UNCOUNTED, len(numbers), 3)]
         found[name] = [harness.Figure(figures) for figures in zip(*launches)]
