@@ -20,7 +20,6 @@ QString itemPath() {
     return QStringLiteral("/StatusNotifierItem");
 }
 
-// As such items are called: by the process, and counted in it.
 void registerTypes() {
     [[maybe_unused]] static const bool once = [] {
         qDBusRegisterMetaType<PictureOnBus>();
