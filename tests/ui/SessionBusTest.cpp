@@ -143,5 +143,22 @@ TEST_F(SessionBusTest, BusThatIsLostBeforeItIsHeardOfIsLookedForAgain) {
     EXPECT_EQ(log, "up down up ");
 }
 
+// The connection may say so only after it was asked, or twice.
+TEST_F(SessionBusTest, LossThatIsKnownAlreadyIsNotToldAgain) {
+    const ScopedVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=/somewhere");
+    const auto hearOfLoss = [this] { QMetaObject::invokeMethod(&*session, "onDisconnected"); };
+    bus.end();
+    session->start();
+    hearOfLoss();
+    EXPECT_EQ(log, "");
+    EXPECT_EQ(queue.pending(), 1U);
+    bus.begin();
+    passPeriod();
+    loseBus();
+    hearOfLoss();
+    EXPECT_EQ(log, "up down ");
+    EXPECT_EQ(queue.pending(), 1U);
+}
+
 }  // namespace
 }  // namespace valdorn
