@@ -113,6 +113,26 @@ TEST_F(InstanceBusTest, NameWithNothingBehindItIsAskedAgain) {
     EXPECT_EQ(asked, 2);
 }
 
+TEST_F(InstanceBusTest, RefusalIsAnAnswerAndEndsTheWaiting) {
+    QDBusConnection refusing = bus.connect();
+    QObject deaf;
+    ASSERT_TRUE(refusing.registerObject(QStringLiteral("/org/valdorn/valdorn"), &deaf,
+                                        QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(refusing.registerService(nameOf(key)));
+    std::atomic<int> asked = 0;
+    std::atomic<bool> done = false;
+    bool reached = true;
+    std::thread second([&, connection = bus.connect()] {
+        reached = InstanceBus::activateRunningInstance(connection, key, "", 20s,
+                                                       [&asked] { return ++asked == 2; });
+        done = true;
+    });
+    EXPECT_TRUE(runUntil([&done] { return done.load(); }));
+    second.join();
+    EXPECT_FALSE(reached);
+    EXPECT_EQ(asked, 0);
+}
+
 TEST_F(InstanceBusTest, InstanceOfAnotherHomeIsNotReached) {
     const InstanceBus instance(bus.connect(), "fedcba9876543210", record());
     EXPECT_TRUE(activate("mine", "fedcba9876543210"));
