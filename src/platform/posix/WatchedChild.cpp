@@ -63,12 +63,13 @@ WatchedChild::Turn WatchedChild::readOnce(std::span<char> buffer) {
     return exit_ ? Turn::again : Turn::wait;
 }
 
-// With half a buffer and more the child prints faster than we read. Until the pipe has been found empty
-// a chunk may then end wherever the buffer did, in the middle of what the child wrote as one piece.
+// With half a buffer and more the child prints faster than we read. Until the pipe has been found
+// empty a chunk may then end wherever the buffer did, in the middle of what the child wrote as one
+// piece.
 void WatchedChild::take(std::string_view chunk, std::size_t bufferBytes) {
     if (chunk.size() > bufferBytes / 2) {
         isFlooding_ = true;
-        makeRoom();
+        largePipes_.enlarge(child_.output);
     }
     const std::size_t end = isFlooding_ ? chunkEnd(chunk) : chunk.size();
     begun_ = chunk.substr(end);
@@ -83,12 +84,6 @@ void WatchedChild::endFlood() {
     isFlooding_ = false;
     if (!begun_.empty())
         handOver(std::exchange(begun_, {}));
-}
-
-// Asked for once: who refuses now does so later.
-void WatchedChild::makeRoom() {
-    if (!std::exchange(hasAsked_, true))
-        isLarge_ = largePipes_.enlarge(child_.output);
 }
 
 void WatchedChild::leave() {
@@ -107,9 +102,8 @@ WatchedChild::Turn WatchedChild::reportExit() {
 // Nothing more can come, or is to: gives the descriptor back.
 void WatchedChild::endOutput() {
     leftAtExitBytes_ = 0;
+    largePipes_.forget(child_.output);
     child_.output.reset();
-    if (std::exchange(isLarge_, false))
-        largePipes_.giveBack();
 }
 
 }  // namespace valdorn

@@ -55,7 +55,6 @@ private:
     void take(std::string_view chunk, std::size_t bufferBytes);
     void handOver(std::string_view chunk);
     void endFlood();
-    void makeRoom();
     Turn reportExit();
     void endOutput();
 
@@ -67,8 +66,6 @@ private:
     std::string begun_;                // read already; the next chunk begins with it
     LargePipes& largePipes_;
     bool isFlooding_ = false;
-    bool hasAsked_ = false;  // for a large pipe
-    bool isLarge_ = false;   // the pipe
 };
 
 }  // namespace valdorn
