@@ -55,8 +55,10 @@ ChildReader::ChildReader()
 ChildReader::~ChildReader() {
     mailbox_->stop();
     thread_.join();
-    for (const auto& [key, entry] : children_)
-        entry.child->leave();
+    for (const auto& [key, entry] : children_) {
+        if (entry.child)  // none where memory ran out while it was being enrolled
+            entry.child->leave();
+    }
 }
 
 std::optional<int> ChildReader::watch(SpawnedChild child, ChildHandlers handlers) {
@@ -90,7 +92,8 @@ bool ChildReader::enroll(ChildKey key, const SpawnedChild& child) {
 }
 
 // The kernel tells each change once, so what it has told too early is told again. As a rule it has
-// told nothing yet, and then the reader sleeps on: to wake it each time would make all launches slower.
+// told nothing yet, and then the reader sleeps on: to wake it each time would make all launches
+// slower.
 void ChildReader::remember(ChildKey key, Child child) {
     const std::lock_guard lock(mutex_);
     Entry& entry = children_.at(key);
