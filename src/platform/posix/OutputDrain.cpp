@@ -2,11 +2,12 @@
 
 #include <array>
 #include <string>
+#include <tuple>
 
 #include <fcntl.h>
 
-#include "platform/posix/ChildBirth.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/SpawnProcess.h"
 
 namespace valdorn {
 
@@ -19,9 +20,17 @@ void leaveToDrain(int output) {
     std::string name = "/bin/cat";
     const std::array<char*, 2> arguments{name.data(), nullptr};
     const std::array<char*, 1> environment{nullptr};
-    // Reaped by whoever is our children's parent once we are gone.
-    const auto ignored = giveBirth({name.c_str(), arguments.data(), environment.data(), output,
-                                    nowhere.value().number(), folder.value().number()});
+    // Reaped by whoever is our children's parent once we are gone. If it cannot be had, nothing is
+    // left to be done: we are quitting, nobody is there to be told, and the runner ends at its next
+    // line as it would without us.
+    std::ignore = spawnProcess({
+        .executable = name.c_str(),
+        .arguments = arguments.data(),
+        .environment = environment.data(),
+        .input = output,
+        .output = nowhere.value().number(),
+        .folder = folder.value().number(),
+    });
 }
 
 }  // namespace valdorn

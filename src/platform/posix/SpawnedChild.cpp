@@ -10,8 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/posix/ChildBirth.h"
 #include "platform/posix/DescriptorLimit.h"
+#include "platform/posix/SpawnProcess.h"
 
 namespace valdorn {
 
@@ -49,10 +49,10 @@ Result<Descriptor, LaunchError> openOr(const std::string& path, int flags, Step 
     return LaunchError{isShortage(opened.error()) ? Step::prepare : step, opened.error(), path};
 }
 
-LaunchError launchError(const BirthFailure& failure, const ChildCommand& command) {
-    if (failure.step == BirthFailure::Step::create || isShortage(failure.errorNumber))
+LaunchError launchError(const SpawnFailure& failure, const ChildCommand& command) {
+    if (failure.step == SpawnFailure::Step::create || isShortage(failure.errorNumber))
         return prepareError(failure.errorNumber);
-    if (failure.step == BirthFailure::Step::enterFolder)
+    if (failure.step == SpawnFailure::Step::enterFolder)
         return {Step::workingFolder, failure.errorNumber, command.workingFolder};
     return {Step::execute, failure.errorNumber, command.executable};
 }
@@ -79,11 +79,17 @@ Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command) {
     makeRoomForDescriptors(writeEnd);
     const auto arguments = pointersTo(&command.executable, command.arguments);
     const auto environment = pointersTo(nullptr, command.environment);
-    auto born = giveBirth({command.executable.c_str(), arguments.data(), environment.data(),
-                           input.value().number(), writeEnd, folder.value().number()});
-    if (!born)
-        return launchError(born.error(), command);
-    auto& [pid, descriptor] = born.value();
+    auto spawned = spawnProcess({
+        .executable = command.executable.c_str(),
+        .arguments = arguments.data(),
+        .environment = environment.data(),
+        .input = input.value().number(),
+        .output = writeEnd,
+        .folder = folder.value().number(),
+    });
+    if (!spawned)
+        return launchError(spawned.error(), command);
+    auto& [pid, descriptor] = spawned.value();
     auto process = std::make_shared<PidDescriptor>(pid, std::move(descriptor));
     return SpawnedChild{std::move(process), std::move(pipe.value().readEnd)};
 }

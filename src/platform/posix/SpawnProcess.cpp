@@ -2,7 +2,7 @@
 // the same reason it calls the kernel itself: sanitizers stand before the C library's functions, and
 // remember what the child does as if we had done it.
 
-#include "platform/posix/ChildBirth.h"
+#include "platform/posix/SpawnProcess.h"
 
 #include <array>
 #include <cerrno>
@@ -23,7 +23,7 @@ namespace valdorn {
 
 namespace {
 
-using Step = BirthFailure::Step;
+using Step = SpawnFailure::Step;
 
 constexpr int lastSignal = _NSIG - 1;
 constexpr std::size_t signalSetBytes = lastSignal / 8;  // as the kernel has it
@@ -33,8 +33,8 @@ using SignalSet = std::array<unsigned char, signalSetBytes>;
 constexpr std::size_t stackBytes = std::size_t{16} * 1024;
 
 struct Task {
-    const ChildBirth& birth;
-    BirthFailure failure;  // no error unless the child could not go on
+    const SpawnRequest& request;
+    SpawnFailure failure;  // no error unless the child could not go on
 };
 
 void setMask(const SignalSet& mask, SignalSet* before) {
@@ -53,10 +53,10 @@ void resetDispositions() {
 
 // Close-on-exec covers the descriptors that we open ourselves. Libraries, and whoever started us,
 // may have left others open: everything above the standard streams is closed by number as well.
-bool placeDescriptors(const ChildBirth& birth) {
-    return syscall(SYS_dup3, birth.input, STDIN_FILENO, 0) >= 0 &&
-           syscall(SYS_dup3, birth.output, STDOUT_FILENO, 0) >= 0 &&
-           syscall(SYS_dup3, birth.output, STDERR_FILENO, 0) >= 0;
+bool placeDescriptors(const SpawnRequest& request) {
+    return syscall(SYS_dup3, request.input, STDIN_FILENO, 0) >= 0 &&
+           syscall(SYS_dup3, request.output, STDOUT_FILENO, 0) >= 0 &&
+           syscall(SYS_dup3, request.output, STDERR_FILENO, 0) >= 0;
 }
 
 int fail(Task& task, Step step) {
@@ -66,19 +66,19 @@ int fail(Task& task, Step step) {
 }
 
 // The child's own part: from its first moment to its executable.
-int live(void* argument) {
+int runChild(void* argument) {
     Task& task = *static_cast<Task*>(argument);
-    const ChildBirth& birth = task.birth;
+    const SpawnRequest& request = task.request;
     resetDispositions();
     // A group of its own keeps a Ctrl-C in our terminal from it.
-    if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(birth))
+    if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(request))
         return fail(task, Step::create);
-    if (syscall(SYS_fchdir, birth.folder) != 0)
+    if (syscall(SYS_fchdir, request.folder) != 0)
         return fail(task, Step::enterFolder);
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);
     setMask({}, nullptr);
-    syscall(SYS_execve, birth.executable, birth.arguments, birth.environment);
+    syscall(SYS_execve, request.executable, request.arguments, request.environment);
     return fail(task, Step::execute);
 }
 
@@ -87,22 +87,22 @@ int live(void* argument) {
 // Until the child runs its executable this thread stands still, so the child may use a piece of its
 // stack. Signals are blocked so that our handlers do not run in the child, in the midst of our
 // memory.
-Result<Newborn, BirthFailure> giveBirth(const ChildBirth& birth) {
+Result<SpawnedProcess, SpawnFailure> spawnProcess(const SpawnRequest& request) {
     alignas(std::max_align_t) std::array<std::byte, stackBytes> stack;
-    Task task{birth, {}};
+    Task task{request, {}};
     SignalSet all;
     SignalSet before;
     all.fill(0xff);
     setMask(all, &before);
     int process = -1;
-    const pid_t pid = cloneUnseen(live, stack.data() + stack.size(),
+    const pid_t pid = cloneUnseen(runChild, stack.data() + stack.size(),
                                   CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD, &task, &process);
     if (pid < 0)
         task.failure = {Step::create, errno};
     setMask(before, nullptr);
     Descriptor descriptor(process);
     if (task.failure.errorNumber == 0)
-        return Newborn{pid, std::move(descriptor)};
+        return SpawnedProcess{pid, std::move(descriptor)};
     if (pid >= 0) {
         while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
         }
