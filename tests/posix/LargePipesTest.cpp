@@ -114,10 +114,13 @@ TEST_F(LargePipesTest, QuietOneThatHoldsTooMuchKeepsItsRoomAndTheNextGivesWay) {
 
 TEST(LargePipes, WhatTheKernelRefusesDoesNotCount) {
     LargePipes large;
-    const auto noPipe = openPath("/dev/null", O_RDONLY);
-    ASSERT_TRUE(noPipe.ok());
-    for (std::size_t count = 0; count <= LargePipes::atMost; ++count)
-        large.enlarge(noPipe.value());
+    std::vector<Descriptor> noPipes;
+    for (std::size_t count = 0; count < LargePipes::atMost; ++count) {
+        auto noPipe = openPath("/dev/null", O_RDONLY);
+        ASSERT_TRUE(noPipe.ok());
+        noPipes.push_back(std::move(noPipe.value()));
+        large.enlarge(noPipes.back());
+    }
     const auto pipe = openPipe();
     ASSERT_TRUE(pipe.ok());
     large.enlarge(pipe.value().readEnd);

@@ -17,7 +17,7 @@ namespace valdorn {
 // runners, and only those that need it.
 //
 // A pipe stays large until its child ends or another child needs the room. It does not become small
-// each time that it is found empty: with a reader that keeps up that is so after nearly every chunk,
+// each time that it is found empty: with a reader that keeps up that may be so after every chunk,
 // also in the midst of a flood, and the kernel would be asked twice for each. One thread.
 class LargePipes {
 public:
