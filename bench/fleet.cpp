@@ -79,7 +79,7 @@ int main(int count, char** arguments) {
     const long long made = nanoseconds();
     const auto delegate = valdorn::AppDelegate::create(
         {world.services, world.item, world.windows,
-         [&store]() -> valdorn::RunnersStore& { return *store; }, [] {}});
+         [&store]() -> valdorn::RunnersStore& { return *store; }, [] {}, [] {}});
     delegate->applicationDidFinishLaunching();
     settle();
     const long long settled = nanoseconds();

@@ -1,4 +1,4 @@
-// The composition root: answers the command line, or lets the one instance of a home run.
+// Answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
 #include <cstdio>
@@ -45,12 +45,13 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
-    SessionConnection::keepQtFromSilentBus(ground.sessionBus);
+    std::optional<SilentBusGuard> guard(ground.sessionBus);
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
     QApplication application(argumentCount, &programName);
     qInstallMessageHandler(usual);
+    guard.reset();
     QApplication::setApplicationName(QStringLiteral("Valdorn"));
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));

@@ -27,7 +27,7 @@ struct AppEnvironment {
     std::function<void()> terminate;
     // Called once, when the status item has its menu and its first picture, and before anything is
     // started: launching three runners takes a seventh of the time to the picture in the bar.
-    std::function<void()> showItem = [] {};
+    std::function<void()> showItem;
 };
 
 // Runs the program: keeps the status item in step with the fleet, starts the fleet at launch and

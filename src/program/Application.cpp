@@ -52,11 +52,14 @@ Application::Application(Ground& ground, const std::string& key,
           [this](TrayHost host, TraySurface::Content content) {
               return makeSurface(host, std::move(content));
           }),
-      sessionBus_(mainQueue_, backgroundQueue_,
-                  [&ground](const QString& name) {
-                      return SessionConnection::open(ground.sessionBus, name);
-                  },
-                  {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
+      sessionBus_(
+          mainQueue_, backgroundQueue_,
+          [&ground](const QString& name) {
+              return SessionConnection::open(ground.sessionBus, name);
+          },
+          {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }},
+          ground.sessionBus.empty() ? SessionBus::WithoutBus::settle
+                                    : SessionBus::WithoutBus::lookAgain),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
                   {[this] { return notifierHosts_ && notifierHosts_->isHostPresent(); },

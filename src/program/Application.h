@@ -81,7 +81,7 @@ private:
     InstalledResources resources_{ground_.executable};
     const Services services_;
 
-    std::shared_ptr<AppDelegate> delegate_;  // owns the menu that the next two show
+    std::shared_ptr<AppDelegate> delegate_;  // owns the menu that windows_ and statusItem_ show
     QtPasteboard pasteboard_;
     QtWorkspace workspace_{ground_.host};
     std::optional<NetworkHttpClient> http_;  // once a window asks for something

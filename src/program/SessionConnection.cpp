@@ -5,19 +5,21 @@
 
 #include "platform/posix/SessionBusSocket.h"
 
-namespace valdorn::SessionConnection {
+namespace valdorn {
 
 namespace {
 
 // A bus answers within a millisecond or two. The next look comes soon.
 constexpr std::chrono::seconds patience{1};
 
-// At login, when all computers are busy, there is no next look.
+// A computer is busy at login, and this look is the only one that Qt gets.
 constexpr std::chrono::seconds patienceAtStart{5};
+
+constexpr char variable[] = "DBUS_SESSION_BUS_ADDRESS";
 
 }  // namespace
 
-QDBusConnection open(const std::string& address, const QString& name) {
+QDBusConnection SessionConnection::open(const std::string& address, const QString& name) {
     if (SessionBusSocket::isSilent(address, patience))
         return QDBusConnection(name);
     if (address.empty())
@@ -25,11 +27,24 @@ QDBusConnection open(const std::string& address, const QString& name) {
     return QDBusConnection::connectToBus(QString::fromStdString(address), name);
 }
 
-void keepQtFromSilentBus(const std::string& address) {
-    if (!SessionBusSocket::isSilent(address, patienceAtStart))
+SilentBusGuard::SilentBusGuard(const std::string& address)
+    : isNeeded_(SessionBusSocket::isSilent(address, patienceAtStart)) {
+    if (!isNeeded_)
         return;
-    std::fputs("valdorn: The session bus does not answer, and is done without\n", stderr);
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    std::fputs("valdorn: The session bus does not answer, and is done without until it does\n", stderr);
+    if (qEnvironmentVariableIsSet(variable))
+        before_ = qgetenv(variable);
+    qputenv(variable, "disabled:");
 }
 
-}  // namespace valdorn::SessionConnection
+SilentBusGuard::~SilentBusGuard() {
+    if (!isNeeded_)
+        return;
+    QDBusConnection::sessionBus();
+    if (before_)
+        qputenv(variable, *before_);
+    else
+        qunsetenv(variable);
+}
+
+}  // namespace valdorn

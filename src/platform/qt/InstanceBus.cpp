@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/ApplicationId.h"
+#include "platform/qt/BusCalls.h"
 
 namespace valdorn {
 
@@ -25,12 +26,6 @@ QString busName(const std::string& key) {
 
 QString objectPath() {
     return QLatin1Char('/') + plainBusName().replace(QLatin1Char('.'), QLatin1Char('/'));
-}
-
-QDBusMessage callToBus(const QString& method) {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
 }
 
 // What the launcher of the second start has handed over: under Wayland's name and under X11's.
@@ -90,8 +85,8 @@ InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests r
     bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
     constexpr unsigned doNotQueue = 4;
     constexpr unsigned waitForTurn = 0;
-    bus_.send(callToBus(QStringLiteral("RequestName")) << name_ << doNotQueue);
-    bus_.send(callToBus(QStringLiteral("RequestName")) << plainBusName() << waitForTurn);
+    bus_.send(BusCalls::toBus("RequestName") << name_ << doNotQueue);
+    bus_.send(BusCalls::toBus("RequestName") << plainBusName() << waitForTurn);
 }
 
 InstanceBus::~InstanceBus() {
@@ -101,8 +96,8 @@ InstanceBus::~InstanceBus() {
 void InstanceBus::leave() {
     if (std::exchange(hasLeft_, true) || !bus_.isConnected())
         return;
-    bus_.send(callToBus(QStringLiteral("ReleaseName")) << plainBusName());
-    bus_.send(callToBus(QStringLiteral("ReleaseName")) << name_);
+    bus_.send(BusCalls::toBus("ReleaseName") << plainBusName());
+    bus_.send(BusCalls::toBus("ReleaseName") << name_);
     bus_.unregisterObject(objectPath());
 }
 

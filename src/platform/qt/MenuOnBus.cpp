@@ -99,13 +99,16 @@ bool MenuOnBus::refuseUnlessEntry(int id) {
     return !isEntry(id);
 }
 
-QList<int> MenuOnBus::strangersAmong(const QList<int>& ids) {
+QList<int> MenuOnBus::strangersAmong(const QList<int>& ids) const {
     QList<int> strangers;
     std::copy_if(ids.begin(), ids.end(), std::back_inserter(strangers),
                  [this](int id) { return !isEntry(id); });
-    if (!ids.isEmpty() && strangers.size() == ids.size())
-        refuseUnlessEntry(ids.front());
     return strangers;
+}
+
+void MenuOnBus::refuseIfAllAreStrange(const QList<int>& ids) {
+    if (!ids.isEmpty() && strangersAmong(ids).size() == ids.size())
+        refuseUnlessEntry(ids.front());
 }
 
 QVariantMap MenuOnBus::propertiesOf(int id, const QStringList& names) const {
@@ -123,8 +126,7 @@ uint MenuOnBus::GetLayout(int parentId, int recursionDepth, const QStringList& p
     if (refuseUnlessEntry(parentId))
         return 0;
     layout = {parentId, propertiesOf(parentId, propertyNames), {}};
-    const int entries = static_cast<int>(told_.size());
-    for (int id = 1; parentId == 0 && recursionDepth != 0 && id <= entries; ++id)
+    for (int id = 1; parentId == 0 && recursionDepth != 0 && isEntry(id); ++id)
         layout.children.append(
             QVariant::fromValue(MenuLayoutOnBus{id, propertiesOf(id, propertyNames), {}}));
     return revision;
@@ -177,6 +179,7 @@ QList<int> MenuOnBus::EventGroup(const QList<MenuEventOnBus>& events) {
         if (isEntry(event.id))
             take(event.id, event.name);
     }
+    refuseIfAllAreStrange(ids);
     return strangersAmong(ids);
 }
 
@@ -186,6 +189,7 @@ bool MenuOnBus::AboutToShow(int id) {
 }
 
 QList<int> MenuOnBus::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
+    refuseIfAllAreStrange(ids);
     idErrors = strangersAmong(ids);
     return {};
 }

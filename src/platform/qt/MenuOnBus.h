@@ -96,9 +96,10 @@ Q_SIGNALS:
     void ItemActivationRequested(int id, uint timestamp);
 
 private:
-    bool isEntry(int id) const { return id >= 0 && id <= static_cast<int>(told_.size()); }
+    bool isEntry(int id) const { return id >= 0 && id <= static_cast<int>(model_.items().size()); }
     bool refuseUnlessEntry(int id);
-    QList<int> strangersAmong(const QList<int>& ids);
+    QList<int> strangersAmong(const QList<int>& ids) const;
+    void refuseIfAllAreStrange(const QList<int>& ids);
     QVariantMap propertiesOf(int id, const QStringList& names = {}) const;
     void take(int id, const QString& eventId);
     void activateChosen();

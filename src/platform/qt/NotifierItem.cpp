@@ -8,13 +8,11 @@
 #include <QtEndian>
 #include <utility>
 
+#include "platform/qt/BusCalls.h"
+
 namespace valdorn {
 
 namespace {
-
-QString watcherName() {
-    return QStringLiteral("org.kde.StatusNotifierWatcher");
-}
 
 QString itemPath() {
     return QStringLiteral("/StatusNotifierItem");
@@ -71,19 +69,22 @@ NotifierItem::~NotifierItem() {
 
 void NotifierItem::onNamed() {
     watchers_.setConnection(bus_);
-    watchers_.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
-    watchers_.addWatchedService(watcherName());
-    connect(&watchers_, &QDBusServiceWatcher::serviceRegistered, this, [this] { enrol(); });
+    watchers_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    watchers_.addWatchedService(BusCalls::itemWatcher());
+    // Also from one watcher straight to the next, which no registration tells of.
+    connect(&watchers_, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& owner) {
+                if (!owner.isEmpty())
+                    enrol();
+            });
     enrol();
 }
 
+// A watcher that refuses or has gone is not asked again: the next one is.
 void NotifierItem::enrol() {
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(watcherName(), QStringLiteral("/StatusNotifierWatcher"),
-                                       watcherName(), QStringLiteral("RegisterStatusNotifierItem"));
-    call << name_->known();
-    call.setAutoStartService(false);
-    bus_.asyncCall(call);
+    bus_.asyncCall(
+        BusCalls::toItemWatcher("org.kde.StatusNotifierWatcher", "RegisterStatusNotifierItem")
+        << name_->known());
 }
 
 void NotifierItem::setIcon(const QIcon& icon) {

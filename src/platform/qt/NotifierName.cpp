@@ -6,6 +6,8 @@
 #include <QDBusPendingReply>
 #include <utility>
 
+#include "platform/qt/BusCalls.h"
+
 namespace valdorn {
 
 namespace {
@@ -17,12 +19,6 @@ QString newName() {
         .arg(++count);
 }
 
-QDBusMessage callToBus(const char* method) {
-    return QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QLatin1String(method));
-}
-
 }  // namespace
 
 NotifierName::NotifierName(QDBusConnection bus) : bus_(std::move(bus)), own_(newName()) {
@@ -31,7 +27,7 @@ NotifierName::NotifierName(QDBusConnection bus) : bus_(std::move(bus)), own_(new
     constexpr uint doNotQueue = 4;
     constexpr uint isPrimaryOwner = 1;
     auto* const call = new QDBusPendingCallWatcher(
-        bus_.asyncCall(callToBus("RequestName") << own_ << doNotQueue), this);
+        bus_.asyncCall(BusCalls::toBus("RequestName") << own_ << doNotQueue), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
         call->deleteLater();
         const QDBusPendingReply<uint> reply = *call;
@@ -41,7 +37,7 @@ NotifierName::NotifierName(QDBusConnection bus) : bus_(std::move(bus)), own_(new
 
 NotifierName::~NotifierName() {
     if (bus_.isConnected())
-        bus_.send(callToBus("ReleaseName") << own_);
+        bus_.send(BusCalls::toBus("ReleaseName") << own_);
 }
 
 void NotifierName::onAnswer(bool isOurs) {

@@ -13,11 +13,12 @@ QString connectionName() {
 }  // namespace
 
 SessionBus::SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
-                       Callbacks callbacks)
+                       Callbacks callbacks, WithoutBus withoutBus)
     : mainQueue_(mainQueue),
       backgroundQueue_(backgroundQueue),
       connect_(std::move(connect)),
       callbacks_(std::move(callbacks)),
+      withoutBus_(withoutBus),
       self_(std::make_shared<SessionBus*>(this)) {}
 
 SessionBus::~SessionBus() {
@@ -67,7 +68,7 @@ void SessionBus::onDisconnected() {
 
 void SessionBus::lookLater() {
     QDBusConnection::disconnectFromBus(connectionName());
-    if (state_ != State::neverUp || qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+    if (state_ != State::neverUp || withoutBus_ == WithoutBus::lookAgain)
         nextLook_ = mainQueue_.after(period, [this] { look(); });
 }
 

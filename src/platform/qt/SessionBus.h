@@ -30,15 +30,18 @@ public:
     // Soon enough for an icon within two seconds of a host on a bus that has come back.
     static constexpr std::chrono::seconds period{1};
 
+    // What is done where there is no bus at the start. Without an address to look at, libdbus would
+    // run a program each time, to find or start one.
+    enum class WithoutBus { lookAgain, settle };
+
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
-               Callbacks callbacks);
+               Callbacks callbacks, WithoutBus withoutBus);
     // Waits for a look that is under way.
     ~SessionBus() override;
 
     // Connects here and now, so that hosts and a second start find us as soon as they can; later
-    // attempts are made in the background. Where there is no bus at the start and no address in the environment either, none
-    // is made: libdbus would run a program each time, to find or start one.
+    // attempts are made in the background.
     void start();
 
     // The one that was told last to be up.
@@ -58,6 +61,7 @@ private:
     BackgroundQueue& backgroundQueue_;
     const Connect connect_;
     const Callbacks callbacks_;
+    const WithoutBus withoutBus_;
     State state_ = State::neverUp;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
