@@ -8,7 +8,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "platform/posix/ChunkEnd.h"
+#include "platform/ChunkEnd.h"
 #include "platform/posix/OutputDrain.h"
 
 namespace valdorn {

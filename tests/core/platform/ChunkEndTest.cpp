@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/posix/ChunkEnd.h"
+#include "platform/ChunkEnd.h"
 
 namespace valdorn {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/posix/ChunkEnd.h"
+#include "platform/ChunkEnd.h"
 
 namespace valdorn {
 
