@@ -37,6 +37,18 @@ protected:
     ChildReader reader;
 };
 
+TEST_F(ChildReaderTest, FloodEndsWithWhatHasNoLineFeedInAChunkOfItsOwn) {
+    std::string lines;
+    while (lines.size() < 40'000)
+        lines += "one of many lines\n";
+    SpawnedChild child = spawn("play", {"print:" + lines + "last words", "exit:0"});
+    ASSERT_TRUE(waitForEndOf(child.process->pid()));
+    ChildRecorder recorder;
+    ASSERT_EQ(reader.watch(std::move(child), recorder.handlers()), std::nullopt);
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.chunks(), (std::vector<std::string>{lines, "last words"}));
+}
+
 // More than half a buffer and less than a pipe holds: with so much to read at once a child floods.
 constexpr int burstBytes = 40'000;
 

@@ -23,11 +23,15 @@ WatchedChild::WatchedChild(SpawnedChild child, ChildHandlers handlers,
 WatchedChild::Turn WatchedChild::takeTurn(std::span<char> buffer) {
     if (!handlers_)
         return Turn::finished;
-    if (exit_ && leftAtExitBytes_ == 0 && begun_.empty())
+    const bool isAllRead = exit_ && leftAtExitBytes_ == 0;
+    if (isAllRead && begun_.empty())
         return reportExit();
     if (!child_.output || budget_->isOverdrawn())
         return Turn::wait;
-    return readOnce(buffer);
+    if (!isAllRead)
+        return readOnce(buffer);
+    endFlood();  // with what has no line feed behind it and gets none any more
+    return Turn::again;
 }
 
 void WatchedChild::noteEnd() {
