@@ -27,13 +27,19 @@ constexpr std::array hints{
     Hint{Texts::denied, "n d"},
 };
 
-constexpr std::size_t letters = 3;
+constexpr std::size_t letterCount = 3;
 
 constexpr bool isWithin(const Hint& hint) {
-    return hint.letters.size() == letters && hint.letters[1] == ' ' &&
+    return hint.letters.size() == letterCount && hint.letters[1] == ' ' &&
            hint.text.find(hint.letters) != std::string_view::npos;
 }
 static_assert(std::all_of(hints.begin(), hints.end(), isWithin));
+
+constexpr bool isHintedAt(std::string_view text) {
+    return std::any_of(hints.begin(), hints.end(),
+                       [text](const Hint& hint) { return hint.text == text; });
+}
+static_assert(std::all_of(Texts::telling.begin(), Texts::telling.end(), isHintedAt));
 
 // So many places of a line are looked at together, each for all hints. Every machine that we know
 // compares 16 bytes in one step; for others the compiler makes it smaller steps.
@@ -42,7 +48,7 @@ using Bytes [[gnu::vector_size(width)]] = unsigned char;
 using Hits [[gnu::vector_size(width)]] = signed char;
 
 // What is looked at for one step: its places, and the further letters of the last.
-constexpr std::size_t windowBytes = width + letters - 1;
+constexpr std::size_t windowBytes = width + letterCount - 1;
 
 Bytes bytesAt(const char* place) {
     Bytes bytes;

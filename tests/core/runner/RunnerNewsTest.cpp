@@ -7,6 +7,7 @@
 
 #include "runner/LineHints.h"
 #include "runner/RunnerLog.h"
+#include "runner/RunnerLogTexts.h"
 
 namespace valdorn {
 namespace {
@@ -75,11 +76,17 @@ TEST(RunnerNews, KnownJobDoesNotHideWhatElseItsLineSays) {
 
 // The quick look at a line, beside the search for each text.
 
+// Each telling text with what makes it tell something by itself: a word behind it, and the worker
+// before its end.
 const Lines& texts() {
-    static const Lines all{
-        "with version: 1",   " repo is a/b",         "Running job with maxParallel",
-        "Worker finished (", "declare successfully", "no route to host",
-        "permission denied"};
+    static const Lines all = [] {
+        Lines lines;
+        for (const std::string_view text : RunnerLogTexts::telling) {
+            lines.emplace_back(text == RunnerLogTexts::finished ? "Worker " : "");
+            lines.back().append(text).append("a/b");
+        }
+        return lines;
+    }();
     return all;
 }
 
