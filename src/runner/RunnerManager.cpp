@@ -147,16 +147,17 @@ ChildCommand RunnerManager::daemonCommand() const {
 ChildHandlers RunnerManager::handlers(const std::shared_ptr<RunnerOutput>& output) {
     // These run on the reader thread: they touch only their launch's output and the queue. What the
     // lines say is found out there, too, and the main thread gets to know only that: it has windows
-    // to show. The credit travels along, so that a slow main thread holds the child back.
+    // to show; nor is it woken to be told nothing. The credit travels with the news, so that a slow
+    // main thread holds the child back before they fill the memory.
     MainQueue& queue = services_.mainQueue;
     const std::weak_ptr<RunnerManager> weak = weak_from_this();
     auto onOutput = [&queue, weak, output](std::string_view chunk, OutputCredit credit) {
         if (weak.expired())
             return;
-        const LineBatch lines = output->ingest(chunk);
-        if (lines.empty())
+        auto news = RunnerLog::news(output->ingest(chunk));
+        if (news.empty())
             return;
-        queue.post([weak, news = RunnerLog::news(lines), credit = std::move(credit)]()
+        queue.post([weak, news = std::move(news), credit = std::move(credit)]()
                        VALDORN_ON_MAIN_THREAD {
                            const auto self = weak.lock();
                            if (!self)
