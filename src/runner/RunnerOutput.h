@@ -33,9 +33,9 @@ public:
 
     // Takes the next chunk of output, writes the meaningful lines that it completes to the log and
     // returns all that it completes; they are valid until the next call and as long as the chunk is,
-    // of which they are parts: nothing is copied but what two chunks have of one line. A chunk that is not UTF-8 is dropped whole. A carriage return
-    // and a line feed together are one character and no line end. A log that cannot be written
-    // loses those lines and nothing else.
+    // of which they are parts: nothing is copied but what two chunks have of one line. A chunk that
+    // is not UTF-8 is dropped whole. A carriage return and a line feed together are one character
+    // and no line end. A log that cannot be written loses those lines and nothing else.
     LineBatch ingest(std::string_view chunk);
 
     // Closes the log.
