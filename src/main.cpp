@@ -45,7 +45,7 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
-    std::optional<SilentBusGuard> guard(ground.sessionBus);
+    std::optional<SilentBusGuard> guard(ground);
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);

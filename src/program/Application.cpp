@@ -54,9 +54,7 @@ Application::Application(Ground& ground, const std::string& key,
           }),
       sessionBus_(
           mainQueue_, backgroundQueue_,
-          [&ground](const QString& name) {
-              return SessionConnection::open(ground.sessionBus, name);
-          },
+          [&ground](const QString& name) { return SessionConnection::open(ground, name); },
           {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }},
           ground.sessionBus.empty() ? SessionBus::WithoutBus::settle
                                     : SessionBus::WithoutBus::lookAgain),

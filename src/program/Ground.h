@@ -21,6 +21,7 @@ struct Ground {
     PosixFileSystem files;
     PosixHostInfo host;
     std::string sessionBus = SessionBusSocket::address(host.environment());
+    bool isQtKeptFromBus = false;  // see SilentBusGuard
     std::string executable = executablePath();
     AutostartRegistry loginItems{files, host, executable};
     PosixSystemLog log;

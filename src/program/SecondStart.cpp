@@ -26,7 +26,7 @@ constexpr std::chrono::milliseconds pause{50};
 bool ask(const Ground& ground, const InstancePlace& place, std::chrono::milliseconds patienceLeft,
          const std::function<bool()>& hasEnded) {
     const QString name = QStringLiteral("valdorn-second-start");
-    const QDBusConnection bus = SessionConnection::open(ground.sessionBus, name);
+    const QDBusConnection bus = SessionConnection::open(ground, name);
     const bool isReached =
         ground.isStartedByBus
             ? InstanceBus::awaitRunningInstance(bus, place.key, patienceLeft, hasEnded)

@@ -3,11 +3,14 @@
 #include <chrono>
 #include <cstdio>
 
+#include "platform/Environment.h"
 #include "platform/posix/SessionBusSocket.h"
 
 namespace valdorn {
 
 namespace {
+
+using SessionBusSocket::State;
 
 // A bus answers within a millisecond or two. The next look comes soon.
 constexpr std::chrono::seconds patience{1};
@@ -19,26 +22,34 @@ constexpr char variable[] = "DBUS_SESSION_BUS_ADDRESS";
 
 }  // namespace
 
-QDBusConnection SessionConnection::open(const std::string& address, const QString& name) {
-    if (SessionBusSocket::isSilent(address, patience))
+// Where libdbus knows the address, it is left to it: it has looked at the environment once in the
+// life of the process, and an address that we name takes a way through Qt 6.4.2 that ends the
+// process when the bus changes its mind between our question and its.
+QDBusConnection SessionConnection::open(const Ground& ground, const QString& name) {
+    const auto state = SessionBusSocket::ask(ground.sessionBus, patience);
+    if (state == State::silent || state == State::refusing)
         return QDBusConnection(name);
-    if (address.empty())
+    const bool isKnownToLibdbus =
+        !ground.isQtKeptFromBus &&
+        (ground.sessionBus.empty() || Environment::value(ground.host.environment(), variable));
+    if (isKnownToLibdbus)
         return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
-    return QDBusConnection::connectToBus(QString::fromStdString(address), name);
+    return QDBusConnection::connectToBus(QString::fromStdString(ground.sessionBus), name);
 }
 
-SilentBusGuard::SilentBusGuard(const std::string& address)
-    : isNeeded_(SessionBusSocket::isSilent(address, patienceAtStart)) {
-    if (!isNeeded_)
+SilentBusGuard::SilentBusGuard(Ground& ground) : ground_(ground) {
+    if (SessionBusSocket::ask(ground.sessionBus, patienceAtStart) != State::silent)
         return;
-    std::fputs("valdorn: The session bus does not answer, and is done without until it does\n", stderr);
+    ground.isQtKeptFromBus = true;
+    std::fputs("valdorn: The session bus does not answer, and is done without until it does\n",
+               stderr);
     if (qEnvironmentVariableIsSet(variable))
         before_ = qgetenv(variable);
     qputenv(variable, "disabled:");
 }
 
 SilentBusGuard::~SilentBusGuard() {
-    if (!isNeeded_)
+    if (!ground_.isQtKeptFromBus)
         return;
     QDBusConnection::sessionBus();
     if (before_)

@@ -3,17 +3,17 @@
 #include <QByteArray>
 #include <QDBusConnection>
 #include <optional>
-#include <string>
+
+#include "program/Ground.h"
 
 namespace valdorn {
 
 // Ways onto the session bus that do not wait without end for one that is silent.
 namespace SessionConnection {
 
-// Any thread. A connection of that name to the bus at `address` (see SessionBusSocket; empty:
-// wherever libdbus finds one). Not connected where there is none, or where it has stayed silent for
-// a second.
-QDBusConnection open(const std::string& address, const QString& name);
+// Any thread. A connection of that name to the session bus. Not connected where there is none, or
+// where it has not let anybody in for a second.
+QDBusConnection open(const Ground& ground, const QString& name);
 
 }  // namespace SessionConnection
 
@@ -23,7 +23,7 @@ QDBusConnection open(const std::string& address, const QString& name);
 // before there is a second one.
 class SilentBusGuard {
 public:
-    explicit SilentBusGuard(const std::string& address);
+    explicit SilentBusGuard(Ground& ground);
     // The application object is there now: Qt looks for the bus in vain, once and for all, and the
     // environment is again as it was, for the programs that we open.
     ~SilentBusGuard();
@@ -31,7 +31,7 @@ public:
     SilentBusGuard& operator=(const SilentBusGuard&) = delete;
 
 private:
-    bool isNeeded_;
+    const Ground& ground_;
     std::optional<QByteArray> before_;  // what the environment said, if it said anything
 };
 

@@ -1,13 +1,20 @@
 #include "ui/NotifierHost.h"
 
+#include <QDBusConnectionInterface>
+
 #include <gtest/gtest.h>
 
 namespace valdorn {
 
-NotifierHost::NotifierHost(PrivateBus& bus) : bus_(bus) {
+NotifierHost::NotifierHost(PrivateBus& bus, bool isQueued) : bus_(bus) {
     connection_.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
                                QDBusConnection::ExportAllSlots);
-    EXPECT_TRUE(connection_.registerService(QStringLiteral("org.kde.StatusNotifierWatcher")));
+    const auto reply = connection_.interface()->registerService(
+        QStringLiteral("org.kde.StatusNotifierWatcher"),
+        isQueued ? QDBusConnectionInterface::QueueService
+                 : QDBusConnectionInterface::DontQueueService);
+    EXPECT_EQ(reply.value(), isQueued ? QDBusConnectionInterface::ServiceQueued
+                                      : QDBusConnectionInterface::ServiceRegistered);
 }
 
 NotifierHost::~NotifierHost() {

@@ -14,7 +14,8 @@ class NotifierHost : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
 
 public:
-    explicit NotifierHost(PrivateBus& bus);
+    // Beside another host one may wait until that has gone.
+    explicit NotifierHost(PrivateBus& bus, bool isQueued = false);
     ~NotifierHost() override;  // as a panel ends
 
     QStringList registered;  // as the items called themselves, in order

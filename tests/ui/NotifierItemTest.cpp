@@ -221,6 +221,15 @@ TEST_F(NotifierItemTest, RegistersWithEachHostThatComes) {
     }
 }
 
+TEST_F(NotifierItemTest, RegistersWithAHostThatTakesOverFromAnother) {
+    caller.signalsSoFar();
+    std::optional<NotifierHost> first(std::in_place, bus);
+    const NotifierHost next(bus, true);
+    EXPECT_TRUE(sees(*first, 1));
+    first.reset();
+    EXPECT_TRUE(sees(next, 1));
+}
+
 TEST_F(NotifierItemTest, TakesTheNameOfTheConnectionWhereItsOwnIsTaken) {
     caller.signalsSoFar();
     QString own;
