@@ -73,7 +73,7 @@ TEST_F(NotifierItemTest, DescribesItself) {
         return all.value(QLatin1String(name)).toString().toStdString();
     };
     EXPECT_EQ(text("Category"), "ApplicationStatus");
-    EXPECT_EQ(text("Id"), "valdorn");
+    EXPECT_EQ(text("Id"), "Valdorn");
     EXPECT_EQ(text("Title"), "Valdorn");
     EXPECT_EQ(text("Status"), "Active");
     EXPECT_EQ(all.value(QStringLiteral("WindowId")), QVariant(0));
@@ -178,7 +178,7 @@ TEST_F(NotifierItemTest, RegistersUnderANameOfItsOwn) {
     EXPECT_TRUE(name.startsWith(
         QStringLiteral("org.kde.StatusNotifierItem-%1-").arg(QCoreApplication::applicationPid())));
     BusCaller byName = callerOf(name);
-    EXPECT_EQ(byName.property(QStringLiteral("Id")).toString(), QStringLiteral("valdorn"));
+    EXPECT_EQ(byName.property(QStringLiteral("Id")).toString(), QStringLiteral("Valdorn"));
 }
 
 TEST_F(NotifierItemTest, RegistersAtOnceWithAHostThatIsThere) {
@@ -249,7 +249,7 @@ TEST_F(NotifierItemTest, TakesTheNameOfTheConnectionWhereItsOwnIsTaken) {
     ASSERT_TRUE(sees(host, 1));
     EXPECT_EQ(host.registered[0], another.baseService());
     EXPECT_EQ(callerOf(host.registered[0]).property(QStringLiteral("Id")).toString(),
-              QStringLiteral("valdorn"));
+              QStringLiteral("Valdorn"));
 }
 
 TEST_F(NotifierItemTest, LeavesTheBusCleanly) {
@@ -263,7 +263,7 @@ TEST_F(NotifierItemTest, LeavesTheBusCleanly) {
               QStringLiteral("org.freedesktop.DBus.Error.UnknownObject"));
     item = makeItem(connection);
     EXPECT_TRUE(sees(host, 2));
-    EXPECT_EQ(caller.property(QStringLiteral("Id")).toString(), QStringLiteral("valdorn"));
+    EXPECT_EQ(caller.property(QStringLiteral("Id")).toString(), QStringLiteral("Valdorn"));
 }
 
 TEST_F(NotifierItemTest, MayGoBeforeTheBusHasAnswered) {
@@ -286,7 +286,7 @@ TEST_F(NotifierItemTest, OutlivesItsBusAndIsMadeAnewOnTheNext) {
     const NotifierHost host(bus);
     ASSERT_TRUE(sees(host, 1));
     EXPECT_EQ(callerOf(host.registered[0]).property(QStringLiteral("Id")).toString(),
-              QStringLiteral("valdorn"));
+              QStringLiteral("Valdorn"));
 }
 
 TEST(NotifierItemWithoutBusTest, DoesNothing) {

@@ -105,7 +105,7 @@ private:
     void enrol();
 
     const QString category_ = QStringLiteral("ApplicationStatus");
-    const QString id_ = QStringLiteral("valdorn");
+    const QString id_ = QStringLiteral("Valdorn");
     const QString title_ = QStringLiteral("Valdorn");
     const QString status_ = QStringLiteral("Active");
     const ToolTipOnBus toolTip_{{}, {}, title_, {}};
