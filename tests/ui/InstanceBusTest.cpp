@@ -2,6 +2,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <atomic>
+#include <functional>
 #include <optional>
 #include <thread>
 
@@ -41,15 +42,37 @@ protected:
         return reached;
     }
 
+    // What a second start is told that asks before there is an instance.
+    bool isReachedEarly(const std::function<bool(const QDBusConnection&)>& ask) {
+        std::atomic<bool> done = false;
+        bool reached = false;
+        std::thread second([&, connection = bus.connect()] {
+            reached = ask(connection);
+            done = true;
+        });
+        std::optional<InstanceBus> instance;
+        EXPECT_TRUE(runUntil([&] {
+            if (!instance)
+                instance.emplace(bus.connect(), key, record());
+            return done.load();
+        }));
+        second.join();
+        return reached;
+    }
+
+    static QDBusMessage request(const QString& method, const QString& name = nameOf(key)) {
+        return QDBusMessage::createMethodCall(name, QStringLiteral("/org/valdorn/valdorn"),
+                                              QStringLiteral("org.freedesktop.Application"),
+                                              method);
+    }
+
     static QString nameOf(const std::string& home) {
         return plainName + QStringLiteral(".i") + QString::fromStdString(home);
     }
 
     QDBusMessage call(const QString& method, const QVariantList& arguments,
                       const QString& name = nameOf(key)) {
-        QDBusMessage message =
-            QDBusMessage::createMethodCall(name, QStringLiteral("/org/valdorn/valdorn"),
-                                           QStringLiteral("org.freedesktop.Application"), method);
+        QDBusMessage message = request(method, name);
         message.setArguments(arguments);
         const QDBusPendingCall pending = bus.connect().asyncCall(message);
         EXPECT_TRUE(runUntil([&pending] { return pending.isFinished(); }));
@@ -74,21 +97,10 @@ TEST_F(InstanceBusTest, SecondStartReachesTheRunningInstanceWithItsToken) {
 }
 
 TEST_F(InstanceBusTest, SecondStartWaitsForAnInstanceThatIsStillStarting) {
-    std::atomic<bool> done = false;
-    bool reached = false;
-    std::thread second([&, connection = bus.connect()] {
-        reached = InstanceBus::activateRunningInstance(connection, key, "early", 20s,
-                                                       [] { return false; });
-        done = true;
-    });
-    std::optional<InstanceBus> instance;
-    EXPECT_TRUE(runUntil([&] {
-        if (!instance)
-            instance.emplace(bus.connect(), key, record());
-        return done.load();
+    EXPECT_TRUE(isReachedEarly([](const QDBusConnection& connection) {
+        return InstanceBus::activateRunningInstance(connection, key, "early", 20s,
+                                                    [] { return false; });
     }));
-    second.join();
-    EXPECT_TRUE(reached);
     EXPECT_EQ(tokens, std::vector<std::string>{"early"});
 }
 
@@ -158,9 +170,7 @@ TEST_F(InstanceBusTest, WhoAsksOneThatHasLeftIsToldThatItIsGone) {
     const QDBusConnection asking = bus.connect();
     QList<QDBusPendingCall> calls;
     for (const char* const method : {"Activate", "Open", "ActivateAction"}) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            nameOf(key), QStringLiteral("/org/valdorn/valdorn"),
-            QStringLiteral("org.freedesktop.Application"), QLatin1String(method));
+        QDBusMessage message = request(QLatin1String(method));
         if (method == std::string("Open"))
             message << QStringList();
         if (method == std::string("ActivateAction"))
@@ -189,11 +199,8 @@ TEST_F(InstanceBusTest, MayLeaveWhileItServesARequest) {
     EXPECT_TRUE(activate(""));
     const QDBusConnection asking = bus.connect();
     const auto ask = [&asking](const char* action) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            nameOf(key), QStringLiteral("/org/valdorn/valdorn"),
-            QStringLiteral("org.freedesktop.Application"), QStringLiteral("ActivateAction"));
-        return asking.asyncCall(message << QLatin1String(action) << QVariantList()
-                                        << QVariantMap());
+        return asking.asyncCall(request(QStringLiteral("ActivateAction"))
+                                << QLatin1String(action) << QVariantList() << QVariantMap());
     };
     const QDBusPendingCall first = ask("fly");
     const QDBusPendingCall second = ask("sing");
@@ -204,20 +211,9 @@ TEST_F(InstanceBusTest, MayLeaveWhileItServesARequest) {
 }
 
 TEST_F(InstanceBusTest, InstanceThatIsOnlyWaitedForIsAskedForNothing) {
-    std::atomic<bool> done = false;
-    bool isThere = false;
-    std::thread second([&, connection = bus.connect()] {
-        isThere = InstanceBus::awaitRunningInstance(connection, key, 20s, [] { return false; });
-        done = true;
-    });
-    std::optional<InstanceBus> instance;
-    EXPECT_TRUE(runUntil([&] {
-        if (!instance)
-            instance.emplace(bus.connect(), key, record());
-        return done.load();
+    EXPECT_TRUE(isReachedEarly([](const QDBusConnection& connection) {
+        return InstanceBus::awaitRunningInstance(connection, key, 20s, [] { return false; });
     }));
-    second.join();
-    EXPECT_TRUE(isThere);
     EXPECT_EQ(tokens, std::vector<std::string>{});
     EXPECT_FALSE(InstanceBus::awaitRunningInstance(bus.connect(), "fedcba9876543210", 1ms,
                                                    [] { return false; }));

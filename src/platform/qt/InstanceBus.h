@@ -19,7 +19,7 @@ namespace valdorn {
 // actions know of no homes: they go to the plain application id, which belongs to the instance that
 // asked for it first, and then to the next of those that still run.
 //
-// Everything but activateRunningInstance() is asynchronous and on the main thread. Without a bus
+// Everything but what a second start calls is asynchronous and on the main thread. Without a bus
 // nothing happens: the second start then says that it could not reach the first.
 class InstanceBus : public QObject, protected QDBusContext {
     Q_OBJECT
