@@ -29,7 +29,8 @@ constexpr std::size_t sizes[] = {1, 4096, 65'535, 65'536, 65'537, 200'000};
 class ChildReaderTest : public testing::Test {
 protected:
     static SpawnedChild spawn(const std::string& name, std::vector<std::string> arguments) {
-        auto child = spawnChild(childCommand(name, std::move(arguments)));
+        const auto null = openPath("/dev/null", O_RDONLY);
+        auto child = spawnChild(childCommand(name, std::move(arguments)), null.value());
         EXPECT_TRUE(child.ok());
         return std::move(child.value());
     }

@@ -13,9 +13,8 @@ namespace valdorn {
 
 void leaveToDrain(int output) {
     const auto nowhere = openPath("/dev/null", O_WRONLY);
-    const auto folder = openPath("/", O_PATH | O_DIRECTORY);
     // cat takes a read that would block for an error.
-    if (!nowhere || !folder || fcntl(output, F_SETFL, 0) != 0)
+    if (!nowhere || fcntl(output, F_SETFL, 0) != 0)
         return;
     std::string name = "/bin/cat";
     const std::array<char*, 2> arguments{name.data(), nullptr};
@@ -27,9 +26,9 @@ void leaveToDrain(int output) {
         .executable = name.c_str(),
         .arguments = arguments.data(),
         .environment = environment.data(),
+        .folder = "/",
         .input = output,
         .output = nowhere.value().number(),
-        .folder = folder.value().number(),
     });
 }
 

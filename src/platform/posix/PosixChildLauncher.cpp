@@ -3,6 +3,7 @@
 #include <tuple>
 #include <utility>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
@@ -55,7 +56,8 @@ ChildHandlers nobody() {
 }  // namespace
 
 PosixChildLauncher::PosixChildLauncher()
-    : quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    : null_(orThrow(open("/dev/null", O_RDONLY | O_CLOEXEC), "/dev/null")),
+      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
     heedEndsOfChildren();
 }
 
@@ -65,7 +67,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command);
+    auto child = spawnChild(command, null_);
     if (!child)
         return child.error();
     auto process = child.value().process;
@@ -80,7 +82,7 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command);
+    auto child = spawnChild(command, null_);
     if (!child)
         return child.error();
     auto outcome = ForegroundRun(child.value(), quitting_, onOutput).wait();

@@ -29,6 +29,7 @@ public:
     void shutDown() override;
 
 private:
+    const Descriptor null_;      // every child's input
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;
 };

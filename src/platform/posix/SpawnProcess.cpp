@@ -73,7 +73,7 @@ int runChild(void* argument) {
     // A group of its own keeps a Ctrl-C in our terminal from it.
     if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(request))
         return fail(task, Step::create);
-    if (syscall(SYS_fchdir, request.folder) != 0)
+    if (syscall(SYS_chdir, request.folder) != 0)
         return fail(task, Step::enterFolder);
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);

@@ -12,11 +12,11 @@ struct SpawnRequest {
     const char* executable = nullptr;
     char* const* arguments = nullptr;    // the name first, nullptr last, as exec wants them
     char* const* environment = nullptr;  // nullptr last
-    // All three above 2. `output` becomes standard output and standard error, `input` standard
-    // input, `folder` (a descriptor of a folder) the working folder; no other descriptor is passed on.
+    const char* folder = nullptr;        // the working folder
+    // Both above 2. `output` becomes standard output and standard error, `input` standard input; no
+    // other descriptor is passed on.
     int input = -1;
     int output = -1;
-    int folder = -1;
 };
 
 // A child that runs its executable.

@@ -19,8 +19,8 @@ namespace {
 
 using Step = LaunchError::Step;
 
-LaunchError prepareError(int errorNumber, std::string subject = {}) {
-    return {Step::prepare, errorNumber, std::move(subject)};
+LaunchError prepareError(int errorNumber) {
+    return {Step::prepare, errorNumber, {}};
 }
 
 // The pointers that exec wants. They borrow the texts.
@@ -42,13 +42,6 @@ bool isShortage(int errorNumber) {
            errorNumber == ENFILE;
 }
 
-Result<Descriptor, LaunchError> openOr(const std::string& path, int flags, Step step) {
-    auto opened = openPath(path, flags);
-    if (opened)
-        return std::move(opened.value());
-    return LaunchError{isShortage(opened.error()) ? Step::prepare : step, opened.error(), path};
-}
-
 LaunchError launchError(const SpawnFailure& failure, const ChildCommand& command) {
     if (failure.step == SpawnFailure::Step::create || isShortage(failure.errorNumber))
         return prepareError(failure.errorNumber);
@@ -65,13 +58,7 @@ void killAndReap(pid_t pid) {
 
 }  // namespace
 
-Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command) {
-    const auto folder = openOr(command.workingFolder, O_PATH | O_DIRECTORY, Step::workingFolder);
-    if (!folder)
-        return folder.error();
-    const auto input = openOr("/dev/null", O_RDONLY, Step::prepare);
-    if (!input)
-        return input.error();
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input) {
     auto pipe = openPipe();
     if (!pipe)
         return prepareError(pipe.error());
@@ -83,9 +70,9 @@ Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command) {
         .executable = command.executable.c_str(),
         .arguments = arguments.data(),
         .environment = environment.data(),
-        .input = input.value().number(),
+        .folder = command.workingFolder.c_str(),
+        .input = input.number(),
         .output = writeEnd,
-        .folder = folder.value().number(),
     });
     if (!spawned)
         return launchError(spawned.error(), command);

@@ -15,9 +15,9 @@ struct SpawnedChild {
     Descriptor output;  // never blocks
 };
 
-// Any thread. Starts a child under the conditions that ChildLauncher promises. Each failure leaves
-// neither a child nor a descriptor behind.
-Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command);
+// Any thread. Starts a child under the conditions that ChildLauncher promises, with `input` as its
+// standard input. Each failure leaves neither a child nor a descriptor behind.
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input);
 
 // Kills and reaps a child that nobody has heard of yet, because something that it needs could not
 // be had. A child that somebody knows of is never killed.
