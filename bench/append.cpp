@@ -8,12 +8,14 @@
 
 #include "support/BusyLog.h"
 #include "support/LogWindow.h"
+#include "support/Offscreen.h"
 
 int main(int count, char** arguments) {
     if (count != 3)
         return 2;
     const long total = std::atol(arguments[1]);
     const long batch = std::atol(arguments[2]);
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     const auto linesBefore = static_cast<long>(valdorn::LogTailer::maxLines);
     valdorn::BusyLog log(linesBefore);

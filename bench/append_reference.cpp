@@ -15,6 +15,7 @@
 
 #include "support/BusyLog.h"
 #include "support/Measuring.h"
+#include "support/Offscreen.h"
 #include "support/Settling.h"
 
 namespace {
@@ -119,6 +120,7 @@ int main(int count, char** arguments) {
         return 2;
     const long total = std::atol(arguments[2]);
     const long batch = std::atol(arguments[3]);
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     if (std::string(arguments[1]) == "text") {
         QPlainTextEdit text;

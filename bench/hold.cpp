@@ -1,9 +1,13 @@
-// Holds idle children by the program's own launcher: hold COUNT COMMAND [ARGUMENT...].
+// Holds idle children by the program's own launcher: hold COUNT [COMMAND [ARGUMENT...]]; without a
+// command they sleep for ever.
 //
-// Prints a line when all run, and ends them at the end of its standard input.
+// Prints a line when all run, and ends them when it is asked to end itself (SIGTERM, SIGINT).
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <unistd.h>
@@ -11,30 +15,39 @@
 #include "platform/posix/PosixChildLauncher.h"
 
 int main(int count, char** arguments) {
-    if (count < 3)
+    if (count < 2)
         return 2;
-    const valdorn::ChildCommand command{arguments[2], {arguments + 3, arguments + count}, "/", {}};
+    // Blocked before there is a second thread, so that the signal waits for us.
+    sigset_t end;
+    sigemptyset(&end);
+    sigaddset(&end, SIGTERM);
+    sigaddset(&end, SIGINT);
+    sigprocmask(SIG_BLOCK, &end, nullptr);
+    std::vector<std::string> words(arguments + 2, arguments + count);
+    if (words.empty())
+        words = {"/bin/sleep", "infinity"};
+    const valdorn::ChildCommand command{words[0], {words.begin() + 1, words.end()}, "/", {}};
     std::vector<std::unique_ptr<valdorn::ChildProcess>> children;
-    {
-        valdorn::PosixChildLauncher launcher;
-        for (long number = std::atol(arguments[1]); number > 0; --number) {
-            auto child = launcher.launch(
-                command,
-                {[](std::string_view, const valdorn::OutputCredit&) {}, [](valdorn::ChildExit) {}});
-            if (!child)
-                return 1;
-            children.push_back(std::move(child.value()));
-        }
+    valdorn::PosixChildLauncher launcher;
+    for (long number = std::atol(arguments[1]); number > 0; --number) {
+        auto child = launcher.launch(
+            command,
+            {[](std::string_view, const valdorn::OutputCredit&) {}, [](valdorn::ChildExit) {}});
+        if (!child)
+            break;
+        children.push_back(std::move(child.value()));
+    }
+    const bool areAllHeld = std::ssize(children) == std::atol(arguments[1]);
+    if (areAllHeld) {
         std::puts("held");
         std::fflush(stdout);
-        char end = 0;
-        while (read(STDIN_FILENO, &end, 1) > 0) {
-        }
-        for (const auto& child : children)
-            child->terminate();
-        for (const auto& child : children) {
-            while (child->isRunning())
-                usleep(1000);
-        }
+        int signal = 0;
+        sigwait(&end, &signal);
     }
+    for (const auto& child : children)
+        child->terminate();
+    while (std::any_of(children.begin(), children.end(),
+                       [](const auto& child) { return child->isRunning(); }))
+        usleep(1000);
+    return areAllHeld ? 0 : 1;
 }

@@ -11,6 +11,7 @@
 #include <sys/epoll.h>
 #include <sys/pidfd.h>
 #include <sys/resource.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,6 +37,15 @@ static struct child start(char** command) {
     return born;
 }
 
+// Readable when we are asked to end; from now on that does nothing else, in no thread.
+static int listenForEnd(void) {
+    sigset_t end;
+    sigemptyset(&end);
+    sigaddset(&end, SIGTERM);
+    sigprocmask(SIG_BLOCK, &end, NULL);
+    return signalfd(-1, &end, SFD_CLOEXEC);
+}
+
 static void* attend(void* argument) {
     struct child* child = argument;
     char text[4096];
@@ -51,9 +61,9 @@ static void listenTo(int epoll, int descriptor) {
         exit(1);
 }
 
-// Until the end of the standard input, which only a whole program would do more with.
-static void loop(int epoll, struct child* children, long count) {
-    listenTo(epoll, STDIN_FILENO);
+// Until the end; only a whole program would do more with what it reads.
+static void loop(int epoll, int end, struct child* children, long count) {
+    listenTo(epoll, end);
     for (long number = 0; number < count; ++number) {
         children[number].process = pidfd_open(children[number].pid, 0);
         listenTo(epoll, children[number].output);
@@ -61,13 +71,8 @@ static void loop(int epoll, struct child* children, long count) {
     }
     struct epoll_event event;
     while (epoll_wait(epoll, &event, 1, -1) == 1) {
-        if (read(event.data.fd, buffer, sizeof buffer) == 0 && event.data.fd == STDIN_FILENO)
+        if (event.data.fd == end || read(event.data.fd, buffer, sizeof buffer) < 0)
             return;
-    }
-}
-
-static void awaitEndOfInput(void) {
-    while (read(STDIN_FILENO, buffer, sizeof buffer) > 0) {
     }
 }
 
@@ -78,6 +83,7 @@ int main(int count, char** arguments) {
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_NOFILE, &limit);
+    const int end = listenForEnd();
     const int usesThreads = strcmp(arguments[1], "threads") == 0;
     const long wanted = atol(arguments[2]);
     struct child* children = calloc((size_t)wanted, sizeof(struct child));
@@ -91,12 +97,13 @@ int main(int count, char** arguments) {
     }
     puts("held");
     fflush(stdout);
-    if (usesThreads)
-        awaitEndOfInput();
-    else
-        loop(epoll_create1(EPOLL_CLOEXEC), children, wanted);
+    if (!usesThreads)
+        loop(epoll_create1(EPOLL_CLOEXEC), end, children, wanted);
+    else if (read(end, buffer, sizeof buffer) < 0)
+        return 1;
+    // They have inherited what we are deaf to.
     for (long number = 0; number < wanted; ++number)
-        kill(children[number].pid, SIGTERM);
+        kill(children[number].pid, SIGKILL);
     // Those that the threads wait for end with us.
     return 0;
 }

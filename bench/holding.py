@@ -39,10 +39,13 @@ def holder(build, way, count):
     program, *kind = way
     child = [str(build / "bin/launched_child"), "idle"]
     process = subprocess.Popen([str(build / "bin" / program), *kind, str(count), *child],
-                               stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+                               stdout=subprocess.PIPE)
     with process:
         harness.expect("first word", process.stdout.readline(), b"held\n")
-        yield process.pid
+        try:
+            yield process.pid
+        finally:
+            process.terminate()
     harness.expect("exit status", process.returncode, 0)
 
 

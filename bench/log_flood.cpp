@@ -20,6 +20,7 @@
 
 #include "support/BusyLog.h"
 #include "support/LogWindow.h"
+#include "support/Offscreen.h"
 
 namespace valdorn {
 
@@ -184,6 +185,7 @@ void measure(milliseconds time, int keys) {
 int main(int count, char** arguments) {
     if (count != 3)
         return 2;
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     valdorn::measure(std::chrono::milliseconds(std::atoi(arguments[1])), std::atoi(arguments[2]));
 }

@@ -5,10 +5,12 @@
 #include <cstdio>
 
 #include "support/LogWindow.h"
+#include "support/Offscreen.h"
 
 int main(int count, char** arguments) {
     if (count != 2)
         return 2;
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     const long before = valdorn::residentBytes();
     const valdorn::LogWindow window(arguments[1]);

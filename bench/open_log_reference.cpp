@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "support/Measuring.h"
+#include "support/Offscreen.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ constexpr qint64 enoughBytes = qint64{1} << 20;
 int main(int count, char** arguments) {
     if (count != 2)
         return 2;
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     const long before = valdorn::residentBytes();
     QFile file(QString::fromLocal8Bit(arguments[1]));

@@ -1,12 +1,12 @@
 // Supervises a command as a runner's child until it has ended and all it printed has been applied:
-// stream HOME [--hold MILLISECONDS] [--keys] -- COMMAND ARGUMENT...
+// stream --home HOME [--hold MILLISECONDS] [--keys] -- COMMAND ARGUMENT...
 //
 // HOME is a folder of the caller's, which becomes the home folder of all that is made. Prints how
-// many bytes the child's output had; how many lines were kept in the log; how many versions, jobs,
-// builds and states were announced and how many finished jobs were noted; by how many KiB the
-// resident memory has been above that of the idle process at its highest. --hold stops the main
-// thread once, for so long. --keys presses a key every few milliseconds and prints in addition how
-// many were answered and after how many microseconds: each of them.
+// many bytes and lines the child's output had; how many lines were kept in the log; how many
+// versions, jobs, builds and states were announced and how many finished jobs were noted; by how many
+// KiB the resident memory has been above that of the idle process at its highest. --hold stops the
+// main thread once, for so long. --keys presses a key every few milliseconds and prints in addition
+// how many were answered and after how many microseconds: each of them.
 #include <QApplication>
 #include <algorithm>
 #include <atomic>
@@ -35,6 +35,7 @@
 #include "platform/qt/QtMainQueue.h"
 #include "runner/RunnerManager.h"
 #include "support/Keyboard.h"
+#include "support/Offscreen.h"
 #include "support/ResidentPeak.h"
 
 namespace valdorn {
@@ -51,17 +52,19 @@ struct Order {
 
 std::optional<Order> orderOf(const std::vector<std::string>& arguments) {
     Order order;
-    if (arguments.size() < 2)
-        return std::nullopt;
-    order.home = arguments[1];
-    for (std::size_t at = 2; at < arguments.size(); ++at) {
+    for (std::size_t at = 1; at < arguments.size(); ++at) {
+        const bool hasNext = at + 1 < arguments.size();
         if (arguments[at] == "--keys") {
             order.keys = true;
-        } else if (arguments[at] == "--hold" && at + 1 < arguments.size()) {
+        } else if (arguments[at] == "--home" && hasNext) {
+            order.home = arguments[++at];
+        } else if (arguments[at] == "--hold" && hasNext) {
             order.hold = milliseconds(std::atol(arguments[++at].c_str()));
-        } else if (arguments[at] == "--") {
+        } else if (arguments[at] == "--" && hasNext && !order.home.empty()) {
             order.command.assign(arguments.begin() + static_cast<long>(at) + 1, arguments.end());
             return order;
+        } else {
+            return std::nullopt;
         }
     }
     return std::nullopt;
@@ -94,12 +97,14 @@ private:
 class CountingLauncher : public ChildLauncher {
 public:
     std::atomic<std::size_t> bytes = 0;
+    std::atomic<long> lines = 0;
 
     Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
                                                               ChildHandlers handlers) override {
         auto counted = [this, next = std::move(handlers.onOutput)](std::string_view chunk,
                                                                    OutputCredit credit) {
             bytes += chunk.size();
+            lines += std::count(chunk.begin(), chunk.end(), '\n');
             next(chunk, std::move(credit));
         };
         return launcher_.launch(command, {std::move(counted), std::move(handlers.onExit)});
@@ -202,16 +207,18 @@ int run(const Order& order) {
 
     const long grown = peak.grownKiB();
     changes.look();
-    std::printf("%zu %ld %d %d %d %d %d %ld", launcher.bytes.load(),
+    std::printf("bytes %zu\nlines %ld\nkept %ld\nversions %d\njobs %d\nbuilds %d\nstates %d\n",
+                launcher.bytes.load(), launcher.lines.load(),
                 linesIn(runner->dataDir() + "/valdorn.log"), changes.versions, changes.jobs,
-                changes.builds, changes.states, queue.finishedJobs, grown);
+                changes.builds, changes.states);
+    std::printf("finished jobs %d\nKiB above idle %ld\n", queue.finishedJobs, grown);
     if (keyboard) {
         const auto answers = keyboard->stop();
-        std::printf(" %zu", answers.size());
+        std::printf("keys %zu\nmicroseconds to the answer", answers.size());
         for (const auto& answer : answers)
             std::printf(" %lld", static_cast<long long>(answer.count()));
+        std::printf("\n");
     }
-    std::printf("\n");
     return 0;
 }
 
@@ -223,6 +230,7 @@ int main(int count, char** arguments) {
     if (!order)
         return 2;
     setenv("HOME", order->home.c_str(), 1);
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     return valdorn::run(*order);
 }

@@ -64,7 +64,7 @@ class Bench:
         home = self.folder / "home"
         home.mkdir()
         try:
-            return harness.run([str(self.bin / "stream"), str(home), *options, "--", *generator])
+            return harness.run([str(self.bin / "stream"), "--home", str(home), *options, "--", *generator])
         finally:
             shutil.rmtree(home)
 
@@ -201,7 +201,7 @@ class Bench:
         endless = self.folder / "endless"
         endless.write_bytes(b"x" * (256 * BLOCK))
         for what, text in {"with lines": self.stream.path, "without line ends": endless}.items():
-            grown = [self.ours(self.generator(text, size))[1][7] for size in MEMORY_SIZES.values()]
+            grown = [self.ours(self.generator(text, size))[1][8] for size in MEMORY_SIZES.values()]
             self.judge_memory(f"memory {what}, {', '.join(MEMORY_SIZES)}", grown)
         grown = self.ours_applying(TIMES, "--hold", str(HOLD_MILLISECONDS))[1]
         self.judge_memory("memory with the main thread held", grown)

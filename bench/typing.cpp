@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/LogWindow.h"
+#include "support/Offscreen.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ void press(QWidget& target, Qt::Key key, const QString& text) {
 int main(int count, char** arguments) {
     if (count != 4)
         return 2;
+    valdorn::runOffscreen();
     QApplication application(count, arguments);
     valdorn::LogWindow window(arguments[1]);
     auto& filter = *window.view->findChild<QLineEdit*>();

@@ -52,7 +52,8 @@ def run(arguments):
         if status != 0:
             raise SystemExit(f"{os.path.basename(arguments[0])} failed: wait status {status}")
         output.seek(0)
-        return took, [int(number) for number in output.read().split()]
+        words = output.read().split()
+        return took, [int(word) for word in words if word.lstrip(b"-").isdigit()]
 
 
 def all_by_turns(commands, rounds):

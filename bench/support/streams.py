@@ -105,6 +105,7 @@ class Stream:
         cleared = times - 1  # by each declaration but the first
         return [
             self.bytes * times,
+            self.lines * times,
             self.kept * times,
             rounds,                       # versions
             rounds * _LABELS + cleared,   # jobs
