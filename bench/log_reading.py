@@ -16,13 +16,14 @@ READINGS = harness.scaled(21, 3)
 LARGE = harness.scaled(4 << 30, 16 << 20)
 LINES = 5000
 BAR = 2.0
-SAME = 1.25  # two sizes cost the same when they are within this: what runs differ by anyway
+SAME = 1.05  # two sizes cost the same when they are within this: what runs differ by anyway
 
 TITLE = "Opening the log window"
 INTRODUCTION = f"""\
 The last {LINES} lines of a log (mean {LINE_BYTES} bytes) that is in the kernel's memory, read as the
 window keeps them (well-formed, told one by one), beside a C program that only searches for the line
-feeds (`pread`, `memrchr`, 64 KiB blocks) and keeps nothing. By turns, {ROUNDS} rounds.
+feeds (`pread`, `memrchr`, 64 KiB blocks) and keeps nothing. {ROUNDS} rounds, programs and
+sizes by turns.
 
 - whole process: from fork to exit, with one reading
 - first reading: the one in that process, into memory that the kernel has yet to give
@@ -33,14 +34,19 @@ sizes. Within one process the search, which keeps nothing, touches far less memo
 """
 
 
-def measure(build, log):
-    """The figures of both programs by name, and their growths of resident memory in bytes."""
-    def command(name, readings):
-        return [str(build / "bin" / name), str(log), str(readings)]
+PROGRAMS = ("log_reading", "log_reading_reference")
 
-    once = harness.by_turns(command("log_reading", 1), command("log_reading_reference", 1), ROUNDS)
-    often = harness.by_turns(command("log_reading", READINGS),
-                             command("log_reading_reference", READINGS), ROUNDS)
+
+def runs_of(build, logs, readings):
+    """The runs of both programs over each log, all by turns."""
+    commands = [[str(build / "bin" / name), str(log), str(readings)]
+                for log in logs for name in PROGRAMS]
+    runs = harness.all_by_turns(commands, ROUNDS)
+    return [runs[at:at + len(PROGRAMS)] for at in range(0, len(runs), len(PROGRAMS))]
+
+
+def figures_of(once, often):
+    """The figures of both programs over one log by name, and their growths of memory in bytes."""
     found = {tuple(numbers[:2]) for runs in (*once, *often) for _, numbers in runs}
     harness.expect("lines", {lines for lines, _ in found}, {LINES})
     harness.expect("different lines found", len(found), 1)
@@ -53,12 +59,18 @@ def measure(build, log):
     return figures, [max(numbers[2] for _, numbers in runs) for runs in once]
 
 
-def main(build):
+def measure(build):
+    """By size what figures_of gives."""
     sizes = {"1 MiB": 1 << 20, "4 GiB": LARGE}
+    with tempfile.TemporaryDirectory(dir=build) as folder:
+        logs = [make_log(pathlib.Path(folder) / name, size) for name, size in sizes.items()]
+        all_runs = zip(runs_of(build, logs, 1), runs_of(build, logs, READINGS))
+        return {name: figures_of(*runs) for name, runs in zip(sizes, all_runs)}
+
+
+def main(build):
     rows, medians, misses = [], {}, []
-    for name, size in sizes.items():
-        with tempfile.TemporaryDirectory(dir=build) as folder:
-            figures, growths = measure(build, make_log(pathlib.Path(folder) / "log", size))
+    for name, (figures, growths) in measure(build).items():
         for what, (ours, reference) in figures.items():
             ratio = ours.median / reference.median
             if what == "whole process" and ratio > BAR:

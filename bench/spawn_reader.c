@@ -29,7 +29,9 @@ static void* readAll(void* unused) {
     static char buffer[64 * 1024];
     struct epoll_event event;
     siginfo_t info;
-    while (epoll_wait(epoll, &event, 1, -1) == 1) {
+    for (;;) {
+        if (epoll_wait(epoll, &event, 1, -1) != 1)
+            continue;
         if (event.data.fd == output) {
             while (read(output, buffer, sizeof buffer) > 0) {
             }
