@@ -12,6 +12,7 @@
 #include "platform/posix/InstanceLock.h"
 #include "platform/posix/InstancePlace.h"
 #include "platform/posix/StandardStreams.h"
+#include "platform/qt/TemporaryVariable.h"
 #include "program/Application.h"
 #include "program/Ground.h"
 #include "program/SecondStart.h"
@@ -49,7 +50,11 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
+    // With pictures in shared memory Qt waits for an X server before each that it has read the last
+    // one, and is woken three to five times instead of once for each second that a window counts.
+    std::optional<TemporaryVariable> picturesBySocket(std::in_place, "QT_XCB_NO_MITSHM", "1");
     QApplication application(argumentCount, &programName);
+    picturesBySocket.reset();
     qInstallMessageHandler(usual);
     guard.reset();
     QApplication::setApplicationName(QStringLiteral("Valdorn"));

@@ -43,19 +43,12 @@ SilentBusGuard::SilentBusGuard(Ground& ground) : ground_(ground) {
     ground.isQtKeptFromBus = true;
     std::fputs("valdorn: The session bus does not answer, and is done without until it does\n",
                stderr);
-    if (qEnvironmentVariableIsSet(variable))
-        before_ = qgetenv(variable);
-    qputenv(variable, "disabled:");
+    noBus_.emplace(variable, "disabled:");
 }
 
 SilentBusGuard::~SilentBusGuard() {
-    if (!ground_.isQtKeptFromBus)
-        return;
-    QDBusConnection::sessionBus();
-    if (before_)
-        qputenv(variable, *before_);
-    else
-        qunsetenv(variable);
+    if (ground_.isQtKeptFromBus)
+        QDBusConnection::sessionBus();
 }
 
 }  // namespace valdorn

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QByteArray>
 #include <QDBusConnection>
 #include <optional>
 
+#include "platform/qt/TemporaryVariable.h"
 #include "program/Ground.h"
 
 namespace valdorn {
@@ -32,7 +32,7 @@ public:
 
 private:
     const Ground& ground_;
-    std::optional<QByteArray> before_;  // what the environment said, if it said anything
+    std::optional<TemporaryVariable> noBus_;
 };
 
 }  // namespace valdorn
