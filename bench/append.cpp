@@ -20,7 +20,7 @@ int main(int count, char** arguments) {
     const auto linesBefore = static_cast<long>(valdorn::LogTailer::maxLines);
     valdorn::BusyLog log(linesBefore);
     valdorn::LogWindow window(log.path());
-    const int paintingsBefore = window.paintings;
+    window.paintings.take();
     std::vector<long long> times;
     for (long lines = 0; lines < total; lines += batch) {
         log.append(valdorn::busyText(linesBefore + lines, batch));
@@ -29,7 +29,7 @@ int main(int count, char** arguments) {
         valdorn::settle();
         times.push_back(valdorn::computedFor() - begin);
     }
-    std::printf("%zu %d", window.rows->rows().lines().size(), window.paintings - paintingsBefore);
+    std::printf("%zu %zu", window.rows->rows().lines().size(), window.paintings.number());
     for (const long long time : times)
         std::printf(" %lld", time);
     std::printf("\n");

@@ -16,6 +16,7 @@
 #include "support/BusyLog.h"
 #include "support/Measuring.h"
 #include "support/Offscreen.h"
+#include "support/Paintings.h"
 #include "support/Settling.h"
 
 namespace {
@@ -47,17 +48,6 @@ public:
 
 private:
     std::deque<QString> lines_;
-};
-
-// Counts the paintings of a view.
-class Paintings : public QObject {
-public:
-    int number = 0;
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        number += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
-    }
 };
 
 struct Viewer {
@@ -93,12 +83,12 @@ QStringList batchOf(long first, long size) {
 }
 
 void measure(QAbstractScrollArea& area, const Viewer& viewer, long total, long batch) {
-    Paintings paintings;
+    valdorn::Paintings paintings;
     area.resize(720, 460);
     area.show();
     viewer.append(batchOf(0, mostLines));
     valdorn::settle();
-    area.viewport()->installEventFilter(&paintings);
+    paintings.watch(*area.viewport());
     std::vector<long long> times;
     for (long lines = 0; lines < total; lines += batch) {
         const QStringList next = batchOf(mostLines + lines, batch);
@@ -107,7 +97,7 @@ void measure(QAbstractScrollArea& area, const Viewer& viewer, long total, long b
         valdorn::settle();
         times.push_back(valdorn::computedFor() - begin);
     }
-    std::printf("%d %d", viewer.lines(), paintings.number);
+    std::printf("%d %zu", viewer.lines(), paintings.number());
     for (const long long time : times)
         std::printf(" %lld", time);
     std::printf("\n");

@@ -12,17 +12,13 @@
 
 #include "app/AppDelegate.h"
 #include "fleet/RunnersStore.h"
-#include "platform/Services.h"
 #include "platform/StatusItem.h"
 #include "platform/WindowHost.h"
-#include "platform/posix/InstalledResources.h"
 #include "platform/posix/PosixChildLauncher.h"
-#include "platform/posix/PosixFileSystem.h"
-#include "platform/posix/PosixHostInfo.h"
-#include "platform/posix/ThreadBackgroundQueue.h"
-#include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/QtMainQueue.h"
 #include "support/Measuring.h"
+#include "support/Settling.h"
+#include "support/World.h"
 #include "support/stamps.h"
 
 namespace {
@@ -44,44 +40,28 @@ public:
     void close(valdorn::WindowKind /*kind*/) override {}
 };
 
-// The outside world, all real but for what is looked at.
-struct World {
-    valdorn::QtMainQueue queue;
-    valdorn::PosixChildLauncher launcher;
-    valdorn::ThreadBackgroundQueue background;
-    valdorn::PosixFileSystem files;
-    valdorn::PosixHostInfo host;
-    valdorn::IniUserDefaults defaults{host.homeFolder() + "/valdorn.ini"};
-    valdorn::InstalledResources resources{""};
-    valdorn::Services services{queue, background, launcher, files, defaults, resources, host};
-    NoStatusItem item;
-    NoWindows windows;
-};
-
-void settle() {
-    for (int turn = 0; turn < 3; ++turn) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-    }
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
     if (count != 2 || setenv("HOME", arguments[1], 1) != 0)
         return 2;
     const QCoreApplication application(count, arguments);
-    World world;
-    settle();
+    valdorn::QtMainQueue queue;
+    valdorn::PosixChildLauncher launcher;
+    NoStatusItem item;
+    NoWindows windows;
+    valdorn::World world;
+    const auto services = world.with(queue, launcher);
+    valdorn::settle();
     const long residentBefore = valdorn::residentBytes();
     const long long begin = nanoseconds();
-    const auto store = valdorn::RunnersStore::create(world.services);
+    const auto store = valdorn::RunnersStore::create(services);
     const long long made = nanoseconds();
     const auto delegate = valdorn::AppDelegate::create(
-        {world.services, world.item, world.windows,
-         [&store]() -> valdorn::RunnersStore& { return *store; }, [] {}, [] {}});
+        {services, item, windows, [&store]() -> valdorn::RunnersStore& { return *store; }, [] {},
+         [] {}});
     delegate->applicationDidFinishLaunching();
-    settle();
+    valdorn::settle();
     const long long settled = nanoseconds();
     std::printf("%zu %lld %lld %ld\n", store->runners().size(), made - begin, settled - begin,
                 valdorn::residentBytes() - residentBefore);

@@ -9,8 +9,8 @@ import statistics
 import sys
 
 from support import harness, processes
-from support.bars import OURS, REFERENCE, RUNNERS, Bar, home_with_runners
-from support.e2e import desktop, program, waiting, windows
+from support.bars import OURS, REFERENCE, RUNNERS, Bar, empty_home, home_with_runners
+from support.e2e import desktop, waiting, windows
 
 ROUNDS = harness.rounds(3)
 SECONDS = harness.scaled(60, 2)
@@ -56,10 +56,6 @@ class Candidate:
     def row(self):
         return [self.name, f"{self.median():.0f} ({min(self.found)} to {max(self.found)})",
                 f"{self.median() / SECONDS:.2f}"]
-
-
-def empty_home():
-    return contextlib.closing(program.Home())
 
 
 def measure():

@@ -26,7 +26,7 @@ namespace valdorn {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = Paintings::Clock;
 using std::chrono::milliseconds;
 
 // Writes to a log at 100 MB a second, from a thread of its own, until this is gone.
@@ -61,23 +61,6 @@ private:
     std::thread thread_;  // the last: it uses the others
 };
 
-// Notes when a widget is painted.
-class Paintings : public QObject {
-public:
-    explicit Paintings(QWidget& widget) { widget.installEventFilter(this); }
-
-    std::vector<Clock::time_point> take() { return std::exchange(times_, {}); }
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint)
-            times_.push_back(Clock::now());
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    std::vector<Clock::time_point> times_;
-};
-
 long long nanoseconds(Clock::duration duration) {
     return std::chrono::nanoseconds(duration).count();
 }
@@ -99,7 +82,7 @@ void wait(milliseconds time) {
 // took until the field was painted with it.
 class Typist {
 public:
-    explicit Typist(QLineEdit& field) : field_(field), paintings_(field) {}
+    explicit Typist(QLineEdit& field) : field_(field) { paintings_.watch(field); }
 
     std::vector<long long> type(int keys) {
         std::thread hand([this, keys] { press(keys); });
@@ -150,22 +133,22 @@ void measure(milliseconds time, int keys) {
     BusyLog log(LogTailer::maxLines);
     LogWindow window(log.path());
     auto& filter = *window.view->findChild<QLineEdit*>();
-    Paintings paintings(*window.rows->viewport());
     Flood flood(log);
 
+    window.paintings.take();
     wait(time);
     const auto speed = flood.mebibytes() * 1000 / time.count();
-    const auto watched = paintings.take();
+    const auto watched = window.paintings.take();
 
     window.view->hide();
     settle();
-    paintings.take();
+    window.paintings.take();
     int wakeUps = 0;
     const auto awake = QObject::connect(QAbstractEventDispatcher::instance(),
                                         &QAbstractEventDispatcher::awake, [&] { ++wakeUps; });
     wait(time);
     QObject::disconnect(awake);
-    const auto closed = paintings.take();
+    const auto closed = window.paintings.take();
 
     window.view->show();
     settle();

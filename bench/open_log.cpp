@@ -16,5 +16,5 @@ int main(int count, char** arguments) {
     const valdorn::LogWindow window(arguments[1]);
     std::printf("%zu %ld\n", window.rows->rows().lines().size(), valdorn::residentBytes() - before);
     std::fflush(stdout);
-    _exit(window.paintings > 0 ? 0 : 1);
+    _exit(window.paintings.number() > 0 ? 0 : 1);
 }

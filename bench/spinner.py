@@ -12,7 +12,7 @@ import tempfile
 import time
 
 from support import harness, processes
-from support.bars import OURS, REFERENCE, RUNNERS, home_with_runners
+from support.bars import OURS, REFERENCE, RUNNERS, empty_home, home_with_runners
 from support.e2e import desktop, panel, program, tray, waiting
 
 ROUNDS = harness.rounds(3)
@@ -71,15 +71,6 @@ def _is_frame(message):
     return message[1] == signal and b"\0NewIcon\0" in message
 
 
-def has_host(connection):
-    """Qt looks for a tray only once, so there has to be one by then."""
-    if not connection.name_has_owner(tray.WATCHER):
-        return False
-    watcher = connection.get_object(tray.WATCHER, "/StatusNotifierWatcher", introspect=False)
-    return watcher.Get(tray.WATCHER, "IsStatusNotifierHostRegistered",
-                       dbus_interface=tray.PROPERTIES)
-
-
 class Candidate:
     """A program in a panel, both on a desktop of their own."""
 
@@ -90,7 +81,8 @@ class Candidate:
         self._panel = stack.enter_context(contextlib.closing(make_panel(self._place)))
         home = stack.enter_context(make_home())
         connection = self._place.bus.connect()
-        waiting.wait_until(lambda: has_host(connection), "a panel with a tray")
+        # The minimal program looks for a tray only once.
+        waiting.wait_until(lambda: tray.has_host(connection), "a panel with a tray")
         self._process = subprocess.Popen(
             command, env=program.environment(self._place, home), stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -140,10 +132,6 @@ def misses_of(name, candidate):
     bars = [FRAMES_BAR, BYTES_BAR, COMPUTING_BAR, COMPUTING_BAR]
     kinds = ["frames a second", "bytes a frame", "computing of ours", "computing of the panel"]
     return [f"{kind}, {name}" for kind, median, bar in zip(kinds, medians, bars) if median > bar]
-
-
-def empty_home():
-    return contextlib.closing(program.Home())
 
 
 def in_panel(make_panel):

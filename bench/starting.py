@@ -11,7 +11,7 @@ import shutil
 import sys
 
 from support import harness, processes
-from support.bars import OURS, REFERENCE, RUNNERS, Bar, home_with_runners
+from support.bars import OURS, REFERENCE, RUNNERS, Bar, empty_home, home_with_runners
 from support.e2e import program, waiting
 
 ROUNDS = harness.rounds(21)
@@ -85,7 +85,7 @@ def measure():
         bar = stack.enter_context(contextlib.closing(Bar()))
         ours = Candidate("ours", OURS, stack.enter_context(home_with_runners()))
         reference = Candidate("minimal program", REFERENCE,
-                              stack.enter_context(contextlib.closing(program.Home())))
+                              stack.enter_context(empty_home()))
         others = peers(stack)
         candidates = [ours, reference, *others]
         for number in range(harness.scaled(-1, 0), ROUNDS):

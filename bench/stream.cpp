@@ -25,18 +25,13 @@
 #include <vector>
 
 #include "platform/ChildLauncher.h"
-#include "platform/Services.h"
-#include "platform/posix/InstalledResources.h"
 #include "platform/posix/PosixChildLauncher.h"
-#include "platform/posix/PosixFileSystem.h"
-#include "platform/posix/PosixHostInfo.h"
-#include "platform/posix/ThreadBackgroundQueue.h"
-#include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/QtMainQueue.h"
 #include "runner/RunnerManager.h"
 #include "support/Keyboard.h"
 #include "support/Offscreen.h"
 #include "support/ResidentPeak.h"
+#include "support/World.h"
 
 namespace valdorn {
 namespace {
@@ -78,9 +73,9 @@ public:
 
     void post(Task task) override { queue_.post(std::move(task)); }
     ScheduledTask after(milliseconds delay, Task task) override {
-        if (delay == milliseconds(4000))
+        if (delay == RunnerManager::idleRevertDelay)
             ++finishedJobs;
-        else if (delay == milliseconds(5000))
+        else if (delay == RunnerManager::relaunchDelay)
             queue_.post([this] { queue_.post(onEnd); });  // behind what the last lines have posted
         return queue_.after(delay, std::move(task));
     }
@@ -184,13 +179,9 @@ int run(const Order& order) {
     install(order);
     ObservedQueue queue;
     CountingLauncher launcher;
-    PosixFileSystem files;
-    PosixHostInfo host;
-    ThreadBackgroundQueue background;
-    IniUserDefaults defaults(order.home + "/valdorn.ini");
-    InstalledResources resources(order.home + "/valdorn");
-    const Services services{queue, background, launcher, files, defaults, resources, host};
-    const auto runner = RunnerManager::create({"bench", "", "", "", "", false}, services);
+    World world;
+    const auto runner =
+        RunnerManager::create({"bench", "", "", "", "", false}, world.with(queue, launcher));
     std::filesystem::create_directories(runner->dataDir());
     std::ofstream(runner->dataDir() + "/.runner");
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QApplication>
-#include <QEvent>
 #include <memory>
 #include <string>
 
@@ -12,29 +11,25 @@
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWorkspace.h"
 #include "support/Measuring.h"
+#include "support/Paintings.h"
 #include "support/Settling.h"
 #include "ui/log/LogRowsView.h"
 #include "ui/log/LogViewerView.h"
 
 namespace valdorn {
 
-// An open log window, as the program makes it, on the screen that Qt has. Counts its paintings.
-class LogWindow : public QObject {
+// An open log window, as the program makes it, on the screen that Qt has. Notes its paintings.
+class LogWindow {
 public:
     explicit LogWindow(const std::string& path) : tailer(LogTailer::create(queue, files, path)) {
         view = std::make_unique<LogViewerView>(
             LogViewerEnvironment{queue, pasteboard, workspace, [path] { return path; }},
             std::make_unique<LogViewer>(queue, tailer, CaseFold("")));
         rows = view->findChild<LogRowsView*>();
-        rows->viewport()->installEventFilter(this);
+        paintings.watch(*rows->viewport());
         view->resize(720, 460);
         view->show();
         settle();
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        paintings += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
     }
 
     PosixFileSystem files;
@@ -43,9 +38,9 @@ public:
     PosixHostInfo host;
     QtWorkspace workspace{host};
     std::shared_ptr<LogTailer> tailer;
+    Paintings paintings;
     std::unique_ptr<LogViewerView> view;
     LogRowsView* rows = nullptr;
-    int paintings = 0;
 };
 
 }  // namespace valdorn

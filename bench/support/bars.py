@@ -27,6 +27,11 @@ def home_with_runners(script="declare\n"):
         yield home
 
 
+def empty_home():
+    """For a program that needs nothing in it."""
+    return contextlib.closing(program.Home())
+
+
 class Bar:
     """A desktop of its own whose status bar is this process."""
 

@@ -1,7 +1,6 @@
 #include "runner/RunnerManager.h"
 
 #include <algorithm>
-#include <chrono>
 #include <tuple>
 #include <utility>
 
@@ -16,12 +15,6 @@
 namespace valdorn {
 
 namespace {
-
-// Gives the server time to drop the old session before the daemon comes back.
-constexpr std::chrono::seconds relaunchDelay{5};
-
-// Lets the next job of a busy runner follow without a flicker to idle in between.
-constexpr std::chrono::seconds idleRevertDelay{4};
 
 // The environment with the one variable set, in its old place if it was there.
 std::vector<std::string> withPath(std::vector<std::string> environment, const std::string& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -52,6 +53,14 @@ class RunnerManager : public Observable, public std::enable_shared_from_this<Run
     struct Key {};
 
 public:
+    // After the end of a daemon that is to run: gives the server time to drop the old session before
+    // the next one comes.
+    static constexpr std::chrono::seconds relaunchDelay{5};
+
+    // After the end of a job: lets the next job of a busy runner follow without a flicker to idle in
+    // between.
+    static constexpr std::chrono::seconds idleRevertDelay{4};
+
     // Creates a stopped manager for the record; launches nothing. What `services` refers to
     // outlives it.
     static std::shared_ptr<RunnerManager> create(RunnerConfig config, const Services& services);

@@ -120,10 +120,20 @@ class Item:
         return SignalRecorder(self.connection, self.service, (ITEM, MENU))
 
 
+def _told_by_watcher(connection, name):
+    watcher = connection.get_object(WATCHER, "/StatusNotifierWatcher", introspect=False)
+    return watcher.Get(WATCHER, name, dbus_interface=PROPERTIES)
+
+
+def has_host(connection):
+    """Whether some panel on the bus shows status items."""
+    return (connection.name_has_owner(WATCHER) and
+            _told_by_watcher(connection, "IsStatusNotifierHostRegistered"))
+
+
 def items_of_panel(connection):
     """Where the status items are of whatever panel is on the bus."""
-    watcher = connection.get_object(WATCHER, "/StatusNotifierWatcher", introspect=False)
-    return watcher.Get(WATCHER, "RegisteredStatusNotifierItems", dbus_interface=PROPERTIES)
+    return _told_by_watcher(connection, "RegisteredStatusNotifierItems")
 
 
 def item_of_panel(connection):
