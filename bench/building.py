@@ -23,7 +23,7 @@ TOUCH_BAR = 8
 
 TITLE = "Building the program"
 INTRODUCTION = f"""\
-Seconds of computing, user's and system's together, of `cmake --build` for what is shipped (preset
+Seconds of computing, user's and system's together, for building what is shipped (preset
 `release`, target `valdorn`) on all cores, without a compiler cache. Beside it, before and after, a
 project of one file that includes `<QWidget>` and defines `main`.
 
