@@ -33,7 +33,8 @@ Bars: {CLEAN_BAR} s from nothing, {TOUCH_BAR} s after a view's source or its hea
 
 class Seconds(harness.Figure):
     def __str__(self):
-        return f"{self.median:.1f} s ({self.lowest:.1f} to {self.highest:.1f})"
+        spread = f"{self.lowest:.1f} to {self.highest:.1f}" if self.count > 1 else "one run"
+        return f"{self.median:.1f} s ({spread})"
 
 
 def computed(command):

@@ -76,6 +76,7 @@ class Figure:
     """Measured times in nanoseconds."""
 
     def __init__(self, times):
+        self.count = len(times)
         self.median = statistics.median(times)
         self.lowest = min(times)
         self.highest = max(times)
