@@ -6,7 +6,8 @@
 namespace valdorn {
 
 // Sets a variable of this process's environment for as long as it lives, then puts back what was
-// there. Main thread, and nobody else looks at the environment meanwhile.
+// there. To be made before there is a second thread. Later threads may look up other variables when
+// it goes: a new variable stands behind all others, so taking it away moves none of them.
 class TemporaryVariable {
 public:
     // `name` is to outlive it.
