@@ -37,7 +37,7 @@ QDBusConnection SessionConnection::open(const Ground& ground, const QString& nam
     return QDBusConnection::connectToBus(QString::fromStdString(ground.sessionBus), name);
 }
 
-SilentBusGuard::SilentBusGuard(Ground& ground) : ground_(ground) {
+SilentBusGuard::SilentBusGuard(Ground& ground) {
     if (SessionBusSocket::ask(ground.sessionBus, patienceAtStart) != State::silent)
         return;
     ground.isQtKeptFromBus = true;
@@ -47,8 +47,8 @@ SilentBusGuard::SilentBusGuard(Ground& ground) : ground_(ground) {
 }
 
 SilentBusGuard::~SilentBusGuard() {
-    if (ground_.isQtKeptFromBus)
-        QDBusConnection::sessionBus();
+    if (noBus_)
+        QDBusConnection::sessionBus();  // while the variable is set, which it is until we are gone
 }
 
 }  // namespace valdorn

@@ -31,7 +31,6 @@ public:
     SilentBusGuard& operator=(const SilentBusGuard&) = delete;
 
 private:
-    const Ground& ground_;
     std::optional<TemporaryVariable> noBus_;
 };
 

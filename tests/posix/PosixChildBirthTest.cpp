@@ -86,20 +86,40 @@ TEST_F(PosixChildBirthTest, GetsOneNullAndOnePipeAndNoOtherDescriptor) {
     EXPECT_FALSE(std::getline(lines, more)) << more;
 }
 
+void closeStreams() {
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+}
+
+// To be called in a process of its own, whose end tells: 0 when the child got what it is to get.
+void exitWithStreamsOfAChild(PosixChildLauncher& launcher) {
+    ChildRecorder recorder;
+    const auto child = launcher.launch(childCommand("print_descriptors"), recorder.handlers());
+    const bool hasAnswered = child.ok() && recorder.waitForRelease();
+    const std::string seen = recorder.output();
+    const bool isRight = seen.starts_with("0 /dev/null\n1 pipe:[") &&
+                         std::count(seen.begin(), seen.end(), '\n') == 3;
+    _exit(hasAnswered && isRight ? 0 : 1);
+}
+
 TEST_F(PosixChildBirthTest, GetsItsStreamsEvenWhereOursAreClosed) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(
         {
             PosixChildLauncher own;
-            ChildRecorder recorder;
-            close(STDIN_FILENO);
-            close(STDOUT_FILENO);
-            const auto child = own.launch(childCommand("print_descriptors"), recorder.handlers());
-            const bool hasAnswered = child.ok() && recorder.waitForRelease();
-            const std::string seen = recorder.output();
-            const bool isRight = seen.starts_with("0 /dev/null\n1 pipe:[") &&
-                                 std::count(seen.begin(), seen.end(), '\n') == 3;
-            _exit(hasAnswered && isRight ? 0 : 1);
+            closeStreams();
+            exitWithStreamsOfAChild(own);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(PosixChildBirthTest, GetsItsStreamsEvenWhereOursWereNeverOpen) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            closeStreams();
+            PosixChildLauncher own;
+            exitWithStreamsOfAChild(own);
         },
         testing::ExitedWithCode(0), "");
 }

@@ -1,5 +1,6 @@
 #include "platform/posix/PosixChildLauncher.h"
 
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -39,6 +40,13 @@ void heedEndsOfChildren() {
     sigaction(SIGCHLD, &action, nullptr);
 }
 
+Descriptor openNull() {
+    auto opened = openPath("/dev/null", O_RDONLY);
+    if (!opened)
+        throw std::system_error(opened.error(), std::generic_category(), "/dev/null");
+    return std::move(opened.value());
+}
+
 bool isReadable(const Descriptor& descriptor) {
     pollfd now{descriptor.number(), POLLIN, 0};
     return poll(&now, 1, 0) > 0;
@@ -56,8 +64,7 @@ ChildHandlers nobody() {
 }  // namespace
 
 PosixChildLauncher::PosixChildLauncher()
-    : null_(orThrow(open("/dev/null", O_RDONLY | O_CLOEXEC), "/dev/null")),
-      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    : null_(openNull()), quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
     heedEndsOfChildren();
 }
 

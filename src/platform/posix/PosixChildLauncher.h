@@ -14,7 +14,7 @@ namespace valdorn {
 // live as long as the program.
 class PosixChildLauncher : public ChildLauncher {
 public:
-    // Throws std::system_error when the kernel gives no descriptor or no thread. Takes back an
+    // Throws std::system_error when the kernel gives no descriptor, null or thread. Takes back an
     // ignored SIGCHLD, which a program inherits from the one that started it: with it the kernel
     // would throw the exits of children away.
     PosixChildLauncher();
@@ -29,7 +29,7 @@ public:
     void shutDown() override;
 
 private:
-    const Descriptor null_;      // every child's input
+    const Descriptor null_;      // every child's input; there is nothing in it that one could take
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;
 };

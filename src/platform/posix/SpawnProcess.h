@@ -35,9 +35,8 @@ struct SpawnFailure {
 // Any thread; returns when the child runs its executable. It has an empty signal mask, default
 // dispositions and a group of its own. A failure leaves no child behind.
 //
-// posix_spawn would do the same, but not as fast (bench/launching.py): it maps a stack and gives it
-// back, of which the processors of all other threads are told. Nor does it say which step has
-// failed, and the pidfd is a call of its own.
+// posix_spawn would do the same, but does not say which step has failed, and whom its pid names is
+// certain only until somebody else in this process waits for children: the pidfd is a call of its own.
 Result<SpawnedProcess, SpawnFailure> spawnProcess(const SpawnRequest& request);
 
 }  // namespace valdorn

@@ -6,8 +6,9 @@
 namespace valdorn {
 
 // Sets a variable of this process's environment for as long as it lives, then puts back what was
-// there. To be made before there is a second thread. Later threads may look up other variables when
-// it goes: a new variable stands behind all others, so taking it away moves none of them.
+// there. To be made before there is a second thread. Threads that come meanwhile may look up other
+// variables when it goes: a variable that was not there stands behind all that were, so taking it
+// away moves none of them.
 class TemporaryVariable {
 public:
     // `name` is to outlive it.
