@@ -1,9 +1,8 @@
 // Makes the fleet of a home folder as a start of the program does, windows and status bar apart:
 // fleet HOME.
 //
-// Prints how many runners there are, how many nanoseconds it took to read the list and make them, how
-// many until the menu tells of all of them and nothing is left to do, and by how many bytes the
-// resident memory has grown meanwhile.
+// Prints how many runners there are, how many nanoseconds it took until the menu tells of all of
+// them and nothing is left to do, and by how many bytes the resident memory has grown meanwhile.
 #include <QCoreApplication>
 #include <cstdio>
 #include <cstdlib>
@@ -56,14 +55,13 @@ int main(int count, char** arguments) {
     const long residentBefore = valdorn::residentBytes();
     const long long begin = nanoseconds();
     const auto store = valdorn::RunnersStore::create(services);
-    const long long made = nanoseconds();
     const auto delegate = valdorn::AppDelegate::create(
         {services, item, windows, [&store]() -> valdorn::RunnersStore& { return *store; }, [] {},
          [] {}});
     delegate->applicationDidFinishLaunching();
     valdorn::settle();
     const long long settled = nanoseconds();
-    std::printf("%zu %lld %lld %ld\n", store->runners().size(), made - begin, settled - begin,
+    std::printf("%zu %lld %ld\n", store->runners().size(), settled - begin,
                 valdorn::residentBytes() - residentBefore);
     // Any runner that has not heard yet that it is not registered would make the figures a lie.
     return store->aggregateStatus() == valdorn::RunnerStatus::notRegistered ? 0 : 1;

@@ -48,7 +48,7 @@ def home_with(count):
 
 def run_fleet(build, home, count):
     """Nanoseconds and bytes of one start without a program around it."""
-    _, (found, _, took, grown) = harness.run([str(build / "bin/fleet"), home.path])
+    _, (found, took, grown) = harness.run([str(build / "bin/fleet"), home.path])
     harness.expect("runners", found, count)
     return took, grown
 
@@ -70,9 +70,9 @@ def part(figures, small, large):
 def judge(name, figures, rows, misses):
     for count in SIZES:
         took, size = figures[count]
-        parts = part(figures, 1, count) if count > 1 else ("", "")
-        rows.append([name, count, took, size, *(f"{value:.2f}" if value != "" else ""
-                                                for value in parts)])
+        parts = part(figures, 1, count) if count > 1 else ()
+        rows.append([name, count, took, size, *(f"{value:.2f}" for value in parts),
+                     *([""] * (2 - len(parts)))])
         if count >= SIZES[-2] and (parts[0] > MICROSECONDS_BAR or parts[1] > KIBIBYTES_BAR):
             misses.append(f"{name} of {count}")
 
@@ -89,10 +89,11 @@ def main(build):
     with contextlib.ExitStack() as stack:
         homes = {count: stack.enter_context(contextlib.closing(home_with(count))) for count in SIZES}
         bar = stack.enter_context(contextlib.closing(Bar()))
-        for _ in range(ROUNDS):
-            for count, home in homes.items():
-                found.setdefault(("fleet", count), []).append(run_fleet(build, home, count))
-                found.setdefault(("program", count), []).append(run_program(bar, home))
+        for (count, home), counts in harness.turns(homes.items(), ROUNDS):
+            runs = {"fleet": run_fleet(build, home, count), "program": run_program(bar, home)}
+            for name, run in runs.items():
+                if counts:
+                    found.setdefault((name, count), []).append(run)
     rows, misses = [], []
     for name in ("fleet", "program"):
         figures = {}

@@ -1,4 +1,4 @@
-// Does what hold does, in the ways of C: hold_reference WAY COUNT COMMAND [ARGUMENT...]. WAY is loop,
+// Holds children as hold does, in the ways of C, until SIGTERM: hold_reference WAY COUNT COMMAND [ARGUMENT...]. WAY is loop,
 // one epoll for the pipes and pidfds of all children, or threads, one for each child, which reads its
 // pipe and then waits for it.
 #define _GNU_SOURCE
@@ -28,7 +28,12 @@ static struct child start(char** command) {
     if (pipe2(ends, O_CLOEXEC) != 0)
         exit(1);
     struct child born = {vfork(), ends[0], -1};
+    if (born.pid < 0)
+        exit(1);
     if (born.pid == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, NULL);  // we are deaf to the end that we pass on
         dup2(ends[1], STDOUT_FILENO);
         execv(command[0], command);
         _exit(127);
@@ -101,9 +106,7 @@ int main(int count, char** arguments) {
         loop(epoll_create1(EPOLL_CLOEXEC), end, children, wanted);
     else if (read(end, buffer, sizeof buffer) < 0)
         return 1;
-    // They have inherited what we are deaf to.
     for (long number = 0; number < wanted; ++number)
-        kill(children[number].pid, SIGKILL);
-    // Those that the threads wait for end with us.
+        kill(children[number].pid, SIGTERM);
     return 0;
 }

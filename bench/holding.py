@@ -41,8 +41,8 @@ def holder(build, way, count):
     process = subprocess.Popen([str(build / "bin" / program), *kind, str(count), *child],
                                stdout=subprocess.PIPE)
     with process:
-        harness.expect("first word", process.stdout.readline(), b"held\n")
         try:
+            harness.expect("first word", process.stdout.readline(), b"held\n")
             yield process.pid
         finally:
             process.terminate()
@@ -56,14 +56,14 @@ def hold(build, way, count):
         before = processes.switches(pid)
         time.sleep(WATCHED)
         after = processes.switches(pid)
+        harness.expect("living children", len(processes.family(pid)) - 1, count)
         return (*processes.memory(pid), len(after), processes.switches_between(before, after))
 
 
 def main(build):
     found = {(name, count): [] for name in WAYS for count in (1, MANY)}
-    for _ in range(ROUNDS):
-        for (name, count), runs in found.items():
-            runs.append(hold(build, WAYS[name], count))
+    for ((name, count), runs), _ in harness.turns(found.items(), ROUNDS, uncounted=0):
+        runs.append(hold(build, WAYS[name], count))
     rows, misses = [], []
     for name in WAYS:
         one, many = (list(zip(*found[name, count])) for count in (1, MANY))

@@ -41,7 +41,7 @@ def feeding(programs, rows, misses):
         commands = [[str(programs / name), *mode, str(total), str(batch)]
                     for name, *mode in (("append",), ("append_reference", "text"),
                                         ("append_reference", "list"))]
-        runs = harness.all_by_turns(commands, ROUNDS)
+        runs = harness.by_turns(commands, ROUNDS)
         counts = {tuple(numbers[:2]) for some in runs for _, numbers in some}
         harness.expect("lines and paintings", counts, {(LINES, total // batch)})
         figures = [harness.Figure([harness.Figure(numbers[2:]).median / batch

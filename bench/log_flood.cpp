@@ -78,8 +78,8 @@ void wait(milliseconds time) {
     loop.exec();
 }
 
-// Presses a key from another thread at random times, as a display server does, and keeps how long it
-// took until the field was painted with it.
+// Presses a key at random times, told of by another thread, and keeps how long it took until the
+// field was painted with it.
 class Typist {
 public:
     explicit Typist(QLineEdit& field) : field_(field) { paintings_.watch(field); }

@@ -29,6 +29,11 @@ struct Launch {
     long long after = 0;
 };
 
+[[noreturn]] void giveUp(const std::string& why) {
+    std::fprintf(stderr, "spawn: %s\n", why.c_str());
+    std::exit(1);
+}
+
 std::vector<Launch> launches(long count, const Words& words, const std::string& stamp) {
     const valdorn::ChildCommand command{
         words[0], {words.begin() + 1, words.end()}, "/", {"PATH=/usr/bin:/bin"}};
@@ -38,20 +43,22 @@ std::vector<Launch> launches(long count, const Words& words, const std::string& 
     while (std::ssize(done) < count) {
         left = 0;
         long long known = 0;
+        valdorn::ChildExit end;
         std::binary_semaphore ended{0};
         const long long begin = nanoseconds();
         const auto child =
             launcher.launch(command, {[](std::string_view, const valdorn::OutputCredit&) {},
-                                      [&known, &ended](valdorn::ChildExit) {
+                                      [&known, &end, &ended](valdorn::ChildExit exit) {
                                           known = nanoseconds();
+                                          end = exit;
                                           ended.release();
                                       }});
         const long long launched = nanoseconds();
-        if (!child) {
-            std::fprintf(stderr, "spawn: %s cannot be launched\n", words[0].c_str());
-            std::exit(1);
-        }
+        if (!child)
+            giveUp(words[0] + " cannot be launched");
         ended.acquire();
+        if (end != valdorn::ChildExit{valdorn::ChildExit::Kind::exited, 0})
+            giveUp(words[0] + " has failed");
         done.push_back({launched - begin, known - begin, left ? known - left : 0});
         rest();
     }

@@ -1,4 +1,4 @@
-// Does what spawn does by QProcess: spawn_qprocess COUNT MEBIBYTES STAMP COMMAND [ARGUMENT...].
+// Does what spawn --each does by QProcess: spawn_qprocess COUNT MEBIBYTES STAMP COMMAND [ARGUMENT...].
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
@@ -21,14 +21,16 @@ int main(int count, char** arguments) {
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.setStandardInputFile(QProcess::nullDevice());
-        QObject::connect(&process, &QProcess::finished, [&known] {
+        QObject::connect(&process, &QProcess::finished, [&known](int status) {
             known = nanoseconds();
-            QCoreApplication::quit();
+            QCoreApplication::exit(status);
         });
+        QObject::connect(&process, &QProcess::errorOccurred, [] { std::exit(1); });
         const long long begin = nanoseconds();
         process.start(command, words);
         const long long launched = nanoseconds();
-        QCoreApplication::exec();
+        if (QCoreApplication::exec() != 0)
+            return 1;
         std::printf("%lld %lld %lld\n", launched - begin, known - begin, left ? known - left : 0);
         rest();
     }

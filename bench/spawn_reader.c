@@ -1,4 +1,4 @@
-// Does what spawn does with the least that whoever keeps daemons has to do, in C: spawn_reader COUNT
+// Does what spawn --each does with the least that whoever keeps daemons has to do, in C: spawn_reader COUNT
 // MEBIBYTES STAMP COMMAND [ARGUMENT...]. A child gets null, a pipe and a group of its own; a second
 // thread reads the pipes and learns of the ends.
 #define _GNU_SOURCE
@@ -26,6 +26,7 @@ static void listenTo(int descriptor) {
 
 // Ends with the process.
 static void* readAll(void* unused) {
+    (void)unused;
     static char buffer[64 * 1024];
     struct epoll_event event;
     siginfo_t info;
@@ -37,12 +38,13 @@ static void* readAll(void* unused) {
             }
         } else if (waitid((idtype_t)P_PIDFD, (id_t)process, &info, WEXITED) == 0) {
             known = nanoseconds();
+            if (info.si_code != CLD_EXITED || info.si_status != 0)
+                exit(1);
             close(process);
             close(output);
             sem_post(&ended);
         }
     }
-    return unused;
 }
 
 static void start(char** command) {

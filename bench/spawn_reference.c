@@ -1,4 +1,4 @@
-// Does what spawn does, in the ways of C: spawn_reference WAY COUNT MEBIBYTES STAMP COMMAND
+// Does what spawn --each does, in the ways of C: spawn_reference WAY COUNT MEBIBYTES STAMP COMMAND
 // [ARGUMENT...]. WAY is how a child is made (vfork, fork, posix_spawn: its end is waited for with
 // waitpid), or pidfd: vfork, and its end learned from a pidfd in an epoll.
 #define _GNU_SOURCE
@@ -33,7 +33,8 @@ static void awaitByPidfd(int epoll, pid_t child) {
     siginfo_t info;
     if (process < 0 || epoll_ctl(epoll, EPOLL_CTL_ADD, process, &event) != 0 ||
         epoll_wait(epoll, &event, 1, -1) != 1 ||
-        waitid((idtype_t)P_PIDFD, (id_t)process, &info, WEXITED) != 0)
+        waitid((idtype_t)P_PIDFD, (id_t)process, &info, WEXITED) != 0 ||
+        info.si_code != CLD_EXITED || info.si_status != 0)
         exit(1);
     close(process);
 }

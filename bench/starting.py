@@ -6,7 +6,6 @@ Beside a minimal program in the status bar.
 
 import contextlib
 import os
-import random
 import shutil
 import sys
 
@@ -87,12 +86,8 @@ def measure():
         reference = Candidate("minimal program", REFERENCE,
                               stack.enter_context(empty_home()))
         others = peers(stack)
-        candidates = [ours, reference, *others]
-        for number in range(harness.scaled(-1, 0), ROUNDS):
-            # Nobody always follows the same: a large program leaves cold caches behind.
-            random.shuffle(candidates)
-            for candidate in candidates:
-                candidate.run(bar, number >= 0)
+        for candidate, counts in harness.turns([ours, reference, *others], ROUNDS):
+            candidate.run(bar, counts)
     return ours, reference, others
 
 

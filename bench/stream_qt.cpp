@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <QStringList>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -49,6 +50,7 @@ int main(int count, char** arguments) {
         }
     });
     QObject::connect(&child, &QProcess::finished, [] { QCoreApplication::quit(); });
+    QObject::connect(&child, &QProcess::errorOccurred, [] { std::exit(1); });
     const QString program = command.takeFirst();
     child.start(program, command);
     QCoreApplication::exec();

@@ -9,7 +9,7 @@
 
 namespace valdorn {
 
-// Notes when a widget is painted. Main thread; outlives what it watches or goes before it.
+// Notes when a widget is painted. Main thread; either may go first.
 class Paintings : public QObject {
 public:
     using Clock = std::chrono::steady_clock;

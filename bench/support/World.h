@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/Services.h"
+#include "platform/XdgFolders.h"
 #include "platform/posix/InstalledResources.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/PosixHostInfo.h"
@@ -16,8 +17,8 @@ struct World {
     PosixFileSystem files;
     PosixHostInfo host;
     ThreadBackgroundQueue background;
-    IniUserDefaults defaults{host.homeFolder() + "/valdorn.ini"};
-    InstalledResources resources{host.homeFolder() + "/valdorn"};
+    IniUserDefaults defaults{XdgFolders::configuration(host) + "/valdorn/valdorn.ini"};
+    InstalledResources resources{host.homeFolder() + "/valdorn"};  // as if installed there: none
 
     Services with(MainQueue& queue, ChildLauncher& launcher) {
         return {queue, background, launcher, files, defaults, resources, host};

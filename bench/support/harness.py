@@ -7,7 +7,10 @@ figure is judged or kept; a program that fails or counts wrongly fails it all th
 import os
 import pathlib
 import platform
+import random
 import re
+import select
+import signal
 import statistics
 import sys
 import tempfile
@@ -16,6 +19,7 @@ import time
 RESULTS = pathlib.Path(__file__).resolve().parent.parent / "results.md"
 SHORT = "--short" in sys.argv[1:]
 SHORT_ROUNDS = 2
+PATIENCE = 600  # seconds that a program may take
 
 
 def scaled(full, short):
@@ -41,12 +45,23 @@ def expect(what, found, wanted):
         raise SystemExit(f"{what}: {found}, not {wanted}")
 
 
+def _end_when_late(child):
+    """What hangs is to fail."""
+    ended = select.poll()
+    process = os.pidfd_open(child)
+    ended.register(process, select.POLLIN)
+    if not ended.poll(PATIENCE * 1000):
+        os.kill(child, signal.SIGKILL)
+    os.close(process)
+
+
 def run(arguments):
     """Runs a program from fork to exit; returns its nanoseconds and the numbers that it printed."""
     with tempfile.TemporaryFile() as output:
         actions = [(os.POSIX_SPAWN_DUP2, output.fileno(), 1)]
         begin = time.perf_counter_ns()
         child = os.posix_spawn(arguments[0], arguments, os.environ, file_actions=actions)
+        _end_when_late(child)
         _, status = os.waitpid(child, 0)
         took = time.perf_counter_ns() - begin
         if status != 0:
@@ -56,24 +71,29 @@ def run(arguments):
         return took, [int(word) for word in words if word.lstrip(b"-").isdigit()]
 
 
-def all_by_turns(commands, rounds):
-    """Runs all as A B C A B C, after a few rounds that do not count; returns each one's runs."""
+def turns(candidates, rounds, uncounted=1):
+    """Each candidate once a round, and whether the round counts. The order is another one each time,
+    the same in each run: what always follows a large program would find cold caches."""
+    order = random.Random(1)
+    waiting = list(candidates)
+    for number in range(scaled(-uncounted, 0), rounds):
+        order.shuffle(waiting)
+        for candidate in waiting:
+            yield candidate, number >= 0
+
+
+def by_turns(commands, rounds):
+    """Runs all by turns; returns each one's runs, round by round."""
     results = [[] for _ in commands]
-    for number in range(scaled(-3, 0), rounds):
-        for arguments, runs in zip(commands, results):
-            result = run(arguments)
-            if number >= 0:
-                runs.append(result)
+    for (arguments, runs), counts in turns(zip(commands, results), rounds, uncounted=3):
+        result = run(arguments)
+        if counts:
+            runs.append(result)
     return results
 
 
-def by_turns(ours, reference, rounds):
-    """The same for two."""
-    return all_by_turns((ours, reference), rounds)
-
-
 class Figure:
-    """Measured times in nanoseconds."""
+    """What was measured several times; written as times in nanoseconds."""
 
     def __init__(self, times):
         self.count = len(times)

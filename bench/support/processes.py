@@ -36,7 +36,7 @@ def switches(pid):
 
 
 def switches_between(before, after):
-    """Of all threads; one that has come or gone in the meantime counts as what it has left."""
+    """Of all threads; one that has come counts whole, one that has gone as one."""
     return sum(after.get(thread, before.get(thread, 0) + 1) - before.get(thread, 0)
                for thread in {*before, *after})
 
@@ -61,5 +61,6 @@ def family(pid):
     found, before = {pid}, 0
     while len(found) > before:
         before = len(found)
-        found |= {number for number, stat in stats.items() if stat and int(stat[1]) in found}
+        found |= {number for number, stat in stats.items()
+                  if stat and stat[0] != "Z" and int(stat[1]) in found}
     return found
