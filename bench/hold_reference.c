@@ -1,6 +1,6 @@
-// Holds children as hold does, in the ways of C, until SIGTERM: hold_reference WAY COUNT COMMAND [ARGUMENT...]. WAY is loop,
-// one epoll for the pipes and pidfds of all children, or threads, one for each child, which reads its
-// pipe and then waits for it.
+// Holds children as hold does, in the ways of C, until SIGTERM: hold_reference WAY COUNT COMMAND
+// [ARGUMENT...]. WAY is loop, one epoll for the pipes and pidfds of all children, or threads, one for
+// each child, which reads its pipe and then waits for it.
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <pthread.h>

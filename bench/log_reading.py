@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""What reading the lines of the log window costs, beside a bare search for them: log_reading.py BUILD-FOLDER [--short].
+"""What reading the lines of the log window costs: log_reading.py BUILD-FOLDER [--short].
+
+Beside a bare search for them.
 
 The bar: as whole processes at most twice the search, and the same whether the log has 1 MiB or 4 GiB.
 """

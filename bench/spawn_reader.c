@@ -1,6 +1,6 @@
-// Does what spawn --each does with the least that whoever keeps daemons has to do, in C: spawn_reader COUNT
-// MEBIBYTES STAMP COMMAND [ARGUMENT...]. A child gets null, a pipe and a group of its own; a second
-// thread reads the pipes and learns of the ends.
+// Does what spawn --each does with the least that whoever keeps daemons has to do, in C:
+// spawn_reader COUNT MEBIBYTES STAMP COMMAND [ARGUMENT...]. A child gets null, a pipe and a group of
+// its own; a second thread reads the pipes and learns of the ends.
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <pthread.h>

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """What a runner's output costs from the pipe to the applied line: stream.py BUILD-FOLDER [--short].
 
-The bars: a fifth of a bare search for line ends and 2.5 times the best program of others that looks at lines,
-4 MiB of memory however long the stream is, and a key answered within a frame meanwhile.
+The bars: a fifth of a bare search for line ends and 2.5 times the best program of others that looks
+at lines, 4 MiB of memory however long the stream is, and a key answered within a frame meanwhile.
 """
 
 import os
