@@ -77,6 +77,21 @@ private:
     Descriptor readEnd_;
 };
 
+TEST_F(ChildReaderTest, FloodKeepsTheLineThatTheEndOfAReadHasCut) {
+    std::string lines;
+    for (int number = 0; lines.size() < maxChunkBytes * 3 / 2; ++number)
+        lines += "line " + std::to_string(number) + " of many\n";
+    ASSERT_NE(lines[maxChunkBytes - 1], '\n');
+    SpawnedChild child = spawn("play", {"print:" + lines, "exit:0"});
+    // All of it is there for the second read, in a pipe with room for it.
+    ASSERT_GE(fcntl(child.output.number(), F_SETPIPE_SZ, 2 * maxChunkBytes), 0);
+    PipeView(child.output).awaitReadable(static_cast<int>(lines.size()));
+    ChildRecorder recorder;
+    ASSERT_EQ(reader.watch(std::move(child), recorder.handlers()), std::nullopt);
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.output(), lines);
+}
+
 TEST_F(ChildReaderTest, HearsOfWhatHappenedBeforeItWasAsked) {
     for (int round = 0; round < 200; ++round) {
         ChildRecorder recorder;
@@ -115,6 +130,17 @@ struct BurstingChild {
     PipeView pipe;
     ChildRecorder recorder;
 };
+
+// The kernel gives the next pipe the number of the last one.
+TEST_F(ChildReaderTest, PipeIsMadeLargeAlsoWhereOneThatHasEndedWas) {
+    for (std::size_t round = 0; round <= LargePipes::atMost; ++round) {
+        const std::string burst = "fill:" + std::to_string(burstBytes);
+        BurstingChild child(reader, spawn("play", {burst, "await", "exit:0"}));
+        EXPECT_TRUE(child.pipe.isLarge()) << "round " << round;
+        kill(child.id, SIGUSR1);
+        ASSERT_TRUE(child.recorder.waitForRelease());
+    }
+}
 
 TEST_F(ChildReaderTest, LargePipeGoesFromAChildThatIsQuietToOneThatFloods) {
     const std::string burst = "fill:" + std::to_string(burstBytes);
