@@ -11,10 +11,12 @@
 #include "support/Offscreen.h"
 
 int main(int count, char** arguments) {
-    if (count != 3)
+    const long total = count == 3 ? std::atol(arguments[1]) : 0;
+    const long batch = count == 3 ? std::atol(arguments[2]) : 0;
+    if (total <= 0 || batch <= 0) {
+        std::fprintf(stderr, "usage: append LINES LINES-IN-A-BATCH\n");
         return 2;
-    const long total = std::atol(arguments[1]);
-    const long batch = std::atol(arguments[2]);
+    }
     valdorn::runOffscreen();
     QApplication application(count, arguments);
     const auto linesBefore = static_cast<long>(valdorn::LogTailer::maxLines);

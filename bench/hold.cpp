@@ -15,8 +15,11 @@
 #include "platform/posix/PosixChildLauncher.h"
 
 int main(int count, char** arguments) {
-    if (count < 2)
+    const long wanted = count > 1 ? std::atol(arguments[1]) : 0;
+    if (wanted <= 0) {
+        std::fprintf(stderr, "usage: hold COUNT [PATH-OF-A-COMMAND [ARGUMENT...]]\n");
         return 2;
+    }
     // Blocked before there is a second thread, so that the signal waits for us.
     sigset_t end;
     sigemptyset(&end);
@@ -29,7 +32,7 @@ int main(int count, char** arguments) {
     const valdorn::ChildCommand command{words[0], {words.begin() + 1, words.end()}, "/", {}};
     std::vector<std::unique_ptr<valdorn::ChildProcess>> children;
     valdorn::PosixChildLauncher launcher;
-    for (long number = std::atol(arguments[1]); number > 0; --number) {
+    for (long number = wanted; number > 0; --number) {
         auto child = launcher.launch(
             command,
             {[](std::string_view, const valdorn::OutputCredit&) {}, [](valdorn::ChildExit) {}});
@@ -37,8 +40,10 @@ int main(int count, char** arguments) {
             break;
         children.push_back(std::move(child.value()));
     }
-    const bool areAllHeld = std::ssize(children) == std::atol(arguments[1]);
-    if (areAllHeld) {
+    const bool areAllHeld = std::ssize(children) == wanted;
+    if (!areAllHeld) {
+        std::fprintf(stderr, "hold: %s cannot be launched\n", words[0].c_str());
+    } else {
         std::puts("held");
         std::fflush(stdout);
         int signal = 0;

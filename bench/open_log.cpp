@@ -8,8 +8,10 @@
 #include "support/Offscreen.h"
 
 int main(int count, char** arguments) {
-    if (count != 2)
+    if (count != 2) {
+        std::fprintf(stderr, "usage: open_log FILE\n");
         return 2;
+    }
     valdorn::runOffscreen();
     QApplication application(count, arguments);
     const long before = valdorn::residentBytes();

@@ -80,9 +80,17 @@ void printMedian(const char* what, std::vector<Launch> all, long long Launch::*f
     std::printf("%s %.1f us\n", what, static_cast<double>((*middle).*figure) / 1e3);
 }
 
+int usage() {
+    std::fprintf(stderr,
+                 "usage: spawn [--each] COUNT [MEBIBYTES STAMP] PATH-OF-A-COMMAND [ARGUMENT...]\n");
+    return 2;
+}
+
 int printMedians(const Words& words) {
     namespace fs = std::filesystem;
-    const long count = std::max(std::atol(words[0].c_str()), 1L);
+    const long count = std::atol(words[0].c_str());
+    if (count <= 0)
+        return usage();
     const fs::path noting = fs::read_symlink("/proc/self/exe").parent_path() / "launched_child";
     const fs::path stamp = fs::temp_directory_path() / ("spawn-" + std::to_string(getpid()));
     const auto commands = launches(count, {words.begin() + 1, words.end()}, stamp);
@@ -101,6 +109,5 @@ int main(int count, char** arguments) {
         return printEach({words.begin() + 1, words.end()});
     if (words.size() >= 2 && words[0] != "--each")
         return printMedians(words);
-    std::fprintf(stderr, "usage: spawn COUNT COMMAND [ARGUMENT...]\n");
-    return 2;
+    return usage();
 }

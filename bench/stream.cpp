@@ -52,7 +52,7 @@ std::optional<Order> orderOf(const std::vector<std::string>& arguments) {
         if (arguments[at] == "--keys") {
             order.keys = true;
         } else if (arguments[at] == "--home" && hasNext) {
-            order.home = arguments[++at];
+            order.home = std::filesystem::absolute(arguments[++at]);
         } else if (arguments[at] == "--hold" && hasNext) {
             order.hold = milliseconds(std::atol(arguments[++at].c_str()));
         } else if (arguments[at] == "--" && hasNext && !order.home.empty()) {
@@ -93,6 +93,7 @@ class CountingLauncher : public ChildLauncher {
 public:
     std::atomic<std::size_t> bytes = 0;
     std::atomic<long> lines = 0;
+    bool hasFailed = false;
 
     Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
                                                               ChildHandlers handlers) override {
@@ -102,7 +103,9 @@ public:
             lines += std::count(chunk.begin(), chunk.end(), '\n');
             next(chunk, std::move(credit));
         };
-        return launcher_.launch(command, {std::move(counted), std::move(handlers.onExit)});
+        auto child = launcher_.launch(command, {std::move(counted), std::move(handlers.onExit)});
+        hasFailed = !child;
+        return child;
     }
     Result<ChildExit, LaunchError> run(const ChildCommand& command,
                                        const std::function<void(std::string_view)>& out) override {
@@ -192,6 +195,10 @@ int run(const Order& order) {
     queue.onEnd = [] { QCoreApplication::quit(); };
     const ResidentPeak peak;
     runner->start();
+    if (launcher.hasFailed) {
+        std::fprintf(stderr, "stream: the command was not launched\n");
+        return 1;
+    }
     if (order.hold.count() > 0)
         queue.after(milliseconds(100), [&] { std::this_thread::sleep_for(order.hold); }).detach();
     QApplication::exec();
@@ -218,10 +225,18 @@ int run(const Order& order) {
 
 int main(int count, char** arguments) {
     const auto order = valdorn::orderOf({arguments, arguments + count});
-    if (!order)
+    if (!order) {
+        std::fprintf(stderr,
+                     "usage: stream --home DIR [--hold MILLISECONDS] [--keys] -- COMMAND\n");
         return 2;
+    }
     setenv("HOME", order->home.c_str(), 1);
     valdorn::runOffscreen();
     QApplication application(count, arguments);
-    return valdorn::run(*order);
+    try {
+        return valdorn::run(*order);
+    } catch (const std::filesystem::filesystem_error& error) {
+        std::fprintf(stderr, "stream: %s\n", error.what());
+        return 1;
+    }
 }
