@@ -64,11 +64,10 @@ class Way:
         return harness.Figure([launch[which] for launches in self._rounds for launch in launches])
 
     def ratio(self, other, which):
-        """The median of the rounds' ratios: what a round had to do with, the other had as well."""
-        return statistics.median(
-            statistics.median(launch[which] for launch in ours) /
-            statistics.median(launch[which] for launch in theirs)
-            for ours, theirs in zip(self._rounds, other._rounds))
+        return harness.ratio_of_rounds(self._medians(which), other._medians(which))
+
+    def _medians(self, which):
+        return [statistics.median(launch[which] for launch in launches) for launches in self._rounds]
 
 
 def launches_in(name, numbers):

@@ -92,6 +92,11 @@ def by_turns(commands, rounds):
     return results
 
 
+def ratio_of_rounds(ours, theirs):
+    """The median of the rounds' ratios: what a round had to do with, both had."""
+    return statistics.median(one / other for one, other in zip(ours, theirs))
+
+
 class Figure:
     """What was measured several times; written as times in nanoseconds."""
 
