@@ -25,7 +25,6 @@ int main(int count, char** arguments) {
     valdorn::runOffscreen();
     QApplication application(count, arguments);
     const long before = valdorn::residentBytes();
-    const auto begin = valdorn::Paintings::Clock::now();
     QFile file(QString::fromLocal8Bit(arguments[1]));
     if (!file.open(QIODevice::ReadOnly))
         return 1;
@@ -45,9 +44,7 @@ int main(int count, char** arguments) {
     view.setPlainText(QString::fromUtf8(text));
     view.show();
     valdorn::settle();
-    const std::chrono::nanoseconds took = valdorn::Paintings::Clock::now() - begin;
-    std::printf("%d %ld %lld\n", view.blockCount(), valdorn::residentBytes() - before,
-                static_cast<long long>(took.count()));
+    std::printf("%d %ld\n", view.blockCount(), valdorn::residentBytes() - before);
     std::fflush(stdout);
     _exit(paintings.number() > 0 ? 0 : 1);
 }
