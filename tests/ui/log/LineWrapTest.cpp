@@ -110,6 +110,18 @@ TEST_F(LineWrapTest, ControlCharactersShowTheirSymbols) {
     EXPECT_EQ(LineWrap::shown("a\u2028b\u2029c"), QString::fromUtf8("a\u240Ab\u240Ac"));
 }
 
+TEST_F(LineWrapTest, CharacterAtEitherEndOfAsciiIsSeenAloneAmongPlainOnes) {
+    EXPECT_EQ(LineWrap::shown("a\x7F"
+                              "b"),
+              QString::fromUtf8("a\u2421"
+                                "b"));
+    EXPECT_EQ(LineWrap::shown("a\x1F"
+                              "b"),
+              QString::fromUtf8("a\u241F"
+                                "b"));
+    EXPECT_EQ(LineWrap::shown("a ~b"), QStringLiteral("a ~b"));
+}
+
 TEST_F(LineWrapTest, EndlessLineIsShownUpToALimit) {
     const auto longest = static_cast<std::size_t>(LineWrap::longestShown);
     EXPECT_EQ(LineWrap::shown(std::string(longest, 'x')).size(), LineWrap::longestShown);
