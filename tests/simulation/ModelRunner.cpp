@@ -212,7 +212,7 @@ void ModelRunner::relaunch() {
     --relaunchesDue_;
     if (!keepRunning_)
         reached<"relaunch after a stop">();
-    if (weak_from_this().use_count() <= 2)
+    if (weak_from_this().use_count() == 1)
         reached<"relaunch of a runner that nobody has any more">();
     if (machine_.nextLaunchFails || machine_.everyLaunchFails)
         reached<"relaunch fails">();

@@ -67,15 +67,7 @@ void ModelShell::launch(const std::function<ModelFleet&()>& makeFleet) {
 }
 
 void ModelShell::subscribe() {
-    const auto lookLater = [this] {
-        if (isListLookDue_)
-            return;
-        isListLookDue_ = true;
-        loop_.post([this] {
-            isListLookDue_ = false;
-            observeRunners();
-        });
-    };
+    const auto lookLater = [this] { loop_.post([this] { observeRunners(); }); };
     fleet_->listWillChange = lookLater;
     fleet_->runnerWillChange = [this](const ModelRunner& runner) { runnerWillChange(runner); };
     lookLater();

@@ -34,8 +34,9 @@ struct IconView {
     friend bool operator==(const IconView&, const IconView&) = default;
 };
 
-// The menu, the icon and the opening of windows by the rules. A change that is announced is looked
-// at once the turn that brought it is over, by one task for all that came before that task ran.
+// The menu, the icon and the opening of windows by the rules. A change that is announced is looked at
+// in a task of its own, after the turn that brought it: one for each change of the list, one for all
+// changes of runners that came before it ran.
 class ModelShell {
 public:
     ModelShell(ModelLoop& loop, ModelDefaults& defaults) : loop_(loop), defaults_(defaults) {}
@@ -67,7 +68,6 @@ private:
     ModelDefaults& defaults_;
     ModelFleet* fleet_ = nullptr;
     std::set<std::size_t> observed_;  // by number
-    bool isListLookDue_ = false;
     bool isRefreshDue_ = false;
 };
 

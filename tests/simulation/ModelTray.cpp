@@ -45,8 +45,12 @@ void ModelTraySearch::look() {
         case State::missing:
             if (isKindThere())
                 return take(isNotifier_.value_or(true));
-            if (!isNotifier_ && xembed_ && !timer_)
+            if (!isNotifier_ && xembed_) {
+                if (timer_)
+                    reached<"tray that came, went and came again">();
+                ModelLoop::cancel(timer_);
                 timer_ = loop_.after(secondThoughts, [this] { secondThoughtsAreOver(); });
+            }
             return;
     }
 }
