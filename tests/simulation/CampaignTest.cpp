@@ -18,7 +18,7 @@ void PrintTo(const Campaign& campaign, std::ostream* stream) {
 namespace {
 
 // As many as the everyday test run has time for; `./dev soak` takes a million.
-constexpr std::uint64_t schedulesOfEach = 1500;
+constexpr std::uint64_t schedulesOfEach = 2500;
 
 std::uint64_t numberFrom(const char* variable, std::uint64_t otherwise) {
     const char* text = std::getenv(variable);

@@ -88,6 +88,13 @@ void ModelLog::take(std::vector<std::string> lines) {
     filter();
 }
 
+std::string ModelLog::text() const {
+    std::string all;
+    for (std::size_t index = 0; index < filtered_.size(); ++index)
+        all += (index > 0 ? "\n" : "") + filtered_[index];
+    return all;
+}
+
 void ModelLog::clear() {
     lines_.clear();
     filter();

@@ -29,6 +29,8 @@ public:
     bool isPolling() const { return timer_ != nullptr; }
     const std::vector<std::string>& lines() const { return lines_; }
     const std::vector<std::string>& filtered() const { return filtered_; }
+    // The lines that pass, with line feeds between them.
+    std::string text() const;
     int scrolls() const { return scrolls_; }
 
 private:

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,8 +43,8 @@ enum class Telling { off, on };
 // Plays it, comparing after each step; nothing when all agree to the end.
 std::optional<Parting> play(const Schedule& schedule, Telling telling = Telling::off);
 
-// The schedule without the steps that its parting does not need.
-Schedule shrunk(Schedule schedule);
+// A schedule that fails, without the steps that it does not need to.
+Schedule shrunk(Schedule schedule, const std::function<bool(const Schedule&)>& fails);
 
 // What people are told of a schedule that failed: how to replay it, what happened in the least of it
 // that fails, and on what the two do not agree.

@@ -77,6 +77,15 @@ void clears(Stage& stage, Random&) {
     stage.tell("the log window is cleared");
 }
 
+// What is copied are the lines that pass at this moment, shown yet or not.
+void copies(Stage& stage, Random&) {
+    if (!stage.process().log)
+        return;
+    if (stage.program().viewer->text() != stage.process().log->text())
+        stage.fail("other lines are copied");
+    stage.tell("the log is copied");
+}
+
 }  // namespace
 
 void Steps::addLogSteps(std::vector<StepKind>& kinds) {
@@ -85,6 +94,7 @@ void Steps::addLogSteps(std::vector<StepKind>& kinds) {
     kinds.push_back({Field::log, 30, filters});
     kinds.push_back({Field::log, 10, follows});
     kinds.push_back({Field::log, 10, clears});
+    kinds.push_back({Field::log, 10, copies});
 }
 
 }  // namespace valdorn::simulation

@@ -1,6 +1,7 @@
 #include "app/LoginItem.h"
 #include "simulation/Marks.h"
 #include "simulation/Steps.h"
+#include "update/UpdateCheck.h"
 
 namespace valdorn::simulation {
 
@@ -105,11 +106,43 @@ void loginItemIsSet(Stage& stage, Random& random) {
     stage.tell(enabled ? "launch at login on" : "launch at login off");
 }
 
+using Numbers = std::vector<std::size_t>;
+
+Numbers anyVersion(Random& random) {
+    Numbers numbers;
+    for (std::size_t left = random.below(5); left > 0; --left)
+        numbers.push_back(random.below(random.chance(50) ? 2 : 13));
+    return numbers;
+}
+
+std::string textOf(Random& random, const Numbers& numbers) {
+    std::string text = random.pick({"", "v", "vv", "v."});
+    for (const std::size_t number : numbers)
+        text += random.pick({"", "", "0"}) + std::to_string(number) + random.pick({".", ".", ".."});
+    return text + random.pick({"", "", "-rc1", " beta", "x9"});
+}
+
+bool isNewer(Numbers one, Numbers other) {
+    one.resize(5);
+    other.resize(5);
+    return one > other;
+}
+
+void versionsAreCompared(Stage& stage, Random& random) {
+    const Numbers one = anyVersion(random);
+    const Numbers other = random.chance(20) ? one : anyVersion(random);
+    const std::string text = textOf(random, one);
+    const std::string otherText = textOf(random, other);
+    if (UpdateCheck::isNewer(text, otherText) != isNewer(one, other))
+        stage.fail("whether " + shown(text) + " is newer than " + shown(otherText));
+}
+
 }  // namespace
 
 void Steps::addOutsideSteps(std::vector<StepKind>& kinds) {
     kinds.push_back({Field::outside, 20, looksForAnUpdate});
     kinds.push_back({Field::outside, 20, serviceAnswers});
+    kinds.push_back({Field::outside, 10, versionsAreCompared});
     kinds.push_back({Field::outside, 4, statusWindowIsMadeAnew});
     kinds.push_back({Field::outside, 10, traySearchStarts});
     kinds.push_back({Field::outside, 30, trayComesOrGoes});
