@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "simulation/CrashNote.h"
 #include "simulation/Schedule.h"
 
 namespace valdorn::simulation {
@@ -32,8 +33,10 @@ TEST_P(CampaignTest, AgreesWithTheModel) {
     const std::uint64_t first = numberFrom("VALDORN_SIMULATION_SEED", 1);
     const std::uint64_t count =
         numberFrom("VALDORN_SIMULATION_COUNT", isReplay ? 1 : schedulesOfEach);
-    for (std::uint64_t seed = first; seed < first + count; ++seed)
+    for (std::uint64_t seed = first; seed < first + count; ++seed) {
+        CrashNote::playing(GetParam(), seed);
         ASSERT_FALSE(play(draw(GetParam(), seed))) << report(GetParam(), seed);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Simulation, CampaignTest, testing::ValuesIn(campaigns()),

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "simulation/CrashNote.h"
 #include "simulation/Soak.h"
 
 namespace {
@@ -30,6 +31,7 @@ int main(int argc, char** argv) {
     });
     if (asksForHelp)
         std::fputs(usage, stdout);
+    valdorn::simulation::CrashNote::install();
     if (const auto plan = valdorn::simulation::soakPlan(argc, argv))
         return valdorn::simulation::soak(*plan) ? 0 : 1;
     testing::InitGoogleTest(&argc, argv);

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "simulation/CrashNote.h"
 #include "simulation/Marks.h"
 #include "simulation/Schedule.h"
 
@@ -37,6 +38,7 @@ void playTurn(const SoakPlan& plan, std::uint64_t turn, Progress& progress) {
     const std::uint64_t seed = plan.firstSeed + turn / all.size();
     const Schedule schedule = draw(campaign, seed);
     progress.steps += schedule.steps.size();
+    CrashNote::playing(campaign, seed);
     if (play(schedule) && !progress.hasFailed.exchange(true))
         say("FAILED: " + report(campaign, seed));
 }
