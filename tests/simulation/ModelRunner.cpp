@@ -300,8 +300,8 @@ void ModelRunner::assign(Value RunnerView::*field, const Value& value) {
 }
 
 template <typename Value>
-void ModelRunner::set(Value RunnerView::*field, Value value) {
-    machine_.loop.post([weak = weak_from_this(), field, value = std::move(value)] {
+void ModelRunner::set(Value RunnerView::*field, const Value& value) {
+    machine_.loop.post([weak = weak_from_this(), field, value] {
         const auto runner = weak.lock();
         if (runner && runner->view_.*field != value)
             runner->assign(field, value);

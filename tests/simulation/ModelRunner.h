@@ -56,11 +56,11 @@ private:
     void relaunch();
 
     void setStatus(RunnerStatus status) { set(&RunnerView::status, status); }
-    void setBuild(std::optional<std::string> build) { set(&RunnerView::build, std::move(build)); }
-    void setJob(std::optional<std::string> job) { set(&RunnerView::job, std::move(job)); }
+    void setBuild(const std::optional<std::string>& build) { set(&RunnerView::build, build); }
+    void setJob(const std::optional<std::string>& job) { set(&RunnerView::job, job); }
     void setStarted(std::optional<Millis> time);
     template <typename Value>
-    void set(Value RunnerView::*field, Value value);
+    void set(Value RunnerView::*field, const Value& value);
     template <typename Value>
     void assign(Value RunnerView::*field, const Value& value);
     void announce();
