@@ -41,7 +41,7 @@ constexpr std::array<std::string_view, 14> plain = {"[CI/build] Run step",
                                                     "Error: no route to host",
                                                     ""};
 
-constexpr std::array<std::string_view, 32> fragments = {" repo is ",
+constexpr std::array<std::string_view, 33> fragments = {" repo is ",
                                                         "repo is acme",
                                                         " repo is  ada/x  y",
                                                         "Running job with maxParallel",
@@ -72,18 +72,19 @@ constexpr std::array<std::string_view, 32> fragments = {" repo is ",
                                                         " ",
                                                         "\r\n",
                                                         "\r",
-                                                        "é漢😀"};
+                                                        "é漢😀",
+                                                        std::string_view("\0x", 2)};
 
 // What is a character, and what is broken: a lone second byte, a cut-off one, a surrogate, a short
 // form of a slash.
 constexpr std::array<std::string_view, 10> letters = {
     "a", "é", "漢", "😀", "e\xCC\x81", "\r\n", "\x80", "\xE2\x82", "\xED\xA0\x80", "\xC0\xAF"};
 
-constexpr std::array<std::string_view, 14> fields = {
+constexpr std::array<std::string_view, 15> fields = {
     "",         "ada",           "build box", "http://gitea.test:3000",
     "macos",    "macos,arm64",   "a\"b\\c",   "tab\tand\nline",
     "\x01\x1F", "http://h/a/b/", "漢字 — é…", "😀",
-    " ",        "</script>"};
+    " ",        "</script>",     "\x7F\u2028"};
 
 std::string repeated(std::string_view text, std::size_t count) {
     std::string all;
@@ -118,6 +119,8 @@ std::string Grammar::output(Random& random) {
 }
 
 std::string Grammar::giant(Random& random) {
+    if (random.chance(20))
+        return repeated("\n", 5000);
     const std::string_view letter = letters[random.below(6)];
     const std::size_t bytes = random.pick({64000U, 64001U, 63999U, 70000U, 130000U});
     std::string all = repeated(letter, bytes / letter.size());

@@ -19,7 +19,7 @@ std::string line(Random& random);
 // A few lines with their ends, of which some are CR LF or missing.
 std::string output(Random& random);
 
-// More than an incomplete line may grow to, without any line end.
+// More than an incomplete line may grow to, without any line end; or very many lines.
 std::string giant(Random& random);
 
 // A line that goes to the log and says nothing else, of about that many bytes.
