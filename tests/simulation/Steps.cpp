@@ -22,12 +22,11 @@ const std::vector<StepKind>& stepKinds() {
 void perform(const Step& step, Stage& stage) {
     Random random(step.salt);
     const bool settles = random.chance(80);
-    stage.unsettle();
     stepKinds().at(step.kind).perform(stage, random);
     if (settles)
-        stage.settle();
-    else
-        stage.tell("(not settled)");
+        return stage.settle();
+    stage.unsettle();
+    stage.tell("(not settled)");
 }
 
 }  // namespace valdorn::simulation

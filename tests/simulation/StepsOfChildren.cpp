@@ -18,7 +18,6 @@ void print(Stage& stage, std::size_t index, const std::string& chunk) {
     ScriptedChild& child = stage.program().launcher.child(index);
     if (child.pendingBytes() + chunk.size() > maxPendingOutputBytes)
         stage.settle();
-    stage.unsettle();
     child.print(chunk);
     ModelRunner::print(*stage.process().machine.children[index], chunk);
     if (stage.isTelling)
