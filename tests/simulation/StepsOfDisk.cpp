@@ -61,7 +61,8 @@ void logIsTamperedWith(Stage& stage, Random& random) {
     const std::size_t kind = random.below(10);
     stage.tell("the log is tampered with, " + std::to_string(kind));
     if (kind < 3) {
-        const std::string text = random.pick({"", "short\n", "a\r\nb\n\n\xFFx\n", "no end"});
+        const std::string text =
+            random.pick({"", "\nafter an empty line\n", "short\n", "a\r\nb\n\n\xFFx\n", "no end"});
         disk.overwrite(log, text);
         (void)files.replaceContent(log, text);
     } else if (kind < 5) {
