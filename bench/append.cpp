@@ -1,40 +1,34 @@
-// Appends lines to a file that the log window follows: append FILE TOTAL BATCH.
+// Feeds an open log window that shows as many lines as it can: append TOTAL BATCH.
 //
 // Prints how many lines it shows in the end, how many paintings the batches took, and for each batch
 // the nanoseconds of computing on the main thread, painting included.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <string>
 #include <vector>
 
+#include "support/BusyLog.h"
 #include "support/LogWindow.h"
 
 int main(int count, char** arguments) {
-    if (count != 4)
+    if (count != 3)
         return 2;
-    const long total = std::atol(arguments[2]);
-    const long batch = std::atol(arguments[3]);
+    const long total = std::atol(arguments[1]);
+    const long batch = std::atol(arguments[2]);
     QApplication application(count, arguments);
-    std::ofstream file(arguments[1], std::ios::app);
-    valdorn::LogWindow window(arguments[1]);
+    const auto linesBefore = static_cast<long>(valdorn::LogTailer::maxLines);
+    valdorn::BusyLog log(linesBefore);
+    valdorn::LogWindow window(log.path());
     const int paintingsBefore = window.paintings;
     std::vector<long long> times;
-    for (long line = 0; line < total;) {
-        for (long end = line + batch; line < end; ++line)
-            file << "time=\"2026-03-09T14:05:00Z\" level=" << (line % 20 == 0 ? "warning" : "debug")
-                 << " msg=\"step " << line
-                 << ": docker exec in job container docker exec\" file=\"[executor.go:116]\"\n";
-        file.flush();
+    for (long lines = 0; lines < total; lines += batch) {
+        log.append(valdorn::busyText(linesBefore + lines, batch));
         const long long begin = valdorn::computedFor();
         window.tailer->poll();
-        window.settle();
+        valdorn::settle();
         times.push_back(valdorn::computedFor() - begin);
     }
     std::printf("%zu %d", window.rows->rows().lines().size(), window.paintings - paintingsBefore);
     for (const long long time : times)
         std::printf(" %lld", time);
     std::printf("\n");
-    std::fflush(stdout);
-    _exit(0);
 }

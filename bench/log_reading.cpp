@@ -6,12 +6,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-
-#include <unistd.h>
 
 #include "logs/LogTailer.h"
 #include "platform/posix/PosixFileSystem.h"
+#include "support/Measuring.h"
 
 namespace {
 
@@ -28,12 +26,6 @@ public:
     TimePoint now() const override { return {}; }
 };
 
-long residentBytes() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * sysconf(_SC_PAGESIZE);
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -42,7 +34,7 @@ int main(int count, char** arguments) {
     UnusedQueue queue;
     const valdorn::PosixFileSystem files;
     const auto tailer = valdorn::LogTailer::create(queue, files, arguments[1]);
-    const long residentBefore = residentBytes();
+    const long residentBefore = valdorn::residentBytes();
     for (int reading = 0; reading < std::atoi(arguments[2]); ++reading) {
         const auto begin = std::chrono::steady_clock::now();
         tailer->reload();
@@ -52,7 +44,8 @@ int main(int count, char** arguments) {
             for (const valdorn::LogLine& line : tailer->lines())
                 bytes += line->size() + 1;
             std::printf("%zu %llu %ld", tailer->lines().size(),
-                        static_cast<unsigned long long>(bytes), residentBytes() - residentBefore);
+                        static_cast<unsigned long long>(bytes),
+                        valdorn::residentBytes() - residentBefore);
         }
         std::printf(" %lld", static_cast<long long>(took.count()));
     }

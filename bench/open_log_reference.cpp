@@ -4,20 +4,15 @@
 #include <QFile>
 #include <QPlainTextEdit>
 #include <cstdio>
-#include <fstream>
 
 #include <unistd.h>
+
+#include "support/Measuring.h"
 
 namespace {
 
 constexpr int mostLines = 5000;
 constexpr qint64 enoughBytes = qint64{1} << 20;
-
-long residentBytes() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * sysconf(_SC_PAGESIZE);
-}
 
 }  // namespace
 
@@ -25,7 +20,7 @@ int main(int count, char** arguments) {
     if (count != 2)
         return 2;
     QApplication application(count, arguments);
-    const long before = residentBytes();
+    const long before = valdorn::residentBytes();
     QFile file(QString::fromLocal8Bit(arguments[1]));
     if (!file.open(QIODevice::ReadOnly))
         return 1;
@@ -40,7 +35,7 @@ int main(int count, char** arguments) {
     view.show();
     QCoreApplication::processEvents();
     QCoreApplication::processEvents();
-    std::printf("%d %ld\n", view.blockCount(), residentBytes() - before);
+    std::printf("%d %ld\n", view.blockCount(), valdorn::residentBytes() - before);
     std::fflush(stdout);
     _exit(0);
 }

@@ -34,5 +34,6 @@ int main(int count, char** arguments) {
             return 1;
         ended.acquire();
         std::printf("%lld %lld %lld\n", launched - begin, known - begin, left ? known - left : 0);
+        rest();
     }
 }

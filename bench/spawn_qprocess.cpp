@@ -30,5 +30,6 @@ int main(int count, char** arguments) {
         const long long launched = nanoseconds();
         QCoreApplication::exec();
         std::printf("%lld %lld %lld\n", launched - begin, known - begin, left ? known - left : 0);
+        rest();
     }
 }

@@ -57,6 +57,7 @@ int main(int count, char** arguments) {
             return 1;
         const long long known = nanoseconds();
         printf("%lld %lld %lld\n", launched - begin, known - begin, *left ? known - *left : 0);
+        rest();
     }
     return 0;
 }

@@ -34,7 +34,7 @@ int main(int count, char** arguments) {
     const auto type = [&](Qt::Key key, const QString& letter) {
         const auto begin = std::chrono::steady_clock::now();
         press(filter, key, letter);
-        window.settle();
+        valdorn::settle();
         times.push_back(std::chrono::nanoseconds(std::chrono::steady_clock::now() - begin).count());
     };
     for (int time = std::atoi(arguments[3]); time > 0; --time) {

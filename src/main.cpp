@@ -1,7 +1,6 @@
-// The composition root: answers the command line, or lets the one instance of a home run.
+// Answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
-#include <QIcon>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -16,6 +15,7 @@
 #include "program/Application.h"
 #include "program/Ground.h"
 #include "program/SecondStart.h"
+#include "program/SessionConnection.h"
 
 namespace valdorn {
 namespace {
@@ -45,13 +45,16 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
+    std::optional<SilentBusGuard> guard(ground.sessionBus);
+    // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
+    QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     const QtMessageHandler usual = qInstallMessageHandler(onMessageBeforeDisplay);
     QApplication application(argumentCount, &programName);
     qInstallMessageHandler(usual);
+    guard.reset();
     QApplication::setApplicationName(QStringLiteral("Valdorn"));
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
     QApplication::setQuitOnLastWindowClosed(false);
     return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
 }
@@ -67,10 +70,11 @@ int run(int argc, char** argv) {
         return runApplication(ground, std::nullopt, argv[0]);
     SecondStart::Lock lock = InstanceLock::acquire(place->lockPath());
     if (SecondStart::isHeldByAnother(lock) &&
-        SecondStart::activateRunningInstance(*place, ground.activationToken, lock, argv[0]))
+        SecondStart::activateRunningInstance(ground, *place, lock, argv[0]))
         return EXIT_SUCCESS;
     if (SecondStart::isHeldByAnother(lock)) {
-        SecondStart::complainOfUnreachable();
+        std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n",
+                   stderr);
         return EXIT_FAILURE;
     }
     ground.loginItems.refreshMovedExecutable();

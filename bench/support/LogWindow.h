@@ -2,12 +2,8 @@
 
 #include <QApplication>
 #include <QEvent>
-#include <ctime>
-#include <fstream>
 #include <memory>
 #include <string>
-
-#include <unistd.h>
 
 #include "logs/LogTailer.h"
 #include "platform/posix/PosixFileSystem.h"
@@ -15,6 +11,8 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWorkspace.h"
+#include "support/Measuring.h"
+#include "support/Settling.h"
 #include "ui/log/LogRowsView.h"
 #include "ui/log/LogViewerView.h"
 
@@ -34,13 +32,6 @@ public:
         settle();
     }
 
-    // Everything that is posted is done and painted.
-    void settle() {
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-    }
-
     bool eventFilter(QObject* watched, QEvent* event) override {
         paintings += event->type() == QEvent::Paint ? 1 : 0;
         return QObject::eventFilter(watched, event);
@@ -56,18 +47,5 @@ public:
     LogRowsView* rows = nullptr;
     int paintings = 0;
 };
-
-// Nanoseconds that this thread has computed for.
-inline long long computedFor() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return time.tv_sec * 1'000'000'000LL + time.tv_nsec;
-}
-
-inline long residentBytes() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * sysconf(_SC_PAGESIZE);
-}
 
 }  // namespace valdorn

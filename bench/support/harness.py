@@ -55,15 +55,20 @@ def run(arguments):
         return took, [int(number) for number in output.read().split()]
 
 
-def by_turns(ours, reference, rounds):
-    """Runs both as A B A B, after a few rounds that do not count; returns both lists of runs."""
-    results = ([], [])
+def all_by_turns(commands, rounds):
+    """Runs all as A B C A B C, after a few rounds that do not count; returns each one's runs."""
+    results = [[] for _ in commands]
     for number in range(scaled(-3, 0), rounds):
-        for arguments, runs in zip((ours, reference), results):
+        for arguments, runs in zip(commands, results):
             result = run(arguments)
             if number >= 0:
                 runs.append(result)
     return results
+
+
+def by_turns(ours, reference, rounds):
+    """The same for two."""
+    return all_by_turns((ours, reference), rounds)
 
 
 class Figure:

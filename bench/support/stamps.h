@@ -36,3 +36,10 @@ static inline volatile long long* openStamp(const char* path) {
         exit(1);
     return (volatile long long*)memory;
 }
+
+// Long enough for all threads to sleep again, each on its processor. Without it each launch moves
+// them to another one, and whose caches are cold is all that is measured.
+static inline void rest(void) {
+    const struct timespec aWhile = {0, 1000000};
+    nanosleep(&aWhile, NULL);
+}

@@ -30,6 +30,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     Config::registerDefaults(services.hostInfo, services.userDefaults);
     environment_.statusItem.setLength(StatusItem::variableLength);
     buildMenu();
+    environment_.showItem();
     observeList();
     store().startAllRegistered();
     if (!services.userDefaults.boolean(Config::hasConnectedKey))

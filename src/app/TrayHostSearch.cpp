@@ -17,17 +17,20 @@ void TrayHostSearch::wait(State state) {
     timer_ = mainQueue_.after(waitingTime, [this] { onWaitingTimeOver(); });
 }
 
-bool TrayHostSearch::isHostThere() const {
-    return host_ == TrayHost::xembed ? probes_.xembed() : probes_.notifier();
+bool TrayHostSearch::isThere(TrayHost host) const {
+    return host == TrayHost::xembed ? probes_.xembed() : probes_.notifier();
 }
 
 void TrayHostSearch::hostsChanged() {
-    const bool there = state_ != State::idle && isHostThere();
-    if (state_ == State::shown && !there)
+    if (state_ == State::idle || (state_ == State::shown && isThere(host_)))
+        return;
+    if (state_ == State::shown)
         wait(State::lost);
-    else if (state_ != State::shown && there)
+    if (probes_.notifier())
+        show(TrayHost::notifier);
+    else if (isThere(host_))
         show(host_);
-    else if (state_ == State::missing && !found_ && probes_.xembed())
+    else if (state_ == State::missing && probes_.xembed())
         timer_ = mainQueue_.after(secondThoughts, [this] { takeAnyHost(); });
 }
 
@@ -40,17 +43,16 @@ void TrayHostSearch::onWaitingTimeOver() {
 }
 
 void TrayHostSearch::takeAnyHost() {
-    if (isHostThere())
-        show(host_);
-    else if (!found_ && probes_.xembed())
-        show(TrayHost::xembed);
+    for (const TrayHost host : {TrayHost::notifier, TrayHost::xembed}) {
+        if (isThere(host))
+            return show(host);
+    }
 }
 
 void TrayHostSearch::show(TrayHost host) {
     timer_.cancel();
     const State before = std::exchange(state_, State::shown);
     host_ = host;
-    found_ = true;
     callbacks_.onHostThere(host);
     if (before == State::missing)
         callbacks_.onHostAppeared();

@@ -11,14 +11,14 @@ namespace valdorn {
 // Decides when the status item may be made, and when there is no bar to show it.
 //
 // A notifier host is taken at once. An XEmbed tray is taken only after the waiting time, because
-// Qt settles for one kind for the life of the process, and at login a panel's tray may come before
-// its notifier host. Main thread only.
+// at login a panel's tray may come before its notifier host. Where the item is, it stays as long as
+// that host is there: it does not jump from bar to bar. Main thread only.
 //
-//   state      a host comes                   the host goes  the waiting time is over
-//   searching  notifier: shown                -              any kind: shown; none: missing
-//   shown      -                              lost           -
-//   lost       shown                          -              missing
-//   missing    shown                          -              -
+//   state      a host comes                                  the host goes  waiting time is over
+//   searching  notifier: shown                               -              any: shown; none: missing
+//   shown      -                                             lost           -
+//   lost       notifier, or that which was lost: shown       -              any: shown; none: missing
+//   missing    as lost; another after second thoughts: shown -              -
 class TrayHostSearch {
 public:
     // Whether a host of each kind is there at this moment.
@@ -28,8 +28,7 @@ public:
     };
 
     struct Callbacks {
-        // A host has come, always of the kind of the first one: make the status item now, unless it
-        // is there still.
+        // A host has come: make the status item for it now, unless it is there still.
         std::function<void(TrayHost)> onHostThere;
         std::function<void()> onHostMissing;   // nothing has shown the item for waitingTime
         std::function<void()> onHostAppeared;  // after onHostMissing: something shows it again
@@ -55,7 +54,7 @@ private:
 
     void wait(State state);
     void onWaitingTimeOver();
-    bool isHostThere() const;
+    bool isThere(TrayHost host) const;
     void takeAnyHost();
     void show(TrayHost host);
 
@@ -63,8 +62,7 @@ private:
     const Probes probes_;
     const Callbacks callbacks_;
     State state_ = State::idle;
-    bool found_ = false;                  // once a host was there
-    TrayHost host_ = TrayHost::notifier;  // its kind; before, the one that is taken at once
+    TrayHost host_ = TrayHost::notifier;  // the last that was taken; before, the one taken at once
     ScheduledTask timer_;
 };
 

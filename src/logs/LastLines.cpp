@@ -76,7 +76,7 @@ LogLines LastLines::take() {
     if (!isFull())
         addLine({}, Bytes::wellFormed);
     const auto shared = std::make_shared<const Kept>(std::move(kept_));
-    LogLines lines;
+    LogLines::List lines;
     lines.reserve(shared->lines.size());
     for (auto line = shared->lines.rbegin(); line != shared->lines.rend(); ++line)
         lines.emplace_back(shared, &*line);

@@ -10,10 +10,13 @@ namespace {
 
 // The last of the lines that were there, as the same objects, and the new ones after them; no more
 // than the bound in all. There are no more new ones than that.
-LogLines joined(const LogLines& before, LogLines added) {
+LogLines joined(const LogLines& before, const LogLines& added) {
     const std::size_t kept = std::min(before.size(), LogTailer::maxLines - added.size());
-    added.insert(added.begin(), before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
-    return added;
+    LogLines::List all;
+    all.reserve(kept + added.size());
+    all.insert(all.end(), before.end() - static_cast<std::ptrdiff_t>(kept), before.end());
+    all.insert(all.end(), added.begin(), added.end());
+    return all;
 }
 
 }  // namespace
@@ -40,15 +43,15 @@ void LogTailer::stop() {
 }
 
 void LogTailer::reload() {
-    lines_.set(joined({}, tail_.reload()));
+    lines_.set(tail_.reload());
 }
 
 void LogTailer::poll() {
-    LogTail::Update update = tail_.readNew();
+    const LogTail::Update update = tail_.readNew();
     const bool isReset = update.kind == LogTail::Update::Kind::reset;
     if (update.lines.empty() && !isReset)
         return;
-    lines_.set(joined(isReset ? LogLines() : lines_.get(), std::move(update.lines)));
+    lines_.set(isReset ? update.lines : joined(lines_.get(), update.lines));
 }
 
 void LogTailer::clear() {

@@ -44,7 +44,7 @@ void LogViewer::setLevel(LevelFilter level) {
 std::string LogViewer::text() const {
     if (tailer_->lines() == lines_)
         return joined(filtered_);
-    LogLines passing;
+    LogLines::List passing;
     for (const LogLine& line : tailer_->lines()) {
         if (passes(level_, *line) &&
             (query_.empty() || CaseFold::contains(fold_.key(*line), queryKey_)))
@@ -56,15 +56,20 @@ std::string LogViewer::text() const {
 void LogViewer::update() {
     const std::size_t dropped = droppedLines();
     const std::size_t kept = lines_.size() - dropped;
-    LogLines shown(filtered_.begin() + filteredAmongFirst(dropped), filtered_.end());
+    const std::ptrdiff_t gone = filteredAmongFirst(dropped);
     takeLines(dropped);
+    if (everyLinePasses())
+        return show(lines_);
+    LogLines::List shown(filtered_.begin() + gone, filtered_.end());
     appendPassing(shown, kept);
     show(std::move(shown));
 }
 
 void LogViewer::filterAnew() {
     takeLines(droppedLines());
-    LogLines shown;
+    if (everyLinePasses())
+        return show(lines_);
+    LogLines::List shown;
     appendPassing(shown, 0);
     show(std::move(shown));
 }
@@ -99,7 +104,11 @@ void LogViewer::takeLines(std::size_t dropped) {
         keys_.push_back(fold_.key(*lines_[at]));
 }
 
-void LogViewer::appendPassing(LogLines& shown, std::size_t first) const {
+bool LogViewer::everyLinePasses() const {
+    return query_.empty() && level_ == LevelFilter::all;
+}
+
+void LogViewer::appendPassing(LogLines::List& shown, std::size_t first) const {
     for (std::size_t at = first; at < lines_.size(); ++at) {
         if (passes(level_, *lines_[at]) &&
             (query_.empty() || CaseFold::contains(keys_[at], queryKey_)))

@@ -78,8 +78,9 @@ private:
     std::ptrdiff_t filteredAmongFirst(std::size_t count) const VALDORN_ON_MAIN_THREAD;
     // Makes lines_ the tailer's, and keys_ theirs.
     void takeLines(std::size_t dropped) VALDORN_ON_MAIN_THREAD;
+    bool everyLinePasses() const VALDORN_ON_MAIN_THREAD;
     // Adds those of lines_, beginning with the one at `first`, that pass.
-    void appendPassing(LogLines& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
+    void appendPassing(LogLines::List& shown, std::size_t first) const VALDORN_ON_MAIN_THREAD;
     void show(LogLines shown) VALDORN_ON_MAIN_THREAD;
 
     const std::shared_ptr<LogTailer> tailer_;

@@ -52,20 +52,24 @@ struct LaunchError {
 // any thread.
 using OutputCredit = std::shared_ptr<void>;
 
-// Bytes handed over and not yet credited back at which the launcher stops reading a child: four
-// pipe buffers of 64 KiB, enough that the reader never waits for a main thread that keeps up.
+// Bytes handed over and not yet credited back at which the launcher stops reading a child: four of
+// the largest chunks, enough that the reader never waits for a main thread that keeps up.
 inline constexpr std::size_t maxPendingOutputBytes = std::size_t{256} * 1024;
 
-// The most that one chunk of output holds: what a pipe holds.
+// The most that one chunk of output holds: what a pipe holds unless it is made larger, so that a
+// read empties it.
 inline constexpr std::size_t maxChunkBytes = std::size_t{64} * 1024;
 
 // Called on the launcher's reader thread, one call at a time for one child. Neither may block for
 // long or throw: all children share that thread.
 struct ChildHandlers {
     // The next bytes of the child's output, standard output and standard error merged in the order
-    // written; at most maxChunkBytes, never empty, valid during the call only. While more than
-    // maxPendingOutputBytes of this child's credits are alive, no further bytes are read: the pipe
-    // fills and holds the child back, and nothing is lost.
+    // written; at most maxChunkBytes, never empty, valid during the call only. A chunk ends where
+    // the child has stopped for the moment, which may be anywhere. Where it prints faster than it is
+    // read, so that the launcher has to cut, that is behind a line feed or, in a chunk without one,
+    // not within a character of UTF-8. While more than maxPendingOutputBytes of this child's credits
+    // are alive, no further bytes are read: the pipe fills and holds the child back, and nothing is
+    // lost.
     std::function<void(std::string_view chunk, OutputCredit credit)> onOutput;
 
     // The child has ended. Called exactly once, as the last call, after everything that was

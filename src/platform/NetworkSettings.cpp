@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "text/Ascii.h"
+
 namespace valdorn::NetworkSettings {
 
 namespace {
@@ -49,16 +51,6 @@ void append(Commands& list, const Commands& more) {
     }
 }
 
-// Names of desktops are plain ASCII, whatever the locale says of an "I".
-std::string lowercased(std::string_view name) {
-    std::string result(name);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    }
-    return result;
-}
-
 void appendOf(Commands& list, const std::string& name) {
     for (const Desktop& desktop : desktops()) {
         if (std::find(desktop.names.begin(), desktop.names.end(), name) != desktop.names.end())
@@ -72,7 +64,7 @@ Commands commands(std::string_view desktops) {
     Commands list;
     while (!desktops.empty()) {
         const std::size_t end = std::min(desktops.find(':'), desktops.size());
-        appendOf(list, lowercased(desktops.substr(0, end)));
+        appendOf(list, asciiLowerCased(desktops.substr(0, end)));
         desktops.remove_prefix(std::min(end + 1, desktops.size()));
     }
     append(list, everywhere());

@@ -2,9 +2,9 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QIcon>
 #include <QWidget>
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
 #include "fleet/LogPath.h"
@@ -12,8 +12,10 @@
 #include "logs/LogTailer.h"
 #include "logs/LogViewer.h"
 #include "platform/Environment.h"
+#include "platform/qt/NotifierItem.h"
 #include "platform/qt/StartupNotification.h"
 #include "platform/qt/SystemTraySurface.h"
+#include "program/SessionConnection.h"
 #include "runner/RegistrationForm.h"
 #include "text/CaseFold.h"
 #include "ui/TrayDrawing.h"
@@ -32,10 +34,6 @@ namespace {
 // once; one that finishes a job may go on.
 constexpr std::chrono::seconds leftoverPatience{3};
 
-std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content) {
-    return std::make_unique<SystemTraySurface>(host, std::move(content));
-}
-
 }  // namespace
 
 Application::Application(Ground& ground, const std::string& key,
@@ -47,25 +45,43 @@ Application::Application(Ground& ground, const std::string& key,
                 defaults_,  resources_,       ground_.host},
       delegate_(AppDelegate::create({services_, statusItem_, windows_,
                                      [this]() -> RunnersStore& { return store(); },
-                                     [this] { terminate(); }})),
+                                     [this] { terminate(); }, [this] { hostSearch_.start(); }})),
       statusItem_(
           mainQueue_,
           {TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner, TrayDrawing::empty},
-          makeSurface),
-      sessionBus_(mainQueue_, backgroundQueue_, SessionBus::connectToSession,
-                  {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }}),
+          [this](TrayHost host, TraySurface::Content content) {
+              return makeSurface(host, std::move(content));
+          }),
+      sessionBus_(
+          mainQueue_, backgroundQueue_,
+          [&ground](const QString& name) {
+              return SessionConnection::open(ground.sessionBus, name);
+          },
+          {[this](const QDBusConnection& bus) { onBusUp(bus); }, [this] { onBusDown(); }},
+          ground.sessionBus.empty() ? SessionBus::WithoutBus::settle
+                                    : SessionBus::WithoutBus::lookAgain),
       xembedTrays_([this] { hostSearch_.hostsChanged(); }),
       hostSearch_(mainQueue_,
-                  {[this] { return isNotifierHostUsable(); },
+                  {[this] { return notifierHosts_ && notifierHosts_->isHostPresent(); },
                    [this] { return xembedTrays_.isTrayPresent(); }},
                   {[this](TrayHost host) { statusItem_.show(host); }, [this] { onHostMissing(); },
                    [this] { windows_.withdrawMenu(); }}),
       launchGate_(mainQueue_, [this] { launch(); }),
       quitSignals_([this] { delegate_->quit(); }, [this] { children_.reset(); }) {
-    windows_.registerView(WindowKind::settings, [this] { return makeSettingsView(); });
-    windows_.registerView(WindowKind::log, [this] { return makeLogView(); });
-    windows_.registerView(WindowKind::status, [this] { return makeStatusView(); });
-    windows_.registerView(WindowKind::onboarding, [this] { return makeOnboardingView(); });
+    registerView(WindowKind::settings, &Application::makeSettingsView);
+    registerView(WindowKind::log, &Application::makeLogView);
+    registerView(WindowKind::status, &Application::makeStatusView);
+    registerView(WindowKind::onboarding, &Application::makeOnboardingView);
+}
+
+// The icon of the windows is read for the first of them: at the start, Qt's plugin for it and the
+// shapes in it would take 0.1 MiB for a window that may never come.
+void Application::registerView(WindowKind kind, QWidget* (Application::*make)()) {
+    windows_.registerView(kind, [this, make] {
+        if (QApplication::windowIcon().isNull())
+            QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/org.valdorn.valdorn.svg")));
+        return (this->*make)();
+    });
 }
 
 QWidget* Application::makeSettingsView() {
@@ -106,12 +122,14 @@ ChildLauncher& Application::launcher() {
 void Application::launch() {
     windows_.useActivationToken(ground_.activationToken);
     delegate_->applicationDidFinishLaunching();
-    hostSearch_.start();
     StartupNotification::complete(ground_.activationToken);
 }
 
 void Application::terminate() {
     launchGate_.close();
+    // Whoever asks from now on is to find nobody, and to start the program anew.
+    if (instanceBus_)
+        instanceBus_->leave();
     quitSignals_.disarm();
     // A relaunch that falls due now comes too late. Whoever waits for a registration tool lets go
     // of it, so that the threads can be joined.
@@ -128,22 +146,28 @@ void Application::onHostMissing() {
 
 void Application::onBusUp(const QDBusConnection& bus) {
     notifierHosts_.emplace(bus, [this] { hostSearch_.hostsChanged(); });
+    // Known by the time at which hosts have answered: the item does not have to wait for it behind
+    // the launch of the fleet.
+    itemName_ = std::make_unique<NotifierName>(bus);
     instanceBus_.emplace(bus, key_, busRequests());
 }
 
 void Application::onBusDown() {
     instanceBus_.reset();
     notifierHosts_.reset();
+    itemName_.reset();
     statusItem_.loseBus();
     hostSearch_.hostsChanged();
 }
 
-// Before it makes the first item for a notifier host, Qt looks for one itself, once, over a
-// connection of its own that does not come back with the bus.
-bool Application::isNotifierHostUsable() const {
-    return notifierHosts_ && notifierHosts_->isHostPresent() &&
-           (statusItem_.host() == TrayHost::notifier ||
-            QDBusConnection::sessionBus().isConnected());
+std::unique_ptr<TraySurface> Application::makeSurface(TrayHost host, TraySurface::Content content) {
+    if (host == TrayHost::xembed)
+        return std::make_unique<SystemTraySurface>(content);
+    const QDBusConnection bus = SessionBus::connection();
+    auto name = itemName_ ? std::move(itemName_) : std::make_unique<NotifierName>(bus);
+    return std::make_unique<NotifierItem>(
+        bus, std::move(name), std::move(content),
+        [this](const std::string& token) { windows_.useActivationToken(token); });
 }
 
 void Application::openFor(const std::string& activationToken, void (AppDelegate::*open)()) {
@@ -188,13 +212,7 @@ int Application::run() {
             ledger_->endLeftovers(leftoverPatience);
         mainQueue_.post([this] { launchGate_.ready(); });
     });
-    const int status = QApplication::exec();
-    if (sessionBus_.isLooking()) {
-        // The bus may never answer, and all that is still to be destroyed would wait for it.
-        children_.reset();
-        std::_Exit(status);
-    }
-    return status;
+    return QApplication::exec();
 }
 
 }  // namespace valdorn

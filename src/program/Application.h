@@ -19,6 +19,7 @@
 #include "platform/qt/IniUserDefaults.h"
 #include "platform/qt/InstanceBus.h"
 #include "platform/qt/NetworkHttpClient.h"
+#include "platform/qt/NotifierName.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtWindowHost.h"
@@ -56,12 +57,13 @@ private:
     void onHostMissing();
     void onBusUp(const QDBusConnection& bus);
     void onBusDown();
-    bool isNotifierHostUsable() const;
+    std::unique_ptr<TraySurface> makeSurface(TrayHost host, TraySurface::Content content);
     InstanceBus::Requests busRequests();
     InstanceBus::OnActivate opener(void (AppDelegate::*open)());
     void openFor(const std::string& activationToken, void (AppDelegate::*open)());
     void quitFor(const std::string& activationToken);
     RunnersStore& store() { return RunnersStore::shared(services_); }
+    void registerView(WindowKind kind, QWidget* (Application::*make)());
     QWidget* makeSettingsView();
     QWidget* makeLogView();
     QWidget* makeStatusView();
@@ -79,7 +81,7 @@ private:
     InstalledResources resources_{ground_.executable};
     const Services services_;
 
-    std::shared_ptr<AppDelegate> delegate_;  // owns the menu that the next two show
+    std::shared_ptr<AppDelegate> delegate_;  // owns the menu that windows_ and statusItem_ show
     QtPasteboard pasteboard_;
     QtWorkspace workspace_{ground_.host};
     std::optional<NetworkHttpClient> http_;  // once a window asks for something
@@ -87,6 +89,7 @@ private:
     TrayStatusItem statusItem_;
     SessionBus sessionBus_;
     std::optional<TrayHostWatcher> notifierHosts_;  // while the bus is there
+    std::unique_ptr<NotifierName> itemName_;        // on that bus, until an item takes it
     XembedTrayWatcher xembedTrays_;
     TrayHostSearch hostSearch_;
     LaunchGate launchGate_;

@@ -7,6 +7,7 @@
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/PosixHostInfo.h"
 #include "platform/posix/PosixSystemLog.h"
+#include "platform/posix/SessionBusSocket.h"
 #include "platform/posix/StarterMarks.h"
 
 namespace valdorn {
@@ -19,6 +20,7 @@ struct Ground {
     std::string activationToken = StarterMarks::takeActivationToken();
     PosixFileSystem files;
     PosixHostInfo host;
+    std::string sessionBus = SessionBusSocket::address(host.environment());
     std::string executable = executablePath();
     AutostartRegistry loginItems{files, host, executable};
     PosixSystemLog log;

@@ -2,15 +2,14 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDeadlineTimer>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <future>
+#include <functional>
+#include <thread>
 
-#include "platform/posix/ThreadBackgroundQueue.h"
 #include "platform/qt/InstanceBus.h"
-#include "platform/qt/SessionBus.h"
 #include "platform/qt/StartupNotification.h"
+#include "program/SessionConnection.h"
 
 namespace valdorn::SecondStart {
 
@@ -19,18 +18,22 @@ namespace {
 // How long a second start waits for the first one to come onto the bus: it may have just begun.
 constexpr std::chrono::seconds patience{5};
 
+// How soon a bus that is away, or a lock that was held, is tried again.
+constexpr std::chrono::milliseconds pause{50};
+
 // A connection of its own: Qt's default one, begun beside an application object that goes, would be
-// deaf for whatever comes after it. A bus that takes it and does not answer holds Qt for ever, and
-// with it the end of the process, unless that is cut short.
-QDBusConnection connectToSession(const QString& name) {
-    ThreadBackgroundQueue connecting;
-    std::promise<QDBusConnection> promise;
-    auto connection = promise.get_future();
-    connecting.run([&] { promise.set_value(SessionBus::connectToSession(name)); });
-    if (connection.wait_for(patience) == std::future_status::ready)
-        return connection.get();
-    complainOfUnreachable();
-    std::_Exit(EXIT_FAILURE);
+// deaf for whatever comes after it.
+bool ask(const Ground& ground, const InstancePlace& place, std::chrono::milliseconds patienceLeft,
+         const std::function<bool()>& hasEnded) {
+    const QString name = QStringLiteral("valdorn-second-start");
+    const QDBusConnection bus = SessionConnection::open(ground.sessionBus, name);
+    const bool isReached =
+        ground.isStartedByBus
+            ? InstanceBus::awaitRunningInstance(bus, place.key, patienceLeft, hasEnded)
+            : InstanceBus::activateRunningInstance(bus, place.key, ground.activationToken,
+                                                   patienceLeft, hasEnded);
+    QDBusConnection::disconnectFromBus(name);
+    return isReached;
 }
 
 }  // namespace
@@ -39,24 +42,24 @@ bool isHeldByAnother(const Lock& lock) {
     return !lock && lock.error().kind == LockRefusal::Kind::held;
 }
 
-void complainOfUnreachable() {
-    std::fputs("valdorn: Valdorn runs already, and the session bus does not reach it\n", stderr);
-}
-
-bool activateRunningInstance(const InstancePlace& place, const std::string& activationToken,
-                             Lock& lock, char* programName) {
+bool activateRunningInstance(const Ground& ground, const InstancePlace& place, Lock& lock,
+                             char* programName) {
     int argumentCount = 1;
     const QCoreApplication application(argumentCount, &programName);
     const auto tryToSucceed = [&place, &lock] {
         lock = InstanceLock::acquire(place.lockPath());
         return !isHeldByAnother(lock);
     };
-    const QString connection = QStringLiteral("valdorn-second-start");
-    const bool isReached = InstanceBus::activateRunningInstance(
-        connectToSession(connection), place.key, activationToken, patience, tryToSucceed);
-    QDBusConnection::disconnectFromBus(connection);
+    const QDeadlineTimer end(patience);
+    bool isReached = ask(ground, place, patience, tryToSucceed);
+    while (!isReached && isHeldByAnother(lock) && !end.hasExpired()) {
+        std::this_thread::sleep_for(pause);
+        if (!tryToSucceed())
+            isReached =
+                ask(ground, place, std::chrono::milliseconds(end.remainingTime()), tryToSucceed);
+    }
     if (isHeldByAnother(lock))
-        StartupNotification::complete(activationToken);
+        StartupNotification::complete(ground.activationToken);
     return isReached;
 }
 

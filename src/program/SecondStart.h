@@ -1,10 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "platform/Result.h"
 #include "platform/posix/InstanceLock.h"
 #include "platform/posix/InstancePlace.h"
+#include "program/Ground.h"
 
 namespace valdorn::SecondStart {
 
@@ -17,11 +16,8 @@ bool isHeldByAnother(const Lock& lock);
 // hands the activation token on. True when it was reached. The first instance may be ending just
 // now: then `lock` is ours afterwards. Otherwise the starter's notification, if it waits for one,
 // is completed here. Main thread, before there is an application object; blocks for some seconds
-// at most. Ends the process with a word on standard error where the bus does not answer at all.
-bool activateRunningInstance(const InstancePlace& place, const std::string& activationToken,
-                             Lock& lock, char* programName);
-
-// Says on standard error that the running instance cannot be reached.
-void complainOfUnreachable();
+// at most, whatever becomes of the bus meanwhile.
+bool activateRunningInstance(const Ground& ground, const InstancePlace& place, Lock& lock,
+                             char* programName);
 
 }  // namespace valdorn::SecondStart

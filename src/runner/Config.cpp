@@ -10,15 +10,22 @@
 #include "platform/Path.h"
 #include "platform/UserDefaults.h"
 #include "runner/RunnerConfig.h"
+#include "text/Ascii.h"
 
 namespace valdorn::Config {
 
 namespace {
 
-std::string lowerCased(const std::string& text) {
+std::string lowerCasedByUnicode(const std::string& text) {
     std::string lowered;
     icu::UnicodeString::fromUTF8(text).toLower(icu::Locale::getRoot()).toUTF8String(lowered);
     return lowered;
+}
+
+// Each start comes by here. Names are nearly always ASCII, and without ICU, which nothing else asks
+// at the start, 0.8 MiB less are resident.
+std::string lowerCased(const std::string& text) {
+    return asciiPrefix(text) < text.size() ? lowerCasedByUnicode(text) : asciiLowerCased(text);
 }
 
 std::string defaultRunnerName(const HostInfo& host) {

@@ -1,6 +1,11 @@
 #include "runner/RunnerLog.h"
 
-namespace valdorn::RunnerLog {
+#include "runner/LineHints.h"
+#include "runner/RunnerLogTexts.h"
+
+namespace valdorn {
+
+namespace Texts = RunnerLogTexts;
 
 namespace {
 
@@ -26,49 +31,61 @@ std::string_view firstWord(std::string_view text) {
     return text.substr(start, text.find(' ', start) - start);
 }
 
-}  // namespace
-
-RunnerLogEvent event(std::string_view line) {
-    if (const auto rest = textAfter(line, " repo is ")) {
-        const std::string_view name = firstWord(*rest);
-        if (!name.empty())
-            return {Kind::repository, std::string(name)};
-    }
-    if (contains(line, "Running job with maxParallel"))
-        return {Kind::jobStarted, {}};
-    if (contains(line, "Worker") && contains(line, "finished ("))
-        return {Kind::jobFinished, {}};
-    if (contains(line, "declare successfully"))
-        return {Kind::declared, {}};
-    if (contains(line, "no route to host"))
-        return {Kind::networkBlocked, {}};
-    if (contains(line, "permission denied"))
-        return {Kind::networkBlocked, {}};
-    return {};
-}
-
-std::optional<std::string> workflowJob(std::string_view line) {
+// A label, or nothing.
+std::string_view labelOf(std::string_view line) {
     if (!line.starts_with('['))
-        return std::nullopt;
+        return {};
     const std::size_t end = line.find(']');
     if (end == std::string_view::npos)
-        return std::nullopt;
+        return {};
     const std::string_view label = line.substr(1, end - 1);
 
     const std::size_t workflow = label.find_first_not_of('/');
     if (workflow == std::string_view::npos)
-        return std::nullopt;
+        return {};
     const std::size_t slash = label.find('/', workflow);
     if (slash == std::string_view::npos)
-        return std::nullopt;
+        return {};
     const std::string_view job = label.substr(slash + 1);
-    if (job.empty() || contains(job, " "))
-        return std::nullopt;
-    return std::string(label);
+    return job.empty() || contains(job, " ") ? std::string_view{} : label;
 }
 
-std::optional<std::string> version(std::string_view line) {
-    const auto rest = textAfter(line, "with version: ");
+// True when the label of the line is this one: quicker than finding out what it is, and nearly all
+// labelled lines follow one of the same job.
+bool hasLabel(std::string_view line, std::string_view label) {
+    const std::size_t end = label.size() + 1;
+    return !label.empty() && end < line.size() && line.front() == '[' && line[end] == ']' &&
+           line.substr(1, label.size()) == label;
+}
+
+}  // namespace
+
+RunnerLogEvent RunnerLog::event(std::string_view line) {
+    if (const auto rest = textAfter(line, Texts::repository)) {
+        const std::string_view name = firstWord(*rest);
+        if (!name.empty())
+            return {Kind::repository, std::string(name)};
+    }
+    if (contains(line, Texts::jobStarted))
+        return {Kind::jobStarted, {}};
+    if (contains(line, Texts::worker) && contains(line, Texts::finished))
+        return {Kind::jobFinished, {}};
+    if (contains(line, Texts::declared))
+        return {Kind::declared, {}};
+    if (contains(line, Texts::noRoute))
+        return {Kind::networkBlocked, {}};
+    if (contains(line, Texts::denied))
+        return {Kind::networkBlocked, {}};
+    return {};
+}
+
+std::optional<std::string> RunnerLog::workflowJob(std::string_view line) {
+    const std::string_view label = labelOf(line);
+    return label.empty() ? std::nullopt : std::make_optional<std::string>(label);
+}
+
+std::optional<std::string> RunnerLog::version(std::string_view line) {
+    const auto rest = textAfter(line, Texts::version);
     if (!rest)
         return std::nullopt;
     const std::string_view version = rest->substr(0, rest->find_first_of(", "));
@@ -77,4 +94,28 @@ std::optional<std::string> version(std::string_view line) {
     return std::string(version);
 }
 
-}  // namespace valdorn::RunnerLog
+std::vector<RunnerNews> RunnerLog::news(std::span<const std::string_view> lines) {
+    std::vector<RunnerNews> all;
+    std::string_view lastJob;  // that still stands after all news so far; empty for none
+    for (const std::string_view line : lines) {
+        const std::string_view newJob =
+            hasLabel(line, lastJob) ? std::string_view{} : labelOf(line);
+        const bool mayTell = LineHints::mayTell(line);
+        if (newJob.empty() && !mayTell)
+            continue;
+        RunnerNews news;
+        if (!newJob.empty())
+            news.job = lastJob = newJob;
+        if (mayTell) {
+            news.version = version(line);
+            news.event = event(line);
+        }
+        if (news.event.kind == Kind::declared)
+            lastJob = {};
+        if (news != RunnerNews{})
+            all.push_back(std::move(news));
+    }
+    return all;
+}
+
+}  // namespace valdorn

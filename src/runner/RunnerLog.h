@@ -1,8 +1,10 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace valdorn {
 
@@ -22,6 +24,16 @@ struct RunnerLogEvent {
     friend bool operator==(const RunnerLogEvent&, const RunnerLogEvent&) = default;
 };
 
+// All that one line says: what is there of a version, the label of a job, and an event, to be taken
+// in that order.
+struct RunnerNews {
+    std::optional<std::string> version;
+    std::optional<std::string> job;
+    RunnerLogEvent event;
+
+    friend bool operator==(const RunnerNews&, const RunnerNews&) = default;
+};
+
 // Reads the daemon's output lines, given without their line ends. Pure functions of the text: no
 // state, any thread, no failures; matching is of plain bytes and case-sensitive.
 namespace RunnerLog {
@@ -38,6 +50,12 @@ std::optional<std::string> workflowJob(std::string_view line);
 // The version in a line that says "with version: V", up to a comma, a blank or the line's end;
 // nothing when it is missing or empty.
 std::optional<std::string> version(std::string_view line);
+
+// The news in lines that are taken together, in their order, without the lines that have none. The
+// label of a job is told once for all lines in a row that carry it, however many lines of another
+// kind are between: saying it again changes nothing, as long as nothing in between takes it back.
+// Fast where lines have no news, as nearly all have none.
+std::vector<RunnerNews> news(std::span<const std::string_view> lines);
 
 }  // namespace RunnerLog
 

@@ -145,24 +145,25 @@ ChildCommand RunnerManager::daemonCommand() const {
 }
 
 ChildHandlers RunnerManager::handlers(const std::shared_ptr<RunnerOutput>& output) {
-    // These run on the reader thread: they touch only their launch's output and the queue. The
-    // credit travels with the lines, so that a slow main thread holds the child back.
+    // These run on the reader thread: they touch only their launch's output and the queue. What the
+    // lines say is found out there, too, and the main thread gets to know only that: it has windows
+    // to show; nor is it woken to be told nothing. The credit travels with the news, so that a slow
+    // main thread holds the child back before they fill the memory.
     MainQueue& queue = services_.mainQueue;
     const std::weak_ptr<RunnerManager> weak = weak_from_this();
     auto onOutput = [&queue, weak, output](std::string_view chunk, OutputCredit credit) {
         if (weak.expired())
             return;
-        LineBatch lines = output->ingest(chunk);
-        if (lines.empty())
+        auto news = RunnerLog::news(output->ingest(chunk));
+        if (news.empty())
             return;
-        queue.post([weak, lines = std::move(lines), credit = std::move(credit)]()
+        queue.post([weak, news = std::move(news), credit = std::move(credit)]()
                        VALDORN_ON_MAIN_THREAD {
                            const auto self = weak.lock();
                            if (!self)
                                return;
-                           for (std::size_t index = 0; index < lines.size(); ++index) {
-                               self->applyStatus(lines[index]);
-                           }
+                           for (const RunnerNews& one : news)
+                               self->apply(one);
                        });
     };
     auto onExit = [&queue, weak, output](ChildExit) {
@@ -186,12 +187,12 @@ void RunnerManager::childEnded() {
         .detach();
 }
 
-void RunnerManager::applyStatus(std::string_view line) {
-    if (auto version = RunnerLog::version(line))
-        setVersion(std::move(*version));
-    if (auto job = RunnerLog::workflowJob(line))
-        setJob(std::move(job));
-    applyEvent(RunnerLog::event(line));
+void RunnerManager::apply(const RunnerNews& news) {
+    if (news.version)
+        setVersion(*news.version);
+    if (news.job)
+        setJob(news.job);
+    applyEvent(news.event);
 }
 
 void RunnerManager::applyEvent(const RunnerLogEvent& event) {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/MainQueue.h"
 #include "platform/Observable.h"
@@ -19,12 +18,14 @@ class AppendHandle;
 class ChildProcess;
 class RunnerOutput;
 struct RunnerLogEvent;
+struct RunnerNews;
 
 // Supervises one runner: launches `act_runner daemon`, turns what it prints into published state,
 // and launches it again when it ends although it is meant to run.
 //
-// Thread: main thread only. Output is cut into lines on the launcher's reader thread, by an object
-// that belongs to one launch; lines and exits come to the main thread by value, in order.
+// Thread: main thread only. Output is cut into lines and read on the launcher's reader thread, by an
+// object that belongs to one launch; what lines say and exits come to the main thread by value, in
+// order.
 // Ownership: shared; everything handed to the outside holds it weakly, except a scheduled
 // relaunch, which keeps it alive until it has happened. Dropping it does not end its child.
 // Observers are told before a change is stored. Changes are published by tasks posted to the main
@@ -124,7 +125,7 @@ private:
     void ensureDataDir() const VALDORN_ON_MAIN_THREAD;
     void ensureDaemonConfig() const VALDORN_ON_MAIN_THREAD;
 
-    void applyStatus(std::string_view line) VALDORN_ON_MAIN_THREAD;
+    void apply(const RunnerNews& news) VALDORN_ON_MAIN_THREAD;
     void applyEvent(const RunnerLogEvent& event) VALDORN_ON_MAIN_THREAD;
     void armIdleRevert() VALDORN_ON_MAIN_THREAD;
     void revertToIdle() VALDORN_ON_MAIN_THREAD;

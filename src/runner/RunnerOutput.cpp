@@ -1,7 +1,6 @@
 #include "runner/RunnerOutput.h"
 
 #include <tuple>
-#include <utility>
 
 #include "platform/FileSystem.h"
 #include "text/Text.h"
@@ -26,46 +25,63 @@ RunnerOutput::RunnerOutput(std::unique_ptr<AppendHandle> log) : logHandle_(std::
 RunnerOutput::~RunnerOutput() = default;
 
 LineBatch RunnerOutput::ingest(std::string_view chunk) {
-    if (!isWellFormedUtf8(chunk))
-        return {};
-    const std::size_t searched = lineBuffer_.size();
-    lineBuffer_ += chunk;
-    LineBatch lines = cutLines(searched);
-    keep(lines);
+    lines_.clear();
+    if (isWellFormedUtf8(chunk)) {
+        cut(chunk);
+        keepLines();
+        shorten();
+    }
+    return lines_;
+}
+
+void RunnerOutput::cut(std::string_view chunk) {
+    std::size_t start = 0;
+    for (std::size_t at = chunk.find('\n'); at != std::string_view::npos;
+         at = chunk.find('\n', at + 1)) {
+        if (!isLineEnd(chunk, at))
+            continue;
+        const std::string_view line = chunk.substr(start, at - start);
+        lines_.push_back(start == 0 ? completed(line) : line);
+        start = at + 1;
+    }
+    lineBuffer_.append(chunk.substr(start));
+}
+
+bool RunnerOutput::isLineEnd(std::string_view chunk, std::size_t lineFeed) const {
+    const bool followsCarriageReturn =
+        lineFeed == 0 ? lineBuffer_.ends_with('\r') : chunk[lineFeed - 1] == '\r';
+    return !followsCarriageReturn;
+}
+
+// The first line of a chunk, which ends like this.
+std::string_view RunnerOutput::completed(std::string_view end) {
+    if (lineBuffer_.empty())
+        return end;
+    firstLine_.swap(lineBuffer_);
+    lineBuffer_.clear();
+    return firstLine_.append(end);
+}
+
+void RunnerOutput::shorten() {
     if (lineBuffer_.size() > maxLineBytes) {
-        lineBuffer_ = std::string(Text::lastCharacters(lineBuffer_, keptTailCharacters));
+        const auto tail = Text::lastCharacters(lineBuffer_, keptTailCharacters);
+        lineBuffer_.erase(0, lineBuffer_.size() - tail.size());
     }
-    return lines;
 }
 
-LineBatch RunnerOutput::cutLines(std::size_t searchFrom) {
-    std::vector<std::size_t> ends;
-    for (std::size_t at = lineBuffer_.find('\n', searchFrom); at != std::string::npos;
-         at = lineBuffer_.find('\n', at + 1)) {
-        const bool followsCarriageReturn = at > 0 && lineBuffer_[at - 1] == '\r';
-        if (!followsCarriageReturn)
-            ends.push_back(at);
-    }
-    if (ends.empty())
-        return {};
-
-    std::string rest = lineBuffer_.substr(ends.back() + 1);
-    lineBuffer_.resize(ends.back() + 1);
-    return {std::exchange(lineBuffer_, std::move(rest)), std::move(ends)};
-}
-
-void RunnerOutput::keep(const LineBatch& lines) {
+// One write for all, or a flood of short lines would spend its time in the kernel.
+void RunnerOutput::keepLines() {
     if (!logHandle_)
         return;
-    std::string kept;
-    for (std::size_t index = 0; index < lines.size(); ++index) {
-        if (isKept(lines[index]))
-            kept.append(lines[index]).append("\n");
+    kept_.clear();
+    for (const std::string_view line : lines_) {
+        if (isKept(line))
+            kept_.append(line).push_back('\n');
     }
-    if (kept.empty())
+    if (kept_.empty())
         return;
     // A full disk must not stop the runner: these lines are lost, the next ones are tried again.
-    std::ignore = logHandle_->append(kept);
+    std::ignore = logHandle_->append(kept_);
 }
 
 void RunnerOutput::closeLog() {

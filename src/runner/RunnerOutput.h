@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,28 +11,8 @@ namespace valdorn {
 
 class AppendHandle;
 
-// Complete lines, without their line feeds, cut from one chunk of output. A plain value.
-class LineBatch {
-public:
-    LineBatch() = default;
-
-    // `text` holds the lines one after the other; `ends` the offset of the line feed behind each.
-    LineBatch(std::string text, std::vector<std::size_t> ends)
-        : text_(std::move(text)), ends_(std::move(ends)) {}
-
-    std::size_t size() const { return ends_.size(); }
-    bool empty() const { return ends_.empty(); }
-
-    // The line of that index; valid as long as the batch is.
-    std::string_view operator[](std::size_t index) const {
-        const std::size_t start = index == 0 ? 0 : ends_[index - 1] + 1;
-        return std::string_view(text_).substr(start, ends_[index] - start);
-    }
-
-private:
-    std::string text_;
-    std::vector<std::size_t> ends_;
-};
+// Complete lines, without their line feeds, that a chunk of output completes.
+using LineBatch = std::span<const std::string_view>;
 
 // What the reader thread needs of one launch of a runner: the incomplete line and the open log.
 //
@@ -51,9 +32,10 @@ public:
     RunnerOutput& operator=(const RunnerOutput&) = delete;
 
     // Takes the next chunk of output, writes the meaningful lines that it completes to the log and
-    // returns all that it completes. A chunk that is not UTF-8 is dropped whole. A carriage return
-    // and a line feed together are one character and no line end. A log that cannot be written
-    // loses those lines and nothing else.
+    // returns all that it completes; they are valid until the next call and as long as the chunk is,
+    // of which they are parts: nothing is copied but what two chunks have of one line. A chunk that
+    // is not UTF-8 is dropped whole. A carriage return and a line feed together are one character
+    // and no line end. A log that cannot be written loses those lines and nothing else.
     LineBatch ingest(std::string_view chunk);
 
     // Closes the log.
@@ -63,11 +45,18 @@ public:
     const std::string& lineBuffer() const { return lineBuffer_; }
 
 private:
-    LineBatch cutLines(std::size_t searchFrom);
-    void keep(const LineBatch& lines);
+    void cut(std::string_view chunk);
+    bool isLineEnd(std::string_view chunk, std::size_t lineFeed) const;
+    std::string_view completed(std::string_view end);
+    void shorten();
+    void keepLines();
 
     std::unique_ptr<AppendHandle> logHandle_;
     std::string lineBuffer_;
+    // What ingest() works with; their memory serves every chunk.
+    std::string firstLine_;  // of a chunk, when an earlier one began it
+    std::vector<std::string_view> lines_;
+    std::string kept_;
 };
 
 }  // namespace valdorn

@@ -31,4 +31,13 @@ std::size_t asciiPrefix(std::string_view text) {
     return skipped<1>(text, skipped<8>(text, skipped<64>(text, 0)));
 }
 
+std::string asciiLowerCased(std::string_view text) {
+    std::string lowered(text);
+    for (char& letter : lowered) {
+        if ('A' <= letter && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    }
+    return lowered;
+}
+
 }  // namespace valdorn

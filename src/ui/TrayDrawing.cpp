@@ -7,6 +7,7 @@
 #include <cmath>
 #include <functional>
 #include <numbers>
+#include <span>
 #include <vector>
 
 #include "ui/NativeSymbols.h"
@@ -18,8 +19,10 @@ namespace valdorn::TrayDrawing {
 
 namespace {
 
-// Every size travels to the bar with each change: the usual ones, and the double of the smaller.
-constexpr std::array sizes{16, 22, 24, 32, 48};
+// Every size travels to the bar with each change: the usual ones, and the double of the smaller. Of
+// the spinner, which changes all the time, only those that most bars ask for.
+constexpr std::array iconSizes{16, 22, 24, 32, 48};
+constexpr std::array spinnerSizes{16, 22, 24, 48};
 
 constexpr int spinnerPoints = 16;
 constexpr int squareItemPoints = 24;  // the proportion when the item has no fixed width
@@ -32,7 +35,7 @@ QImage transparent(int pixels) {
     return image;
 }
 
-QIcon inEverySize(const std::function<QImage(int pixels)>& draw) {
+QIcon inEverySize(std::span<const int> sizes, const std::function<QImage(int pixels)>& draw) {
     QIcon icon;
     for (const int pixels : sizes)
         icon.addPixmap(QPixmap::fromImage(draw(pixels)));
@@ -135,18 +138,19 @@ QImage spinnerShape(int frame, int pixels, double diameter) {
 }  // namespace
 
 QIcon icon(const StatusIcon& icon) {
-    return inEverySize([&icon](int pixels) { return iconImage(icon, pixels); });
+    return inEverySize(iconSizes, [&icon](int pixels) { return iconImage(icon, pixels); });
 }
 
 QIcon spinner(int frame, int itemWidthPoints) {
     const int square = itemWidthPoints > 0 ? itemWidthPoints : squareItemPoints;
     const double share = std::min(1.0, static_cast<double>(spinnerPoints) / square);
-    return inEverySize(
-        [frame, share](int pixels) { return spinnerShape(frame, pixels, pixels * share); });
+    return inEverySize(spinnerSizes, [frame, share](int pixels) {
+        return spinnerShape(frame, pixels, pixels * share);
+    });
 }
 
 QIcon empty() {
-    return inEverySize(transparent);
+    return inEverySize(iconSizes, transparent);
 }
 
 }  // namespace valdorn::TrayDrawing

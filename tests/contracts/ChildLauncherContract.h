@@ -114,8 +114,23 @@ TYPED_TEST_P(ChildLauncherContract, CutsOutputIntoChunksOfAtMostOneBuffer) {
         this->launch({ChildStep::fill(this->floodBytes), ChildStep::exit(0)}, recorder);
     ASSERT_TRUE(recorder.waitForExit());
     EXPECT_EQ(recorder.output().size(), static_cast<std::size_t>(this->floodBytes));
-    EXPECT_LE(recorder.longestChunkBytes(), std::size_t{64} * 1024);
-    EXPECT_FALSE(recorder.hasEmptyChunk());
+    for (const std::string& chunk : recorder.chunks()) {
+        EXPECT_LE(chunk.size(), std::size_t{64} * 1024);
+        EXPECT_FALSE(chunk.empty());
+    }
+}
+
+// Small chunks end where the child was just then, which is not ours to say.
+TYPED_TEST_P(ChildLauncherContract, CutsAFloodOfLinesBehindLineFeeds) {
+    std::string lines;
+    while (lines.size() < 100'000)
+        lines += "one of many lines\n";
+    auto& recorder = this->newRecorder();
+    const auto child = this->launch({ChildStep::print(lines), ChildStep::exit(0)}, recorder);
+    ASSERT_TRUE(recorder.waitForExit());
+    EXPECT_EQ(recorder.output(), lines);
+    for (const std::string& chunk : recorder.chunks())
+        EXPECT_TRUE(chunk.size() <= maxChunkBytes / 2 || chunk.ends_with('\n'));
 }
 
 TYPED_TEST_P(ChildLauncherContract, StopsReadingWhileTooMuchOutputIsHeld) {
@@ -273,12 +288,13 @@ TYPED_TEST_P(ChildLauncherContract, InterruptedRunsReturnAndLaterOnesDoNotStart)
 REGISTER_TYPED_TEST_SUITE_P(
     ChildLauncherContract, HandsOverTheOutputAndThenTheExitOnce,
     ReportsTheExitOfAChildWithoutOutput, TellsASignalFromAnExitCode,
-    CutsOutputIntoChunksOfAtMostOneBuffer, StopsReadingWhileTooMuchOutputIsHeld,
-    GoesOnWhenTheOutputIsLetGoAndEndsWithTheExit, ReadsOnWhileExactlyTheAllowedOutputIsHeld,
-    DoesNotHoldBackOtherChildren, DroppingTheHandleNeitherEndsNorSilencesTheChild,
-    TerminatesPolitelyAndOnlyWhenAsked, TerminatingAnEndedChildIsHarmless,
-    GivesEachChildAnIdOfItsOwn, AFailedLaunchSaysWhyAndReleasesTheHandlersUncalled,
-    CallsNoHandlerAfterItIsGone, RunHandsOverTheOutputOnTheCallingThreadAndReturnsTheExit,
+    CutsOutputIntoChunksOfAtMostOneBuffer, CutsAFloodOfLinesBehindLineFeeds,
+    StopsReadingWhileTooMuchOutputIsHeld, GoesOnWhenTheOutputIsLetGoAndEndsWithTheExit,
+    ReadsOnWhileExactlyTheAllowedOutputIsHeld, DoesNotHoldBackOtherChildren,
+    DroppingTheHandleNeitherEndsNorSilencesTheChild, TerminatesPolitelyAndOnlyWhenAsked,
+    TerminatingAnEndedChildIsHarmless, GivesEachChildAnIdOfItsOwn,
+    AFailedLaunchSaysWhyAndReleasesTheHandlersUncalled, CallsNoHandlerAfterItIsGone,
+    RunHandsOverTheOutputOnTheCallingThreadAndReturnsTheExit,
     ShutDownLeavesChildrenAloneAndLaunchesNoMore, InterruptedRunsReturnAndLaterOnesDoNotStart);
 
 }  // namespace valdorn

@@ -38,7 +38,7 @@ class Sandbox:
     def run(self, command, folder=""):
         """As somebody types it; the finished process."""
         environment = {name: value for name, value in os.environ.items()
-                       if not name.startswith(("XDG_", "GIT_", "VALDORN_"))}
+                       if not name.startswith(("XDG_", "GIT_", "VALDORN_", "PYTHON"))}
         environment.update(HOME=self.home, LC_ALL="C.UTF-8",
                            PATH=f"{self.programs}:{os.environ['PATH']}")
         return subprocess.run(["bash", "-c", command], cwd=os.path.join(self.home, folder),

@@ -1,11 +1,13 @@
 """Status bars that come late, or not at all."""
 
+import signal
 import time
 import unittest
 
 from support.accessibility import VARIABLES, Accessibility
 from support.case import ProgramCase
 from support.desktop import Desktop, usual_window_manager
+from support.program import kill
 from support.waiting import AT_ONCE, spend, wait_until
 from support.wayland import WaylandDesktop
 from support.wayland_client import Mouse
@@ -144,7 +146,9 @@ class LateHostsTest(ProgramCase):
     def test_stay_usable_and_find_their_place_at_last(self):
         for begin in (self.begin_a_minute_early, self.begin_a_bit_early, self.begin_and_lose_host,
                       self.begin_without_bus, self.begin_and_lose_bus, self.begin_on_a_new_bus,
-                      self.begin_beside_an_old_tray, self.begin_on_wayland, self.begin_in_time):
+                      self.begin_before_the_bus, self.begin_and_lose_voice,
+                      self.begin_on_a_silent_bus, self.begin_beside_an_old_tray,
+                      self.begin_on_wayland, self.begin_in_time):
             begin()
         self.follow_plan()
 
@@ -181,14 +185,36 @@ class LateHostsTest(ProgramCase):
         self.at(place, 50, place.second_start)
 
     def begin_on_a_new_bus(self):
-        """Qt has looked for hosts on the old one, which had none: there is no item then."""
+        """The old one has never had a host."""
         place = Place(self, "new bus")
+        self.finds_host(place, 3, place.desktop.bus.end, place.desktop.bus.begin)
+
+    def begin_before_the_bus(self):
+        place = Place(self, "late bus", begin_on=lambda desktop: desktop.bus.end())
+        self.finds_host(place, 3, place.desktop.bus.begin)
+        self.at(place, 6, place.second_start)
+
+    def begin_and_lose_voice(self):
+        """The bus that comes back takes connections and answers nobody."""
+        place = Place(self, "silent bus")
         place.desktop.bus.end()
-        place.desktop.bus.begin()
-        place.new_host()
+        self.addCleanup(place.desktop.bus.take_connections_only().close)
         self.waits_in_vain(place)
-        self.at(place, 40, place.second_start, lambda: place.choose("Up"),
-                lambda: self.assertEqual(place.program.wait_for_end(), 0))
+        self.at(place, 40, lambda: place.choose("Up"),
+                lambda: self.assertEqual(place.program.wait_for_end(2), 0))
+
+    def begin_on_a_silent_bus(self):
+        """Qt is kept from it, and everything comes by as much later as it was waited for."""
+        def silence(desktop):
+            desktop.bus.end()
+            self.addCleanup(desktop.bus.take_connections_only().close)
+
+        place = Place(self, "silent from the start", begin_on=silence)
+        self.expect_stderr(place.program)
+        self.at(place, WAITING_TIME + 6, place.assert_status_window_with_menu)
+        self.at(place, 45, lambda: kill(place.program.process.pid, signal.SIGTERM),
+                lambda: self.assertEqual(place.program.wait_for_end(2), 0),
+                place.puppets.wait_for_none)
 
     def begin_beside_an_old_tray(self):
         place = Place(self, "old tray", Desktop, begin_on=lambda desktop: desktop.start(

@@ -1,5 +1,6 @@
 """One instance for each home, and what a second start does."""
 
+import contextlib
 import fcntl
 import os
 import signal
@@ -7,17 +8,27 @@ import subprocess
 import tempfile
 import unittest
 
+import dbus
+
 from support.case import ProgramCase
 from support.desktop import usual_window_manager
 from support.program import VALDORN, environment, kill, run_once
 from support.puppet import DECLARED
+from support.startup_listener import StartupListener
 from support.waiting import spend, stays_true, wait_until
 from support.windows import STATUS
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 
 
-class SecondStartTest(ProgramCase):
+class InstanceCase(ProgramCase):
+    def listen_to_launches(self):
+        listener = StartupListener(self.desktop)
+        self.addCleanup(listener.close)
+        return listener
+
+
+class SecondStartTest(InstanceCase):
     window_manager = usual_window_manager
 
     def test_brings_up_the_status_window_of_the_first(self):
@@ -68,8 +79,11 @@ class SecondStartTest(ProgramCase):
     def test_says_so_where_the_bus_does_not_reach_the_first(self):
         self.puppet_runners({})
         program, _ = self.start_with_item()
-        done = run_once(self.desktop, self.home, **NO_BUS)
+        launches = self.listen_to_launches()
+        done = run_once(self.desktop, self.home, DESKTOP_STARTUP_ID="lost_TIME1", **NO_BUS)
         self.assertEqual((done.returncode, done.stdout), (1, ""))
+        # The pointer does not go on looking busy.
+        self.assertEqual(launches.ended(), ['remove: ID="lost_TIME1"'])
         self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
         self.assertIn("runs already", done.stderr)
         self.assertTrue(program.is_running())
@@ -90,7 +104,17 @@ class SecondStartTest(ProgramCase):
         self.assertTrue(programs[1].is_running())
 
 
-class LockTest(ProgramCase):
+class LockTest(InstanceCase):
+    def connections_of(self, program):
+        """How often it is on the bus."""
+        bus = self.desktop.bus.connect().get_object("org.freedesktop.DBus",
+                                                    "/org/freedesktop/DBus", introspect=False)
+        owners = []
+        for name in bus.ListNames():
+            with contextlib.suppress(dbus.exceptions.DBusException):  # it may just have left
+                owners += [bus.GetConnectionUnixProcessID(name)] if name.startswith(":") else []
+        return owners.count(program.process.pid)
+
     def test_a_killed_instance_is_no_obstacle(self):
         puppets, = self.puppet_runners({})
         for launched in (1, 2, 3):
@@ -111,20 +135,60 @@ class LockTest(ProgramCase):
         wait_until(lambda: len(puppets.living()) == 2, "the next daemon")
 
     def test_an_instance_that_is_ending_is_followed_by_the_next(self):
-        self.puppet_runners({})
+        puppets, = self.puppet_runners({})
         folder = os.path.join(self.desktop.runtime, "valdorn")
         others = os.listdir(folder) if os.path.isdir(folder) else []
-        self.start_with_item()[0].quit()
+        first, _ = self.start_with_item()
+        usual = self.connections_of(first)
+        first.quit()
         name, = [name for name in os.listdir(folder) if name not in others]
         # It has left the bus, and has not let go of the lock yet.
         with open(os.path.join(folder, name)) as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
             host = self.host()
             before = len(host.items)
-            program = self.start()
+            launches = self.listen_to_launches()
+            program = self.start(DESKTOP_STARTUP_ID="patient_TIME1")
             stays_true(program.is_running, "the waiting start", 0.5)
             self.assertEqual(len(host.items), before)
         wait_until(lambda: len(host.items) > before, "its status item")
+        puppets.wait_for_one()
+        wait_until(lambda: "Status: Connected — idle" in host.items[-1].menu().labels(),
+                   "the launched fleet")
+        # It is the launch that is over, and not the waiting.
+        self.assertEqual(launches.ended(), ['remove: ID="patient_TIME1"'])
+        self.assertEqual(self.connections_of(program), usual)
+
+    def test_an_instance_that_has_been_told_to_quit_is_followed_by_the_next(self):
+        """The second start has asked it before it came to quit: it opens no window any more."""
+        puppets, = self.puppet_runners({})
+        first, _ = self.start_with_item()
+        daemon = puppets.wait_for_one()
+        kill(first.process.pid, signal.SIGSTOP)
+        self.desktop.bus.connect().call_async(
+            "org.valdorn.valdorn", "/org/valdorn/valdorn", "org.freedesktop.Application",
+            "ActivateAction", "sava{sv}",
+            ("quit", dbus.Array([], "v"), dbus.Dictionary({}, "sv")), None, None)
+        spend(0.3)
+        second = self.start()
+        spend(0.5)
+        kill(first.process.pid, signal.SIGCONT)
+        self.assertEqual(first.wait_for_end(), 0)
+        wait_until(lambda: set(puppets.living()) - {daemon}, "the daemon of the second start")
+        self.assertTrue(second.is_running())
+        self.assertEqual(self.desktop.windows(), {})
+
+    def test_an_instance_that_is_ending_is_followed_without_a_bus_too(self):
+        self.puppet_runners({})
+        folder = os.path.join(self.desktop.runtime, "valdorn")
+        others = os.listdir(folder) if os.path.isdir(folder) else []
+        self.start_with_item()[0].quit()
+        name, = [name for name in os.listdir(folder) if name not in others]
+        with open(os.path.join(folder, name)) as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            program = self.start(**NO_BUS)
+            stays_true(program.is_running, "the waiting start", 0.5)
+        stays_true(program.is_running, "the start that follows", 1)
 
     def test_the_lock_stands_in_the_state_folder_where_there_is_no_runtime_folder(self):
         self.puppet_runners({})

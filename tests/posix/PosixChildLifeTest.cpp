@@ -1,3 +1,4 @@
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -106,7 +107,7 @@ TEST_F(PosixChildLifeTest, AChattyGrandchildCannotPutOffTheExit) {
 }
 
 TEST_F(PosixChildLifeTest, OutputRightBeforeTheExitIsNeverLost) {
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         ChildRecorder recorder;
         const auto child =
             launch(childCommand("play", {"print:last", "print: words", "exit:1"}), recorder);
@@ -167,6 +168,42 @@ TEST_F(PosixChildLifeTest, AFloodIsHeldBackAndNothingIsLost) {
     recorder.dropCredits();
     ASSERT_TRUE(recorder.waitForExit());
     EXPECT_EQ(recorder.output(), children::pattern(floodBytes));
+}
+
+TEST_F(PosixChildLifeTest, AFloodIsCutBetweenItsLines) {
+    // Lines of 7 bytes of which 3 are one character, in writes that a pipe takes whole.
+    std::string text;
+    while (text.size() < 3500)
+        text += "ab \xE2\x80\xA6\n";
+    constexpr int writes = 400;
+    ChildRecorder& recorder = newRecorder(Credits::keep);
+    ChildHandlers handlers = recorder.handlers();
+    std::atomic<int> cutLines = 0;
+    handlers.onOutput = [&cutLines, record = std::move(handlers.onOutput)](std::string_view chunk,
+                                                                           OutputCredit credit) {
+        cutLines += chunk.ends_with('\n') ? 0 : 1;
+        record(chunk, std::move(credit));
+    };
+    const auto child = launcher->launch(
+        childCommand("play", std::vector<std::string>(writes, "print:" + text)), handlers);
+    ASSERT_TRUE(child.ok());
+    // Held back, so that the pipe is full and the buffer is too small for what is there.
+    ASSERT_TRUE(recorder.waitForBytes(maxPendingOutputBytes + 1));
+    letTheReaderGoRound();
+    recorder.dropCredits();
+    ASSERT_TRUE(recorder.waitForExit());
+    EXPECT_EQ(recorder.output().size(), writes * text.size());
+    EXPECT_EQ(cutLines, 0);
+}
+
+TEST_F(PosixChildLifeTest, WhatAFloodEndsWithArrivesWithoutALineEnd) {
+    const std::string text = std::string(50'000, 'x') + "\nno end";
+    ChildRecorder& recorder = newRecorder();
+    const auto child = launch(childCommand("play", {"print:" + text, "await"}), recorder);
+    ASSERT_TRUE(recorder.waitForBytes(text.size())) << "while the child lives";
+    EXPECT_EQ(recorder.output(), text);
+    child->terminate();
+    ASSERT_TRUE(recorder.waitForExit());
 }
 
 TEST_F(PosixChildLifeTest, BytesThatComeOneByOneArriveInOrder) {

@@ -1,6 +1,5 @@
 #include "support/ChildRecorder.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -41,14 +40,9 @@ std::string ChildRecorder::output() const {
     return output_;
 }
 
-std::size_t ChildRecorder::longestChunkBytes() const {
+std::vector<std::string> ChildRecorder::chunks() const {
     const std::lock_guard lock(mutex_);
-    return longestChunkBytes_;
-}
-
-bool ChildRecorder::hasEmptyChunk() const {
-    const std::lock_guard lock(mutex_);
-    return hasEmptyChunk_;
+    return chunks_;
 }
 
 std::optional<ChildExit> ChildRecorder::exit() const {
@@ -72,8 +66,7 @@ void ChildRecorder::noteOutput(std::string_view chunk, OutputCredit credit) {
     const std::lock_guard lock(mutex_);
     callsAfterExit_ += exit_ ? 1 : 0;
     output_ += chunk;
-    longestChunkBytes_ = std::max(longestChunkBytes_, chunk.size());
-    hasEmptyChunk_ = hasEmptyChunk_ || chunk.empty();
+    chunks_.emplace_back(chunk);
     if (credits_ == Credits::keep)
         kept_.push_back(std::move(credit));
     changed_.notify_all();

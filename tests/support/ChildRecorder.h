@@ -28,8 +28,7 @@ public:
     bool waitForRelease();  // the handlers' closures are destroyed
 
     std::string output() const;
-    std::size_t longestChunkBytes() const;
-    bool hasEmptyChunk() const;
+    std::vector<std::string> chunks() const;
     std::optional<ChildExit> exit() const;
     int callsAfterExit() const;
 
@@ -47,8 +46,7 @@ private:
     Credits credits_;
     std::vector<OutputCredit> kept_;
     std::string output_;
-    std::size_t longestChunkBytes_ = 0;
-    bool hasEmptyChunk_ = false;
+    std::vector<std::string> chunks_;
     std::optional<ChildExit> exit_;
     int callsAfterExit_ = 0;
     bool isReleased_ = false;

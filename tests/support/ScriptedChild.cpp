@@ -1,11 +1,10 @@
 #include "support/ScriptedChild.h"
 
-#include <algorithm>
 #include <utility>
 
-namespace valdorn {
+#include "platform/ChunkEnd.h"
 
-namespace {}  // namespace
+namespace valdorn {
 
 ScriptedChild::ScriptedChild(std::int64_t id, ChildHandlers handlers)
     : id_(id), handlers_(std::move(handlers)) {}
@@ -13,8 +12,13 @@ ScriptedChild::ScriptedChild(std::int64_t id, ChildHandlers handlers)
 void ScriptedChild::print(std::string_view chunk) {
     if (exit_)
         return;
-    for (; !chunk.empty(); chunk.remove_prefix(std::min(chunk.size(), maxChunkBytes)))
-        heldBack_.emplace_back(chunk.substr(0, maxChunkBytes));
+    while (chunk.size() > maxChunkBytes) {
+        const std::size_t end = chunkEnd(chunk.substr(0, maxChunkBytes));
+        heldBack_.emplace_back(chunk.substr(0, end));
+        chunk.remove_prefix(end);
+    }
+    if (!chunk.empty())
+        heldBack_.emplace_back(chunk);
     pump();
 }
 

@@ -1,3 +1,4 @@
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <atomic>
@@ -112,6 +113,26 @@ TEST_F(InstanceBusTest, NameWithNothingBehindItIsAskedAgain) {
     EXPECT_EQ(asked, 2);
 }
 
+TEST_F(InstanceBusTest, RefusalIsAnAnswerAndEndsTheWaiting) {
+    QDBusConnection refusing = bus.connect();
+    QObject deaf;
+    ASSERT_TRUE(refusing.registerObject(QStringLiteral("/org/valdorn/valdorn"), &deaf,
+                                        QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(refusing.registerService(nameOf(key)));
+    std::atomic<int> asked = 0;
+    std::atomic<bool> done = false;
+    bool reached = true;
+    std::thread second([&, connection = bus.connect()] {
+        reached = InstanceBus::activateRunningInstance(connection, key, "", 20s,
+                                                       [&asked] { return ++asked == 2; });
+        done = true;
+    });
+    EXPECT_TRUE(runUntil([&done] { return done.load(); }));
+    second.join();
+    EXPECT_FALSE(reached);
+    EXPECT_EQ(asked, 0);
+}
+
 TEST_F(InstanceBusTest, InstanceOfAnotherHomeIsNotReached) {
     const InstanceBus instance(bus.connect(), "fedcba9876543210", record());
     EXPECT_TRUE(activate("mine", "fedcba9876543210"));
@@ -129,6 +150,77 @@ TEST_F(InstanceBusTest, NameIsGivenBackAtTheEnd) {
         InstanceBus::activateRunningInstance(bus.connect(), key, "", 1ms, [] { return false; }));
     const InstanceBus next(bus.connect(), key, record());
     EXPECT_TRUE(activate("next"));
+}
+
+TEST_F(InstanceBusTest, WhoAsksOneThatHasLeftIsToldThatItIsGone) {
+    InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate("first"));
+    const QDBusConnection asking = bus.connect();
+    QList<QDBusPendingCall> calls;
+    for (const char* const method : {"Activate", "Open", "ActivateAction"}) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            nameOf(key), QStringLiteral("/org/valdorn/valdorn"),
+            QStringLiteral("org.freedesktop.Application"), QLatin1String(method));
+        if (method == std::string("Open"))
+            message << QStringList();
+        if (method == std::string("ActivateAction"))
+            message << QStringLiteral("sing") << QVariantList();
+        calls.append(asking.asyncCall(message << QVariantMap()));
+    }
+    instance.leave();
+    for (const QDBusPendingCall& call : calls) {
+        EXPECT_TRUE(runUntil([&call] { return call.isFinished(); }));
+        EXPECT_TRUE(call.isError());
+    }
+    EXPECT_FALSE(
+        InstanceBus::activateRunningInstance(bus.connect(), key, "", 1ms, [] { return false; }));
+    EXPECT_EQ(tokens, std::vector<std::string>{"first"});
+}
+
+// The first request makes it leave: the second is there by then, and comes too late.
+TEST_F(InstanceBusTest, MayLeaveWhileItServesARequest) {
+    std::optional<InstanceBus> instance;
+    InstanceBus::Requests requests = record();
+    requests.actions["fly"] = [this, &instance](const std::string&) {
+        tokens.push_back("fly");
+        instance->leave();
+    };
+    instance.emplace(bus.connect(), key, requests);
+    EXPECT_TRUE(activate(""));
+    const QDBusConnection asking = bus.connect();
+    const auto ask = [&asking](const char* action) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            nameOf(key), QStringLiteral("/org/valdorn/valdorn"),
+            QStringLiteral("org.freedesktop.Application"), QStringLiteral("ActivateAction"));
+        return asking.asyncCall(message << QLatin1String(action) << QVariantList()
+                                        << QVariantMap());
+    };
+    const QDBusPendingCall first = ask("fly");
+    const QDBusPendingCall second = ask("sing");
+    EXPECT_TRUE(runUntil([&] { return first.isFinished() && second.isFinished(); }));
+    EXPECT_FALSE(first.isError());
+    EXPECT_EQ(second.error().type(), QDBusError::UnknownObject);
+    EXPECT_EQ(tokens, (std::vector<std::string>{"", "fly"}));
+}
+
+TEST_F(InstanceBusTest, InstanceThatIsOnlyWaitedForIsAskedForNothing) {
+    std::atomic<bool> done = false;
+    bool isThere = false;
+    std::thread second([&, connection = bus.connect()] {
+        isThere = InstanceBus::awaitRunningInstance(connection, key, 20s, [] { return false; });
+        done = true;
+    });
+    std::optional<InstanceBus> instance;
+    EXPECT_TRUE(runUntil([&] {
+        if (!instance)
+            instance.emplace(bus.connect(), key, record());
+        return done.load();
+    }));
+    second.join();
+    EXPECT_TRUE(isThere);
+    EXPECT_EQ(tokens, std::vector<std::string>{});
+    EXPECT_FALSE(InstanceBus::awaitRunningInstance(bus.connect(), "fedcba9876543210", 1ms,
+                                                   [] { return false; }));
 }
 
 TEST_F(InstanceBusTest, StartupIdStandsInForTheToken) {

@@ -13,7 +13,7 @@ class MenuRendererTest : public testing::Test {
 protected:
     QAction* action(const char* id) { return menu.findChild<QAction*>(QLatin1String(id)); }
 
-    void render(MenuDrawer drawer = MenuDrawer::program) { renderer.emplace(model, menu, drawer); }
+    void render() { renderer.emplace(model, menu); }
 
     std::string activated;
     MenuModel model{
@@ -81,12 +81,6 @@ TEST_F(MenuRendererTest, AmpersandsInNamesAreShownAsTheyAre) {
     EXPECT_EQ(action("start")->text(), QStringLiteral("R&&D && Q_A"));
 }
 
-TEST_F(MenuRendererTest, BarReadsUnderscoresAsMarksAndLosesOneAmpersand) {
-    render(MenuDrawer::statusBar);
-    model.setTitle("start", "R&D & Q_A");
-    EXPECT_EQ(action("start")->text(), QStringLiteral("R&&D & Q__A"));
-}
-
 TEST_F(MenuRendererTest, ModelIsLeftAloneWhenTheRendererIsGone) {
     render();
     renderer.reset();
@@ -96,7 +90,7 @@ TEST_F(MenuRendererTest, ModelIsLeftAloneWhenTheRendererIsGone) {
 
 TEST_F(MenuRendererTest, TwoRenderersShowOneModel) {
     QMenu other;
-    const MenuRenderer second(model, other, MenuDrawer::program);
+    const MenuRenderer second(model, other);
     render();
     model.setTitle("quit", "Leave");
     EXPECT_EQ(menu.actions().last()->text(), QStringLiteral("Leave"));

@@ -1,13 +1,17 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QSessionManager>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
+#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "platform/qt/QtMainQueue.h"
@@ -120,6 +124,16 @@ TEST(QuitSignalsSessionTest, EndOfTheEventLoopIsTold) {
     EXPECT_EQ(told, 1);
 }
 
+void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
+
+TEST(QuitSignalsSessionTest, MessagesGoWhereTheyWentBeforeOnceItsTimeIsOver) {
+    const QtMessageHandler before = qInstallMessageHandler(dropMessage);
+    {
+        const QuitSignals signals([] {}, [] {});
+    }
+    EXPECT_EQ(qInstallMessageHandler(before), &dropMessage);
+}
+
 void say(const char* text) {
     [[maybe_unused]] const auto written = write(STDERR_FILENO, text, std::strlen(text));
 }
@@ -160,7 +174,7 @@ TEST(QuitSignalsDeathTest, LossOfTheWaylandCompositorIsToldAndEndsThere) {
 }
 
 void warnOfWaylandOnAnotherThread() {
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    qInstallMessageHandler(dropMessage);
     const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
     std::thread([] { qWarning("The Wayland connection broke."); }).detach();
     runUntil([] { return false; });
@@ -169,6 +183,34 @@ void warnOfWaylandOnAnotherThread() {
 
 TEST(QuitSignalsDeathTest, LossThatAnotherThreadNoticesIsToldOnTheMainThread) {
     EXPECT_EXIT(warnOfWaylandOnAnotherThread(), testing::ExitedWithCode(EXIT_FAILURE),
+                "^quit let go$");
+}
+
+std::atomic<pid_t> farewellThread{0};
+
+// Past all that it has to do before it waits for the main thread.
+bool isFarewellThreadAsleep() {
+    std::ifstream status("/proc/self/task/" + std::to_string(farewellThread) + "/stat");
+    std::string fields;
+    std::getline(status, fields);
+    return farewellThread != 0 && fields.find(") S ") != std::string::npos;
+}
+
+void endWhileAnotherThreadSaysFarewell() {
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {
+        farewellThread = static_cast<pid_t>(syscall(SYS_gettid));
+    });
+    {
+        const QuitSignals signals([] { say("quit "); }, [] { say("let go"); });
+        std::thread([] { qWarning("The Wayland connection broke."); }).detach();
+        while (!isFarewellThreadAsleep())
+            std::this_thread::yield();
+    }
+    std::_Exit(3);
+}
+
+TEST(QuitSignalsDeathTest, LossThatIsStillToBeToldAtTheEndOfItsTimeIsTold) {
+    EXPECT_EXIT(endWhileAnotherThreadSaysFarewell(), testing::ExitedWithCode(EXIT_FAILURE),
                 "^quit let go$");
 }
 

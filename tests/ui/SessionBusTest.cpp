@@ -6,7 +6,6 @@
 
 #include "platform/qt/SessionBus.h"
 #include "support/ManualBackgroundQueue.h"
-#include "support/ScopedVariable.h"
 #include "support/VirtualMainQueue.h"
 #include "ui/EventLoop.h"
 #include "ui/PrivateBus.h"
@@ -18,7 +17,11 @@ using namespace std::chrono_literals;
 
 class SessionBusTest : public testing::Test {
 protected:
-    SessionBusTest() { session.emplace(queue, background, connector(), callbacks()); }
+    SessionBusTest() { begin(SessionBus::WithoutBus::settle); }
+
+    void begin(SessionBus::WithoutBus withoutBus) {
+        session.emplace(queue, background, connector(), callbacks(), withoutBus);
+    }
 
     SessionBus::Connect connector() {
         return [this](const QString& name) {
@@ -49,7 +52,6 @@ protected:
 
     bool isAsleep() const { return queue.pending() == 0 && background.count() == 0; }
 
-    const ScopedVariable noAddress{"DBUS_SESSION_BUS_ADDRESS", std::nullopt};
     PrivateBus bus;
     VirtualMainQueue queue;
     ManualBackgroundQueue background;
@@ -98,7 +100,7 @@ TEST_F(SessionBusTest, LooksOnceInAPeriodAndInTheBackground) {
 }
 
 TEST_F(SessionBusTest, LooksForAKnownAddressFromTheBeginning) {
-    const ScopedVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=/somewhere");
+    begin(SessionBus::WithoutBus::lookAgain);
     bus.end();
     session->start();
     passPeriod();
@@ -141,6 +143,23 @@ TEST_F(SessionBusTest, BusThatIsLostBeforeItIsHeardOfIsLookedForAgain) {
     bus.begin();
     passPeriod();
     EXPECT_EQ(log, "up down up ");
+}
+
+// The connection may say so only after it was asked, or twice.
+TEST_F(SessionBusTest, LossThatIsKnownAlreadyIsNotToldAgain) {
+    begin(SessionBus::WithoutBus::lookAgain);
+    const auto hearOfLoss = [this] { QMetaObject::invokeMethod(&*session, "onDisconnected"); };
+    bus.end();
+    session->start();
+    hearOfLoss();
+    EXPECT_EQ(log, "");
+    EXPECT_EQ(queue.pending(), 1U);
+    bus.begin();
+    passPeriod();
+    loseBus();
+    hearOfLoss();
+    EXPECT_EQ(log, "up down ");
+    EXPECT_EQ(queue.pending(), 1U);
 }
 
 }  // namespace

@@ -1,14 +1,17 @@
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 #include <gtest/gtest.h>
 
 #include "support/RecordingPasteboard.h"
 #include "support/VirtualMainQueue.h"
+#include "ui/CheckBox.h"
 #include "ui/Divider.h"
 #include "ui/GroupPanel.h"
 #include "ui/Pictures.h"
@@ -83,11 +86,19 @@ TEST_F(StrongFrameTest, DisabledTextsCanBeReadWhereContrastIsHigh) {
         careless.setColor(QPalette::Disabled, role, Qt::black);
     QApplication::setPalette(careless);
     QCoreApplication::sendPostedEvents();
-    for (const QWidget* const control : std::initializer_list<QWidget*>{button, picker})
+    const CheckBox box(QStringLiteral("Follow"));
+    QLineEdit edit;
+    new StrongFrame(edit);
+    const std::initializer_list<std::pair<const QWidget*, QPalette::ColorRole>> texts{
+        {button, QPalette::ButtonText},
+        {picker, QPalette::ButtonText},
+        {&box, QPalette::WindowText},
+        {&edit, QPalette::Text}};
+    for (const auto& [control, role] : texts)
         EXPECT_GE(
-            SystemPalette::contrast(
-                control->palette().color(QPalette::Disabled, QPalette::ButtonText), Qt::black),
-            4.5);
+            SystemPalette::contrast(control->palette().color(QPalette::Disabled, role), Qt::black),
+            4.5)
+            << control->metaObject()->className();
 }
 
 // Only the window's colour differs, which a framed control has one of its own of: no change of its

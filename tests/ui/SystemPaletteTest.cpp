@@ -45,6 +45,15 @@ TEST(SystemPaletteTest, EveryColourStandsOut) {
     }
 }
 
+// A text at 55 % has a contrast of three only on the gray.
+TEST(SystemPaletteTest, DisabledTextCanBeReadAsAText) {
+    for (const QPalette& palette :
+         {blackOnWhite, whiteOnBlack, paletteOf(QColor(0x60, 0x60, 0x60), Qt::white)}) {
+        const QColor window = palette.color(QPalette::Window);
+        EXPECT_GE(SystemPalette::contrast(SystemPalette::disabledText(palette), window), 4.5);
+    }
+}
+
 TEST(SystemPaletteTest, HighContrastIsBlackAndWhite) {
     EXPECT_TRUE(SystemPalette::isHighContrast(blackOnWhite));
     EXPECT_TRUE(SystemPalette::isHighContrast(whiteOnBlack));

@@ -1,15 +1,20 @@
-#include <QAction>
 #include <QApplication>
+#include <QDBusArgument>
 #include <QIcon>
 #include <QImage>
 #include <QPixmap>
+#include <QtEndian>
 #include <map>
 
 #include <gtest/gtest.h>
 
 #include "contracts/StatusItemContract.h"
+#include "platform/qt/NotifierItem.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "support/VirtualMainQueue.h"
+#include "ui/BusCaller.h"
+#include "ui/EventLoop.h"
+#include "ui/PrivateBus.h"
 #include "ui/TrayDrawing.h"
 
 namespace valdorn {
@@ -20,24 +25,62 @@ using namespace std::chrono_literals;
 // What the bar has been told.
 struct Bar {
     std::vector<QIcon> icons;
-    QMenu* menu = nullptr;
+    const MenuModel* menu = nullptr;
     std::function<void()> openMenu;
+    std::vector<TrayHost> surfaces;  // what each was made for
+    int standing = 0;                // of them
 };
 
 class RecordingSurface : public TraySurface {
 public:
-    RecordingSurface(Bar& bar, const Content& content) : bar_(bar) {
+    RecordingSurface(Bar& bar, TrayHost host, const Content& content) : bar_(bar) {
         bar.icons.push_back(content.icon);
-        bar.menu = content.menu;
+        bar.menu = &content.menu;
         bar.openMenu = content.onOpenMenu;
+        bar.surfaces.push_back(host);
+        EXPECT_EQ(bar.standing++, 0);
     }
+    ~RecordingSurface() override { --bar_.standing; }
     void setIcon(const QIcon& icon) override { bar_.icons.push_back(icon); }
 
 private:
     Bar& bar_;
 };
 
-// An item whose pictures can be told apart by what they were drawn for.
+// Pictures that can be told apart by what they were drawn for: each is one pixel of its own colour.
+class ToldPictures {
+public:
+    struct Picture {
+        std::optional<StatusIcon> icon;
+        std::optional<int> spinnerLength;
+    };
+
+    TrayPictures pictures() {
+        return {TrayDrawing::spinnerFrames,
+                [this](const StatusIcon& icon) {
+                    return draw({icon, std::nullopt});
+                },
+                [this](int, int length) {
+                    return draw({std::nullopt, length});
+                },
+                [this] { return draw({}); }};
+    }
+
+    const Picture& of(QRgb pixel) const { return drawn_.at(pixel & RGB_MASK); }
+
+private:
+    QIcon draw(const Picture& picture) {
+        const QRgb colour = static_cast<QRgb>(drawn_.size()) + 1;
+        drawn_[colour] = picture;
+        QImage pixel(1, 1, QImage::Format_ARGB32);
+        pixel.fill(QColor::fromRgb(colour));
+        return QIcon(QPixmap::fromImage(pixel));
+    }
+
+    std::map<QRgb, Picture> drawn_;
+};
+
+// The item as it is told to a surface.
 class ToldBar {
 public:
     StatusItem& item() { return item_; }
@@ -50,49 +93,84 @@ public:
     }
     std::vector<std::string> menuTitles() const {
         std::vector<std::string> titles;
-        for (const QAction* const entry : bar_.menu->actions())
-            titles.push_back(entry->text().toStdString());
+        for (const MenuItem& entry : bar_.menu->items())
+            titles.push_back(entry.title);
         return titles;
     }
-    void choose(std::size_t entry) const {
-        bar_.menu->actions().at(static_cast<int>(entry))->trigger();
-    }
+    void choose(std::size_t entry) const { bar_.menu->activate(bar_.menu->items().at(entry).id); }
 
 private:
-    struct Picture {
-        std::optional<StatusIcon> icon;
-        std::optional<int> spinnerLength;
-    };
-
-    QIcon draw(const Picture& picture) {
-        const QIcon drawn(QPixmap(1, 1));
-        pictures_[drawn.cacheKey()] = picture;
-        return drawn;
-    }
-
-    Picture shown() {
+    ToldPictures::Picture shown() {
         queue_.runPosted();
-        return pictures_.at(bar_.icons.back().cacheKey());
+        return pictures_.of(bar_.icons.back().pixmap(1, 1).toImage().pixel(0, 0));
     }
 
     VirtualMainQueue queue_;
     Bar bar_;
-    std::map<qint64, Picture> pictures_;
-    TrayStatusItem item_{queue_,
-                         {TrayDrawing::spinnerFrames,
-                          [this](const StatusIcon& icon) {
-                              return draw({icon, std::nullopt});
-                          },
-                          [this](int, int length) {
-                              return draw({std::nullopt, length});
-                          },
-                          [this] { return draw({}); }},
-                         [this](TrayHost, const TraySurface::Content& content) {
-                             return std::make_unique<RecordingSurface>(bar_, content);
+    ToldPictures pictures_;
+    TrayStatusItem item_{queue_, pictures_.pictures(),
+                         [this](TrayHost host, const TraySurface::Content& content) {
+                             return std::make_unique<RecordingSurface>(bar_, host, content);
                          }};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Tray, StatusItemContract, ToldBar);
+// The item as a host sees it on the bus.
+class BarOnBus {
+public:
+    StatusItem& item() { return item_; }
+    void showBar() {
+        item_.show(TrayHost::notifier);
+        shown();
+    }
+    std::optional<StatusIcon> icon() { return shown().icon; }
+    std::optional<int> spinnerLength() { return shown().spinnerLength; }
+    int changesSent() {
+        queue_.runPosted();
+        return caller_.count(QStringLiteral("NewIcon"));
+    }
+    std::vector<std::string> menuTitles() {
+        const QDBusMessage group =
+            menu_.call("GetGroupProperties", {QVariant::fromValue(QList<int>()), QStringList()});
+        std::vector<std::string> titles;
+        for (const auto& entry : qdbus_cast<QList<MenuEntryOnBus>>(group.arguments().value(0))) {
+            if (entry.id > 0)
+                titles.push_back(
+                    entry.properties.value(QStringLiteral("label")).toString().toStdString());
+        }
+        return titles;
+    }
+    void choose(std::size_t entry) {
+        menu_.call("Event", {static_cast<int>(entry) + 1, QStringLiteral("clicked"),
+                             QVariant::fromValue(QDBusVariant(0)), 0U});
+        runReadyEvents();
+    }
+
+private:
+    ToldPictures::Picture shown() {
+        queue_.runPosted();
+        const auto seen =
+            qdbus_cast<QList<PictureOnBus>>(caller_.property(QStringLiteral("IconPixmap")));
+        return pictures_.of(qFromBigEndian<QRgb>(seen.value(0).pixels.constData()));
+    }
+
+    VirtualMainQueue queue_;
+    PrivateBus bus_;
+    QDBusConnection connection_ = bus_.connect();
+    ToldPictures pictures_;
+    TrayStatusItem item_{
+        queue_, pictures_.pictures(), [this](TrayHost, const TraySurface::Content& content) {
+            return std::make_unique<NotifierItem>(connection_,
+                                                  std::make_unique<NotifierName>(connection_),
+                                                  content, [](const std::string&) {});
+        }};
+    BusCaller caller_{bus_, connection_.baseService(), QStringLiteral("/StatusNotifierItem"),
+                      QStringLiteral("org.kde.StatusNotifierItem")};
+    BusCaller menu_{bus_, connection_.baseService(), QStringLiteral("/MenuBar"),
+                    QStringLiteral("com.canonical.dbusmenu")};
+};
+
+using Bars = testing::Types<ToldBar, BarOnBus>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Tray, StatusItemContract, Bars);
 
 QImage picture(const QIcon& icon) {
     return icon.pixmap(QSize(48, 48)).toImage().convertToFormat(QImage::Format_ARGB32);
@@ -132,19 +210,23 @@ protected:
     const StatusIcon green{"bird.fill", SystemColor::green, "Valdorn"};
     const StatusIcon red{"bird", SystemColor::red, "Valdorn"};
 
-    const TrayPictures pictures{TrayDrawing::spinnerFrames, TrayDrawing::icon, TrayDrawing::spinner,
+    int framesDrawn = 0;
+    const TrayPictures pictures{TrayDrawing::spinnerFrames, TrayDrawing::icon,
+                                [this](int frame, int length) {
+                                    ++framesDrawn;
+                                    return TrayDrawing::spinner(frame, length);
+                                },
                                 TrayDrawing::empty};
     VirtualMainQueue queue;
     Bar bar;
-    int surfaces = 0;
     std::string activated;
     MenuModel model{
         {{"status", "Status: —", false, false, false, 0, nullptr},
          {"", "", true, false, true, 0, nullptr},
          {"quit", "Quit Valdorn", true, false, false, 'q', [this] { activated += "quit "; }}}};
-    TrayStatusItem item{queue, pictures, [this](TrayHost, const TraySurface::Content& content) {
-                            ++surfaces;
-                            return std::make_unique<RecordingSurface>(bar, content);
+    TrayStatusItem item{queue, pictures,
+                        [this](TrayHost host, const TraySurface::Content& content) {
+                            return std::make_unique<RecordingSurface>(bar, host, content);
                         }};
 };
 
@@ -153,7 +235,7 @@ TEST_F(TrayStatusItemTest, NoSurfaceIsMadeAndNothingIsArmedBeforeAHostIsThere) {
     item.setIcon(green);
     item.startSpinner();
     item.setLength(24);
-    EXPECT_EQ(surfaces, 0);
+    EXPECT_TRUE(bar.surfaces.empty());
     EXPECT_EQ(queue.pending(), 0U);
 }
 
@@ -167,7 +249,7 @@ TEST_F(TrayStatusItemTest, IconIsDrawnInItsColour) {
 TEST_F(TrayStatusItemTest, ItemIsMadeOnlyOnce) {
     item.show(TrayHost::notifier);
     item.show(TrayHost::notifier);
-    EXPECT_EQ(surfaces, 1);
+    EXPECT_EQ(bar.surfaces.size(), 1U);
 }
 
 TEST_F(TrayStatusItemTest, EmptyPlaceIsTransparent) {
@@ -284,9 +366,9 @@ TEST_F(TrayStatusItemTest, ItemOnABusThatHasGoneIsMadeAnew) {
     item.setIcon(red);
     EXPECT_EQ(sent(), 1U);
     item.show(TrayHost::notifier);
-    EXPECT_EQ(surfaces, 2);
+    EXPECT_EQ(bar.surfaces.size(), 2U);
     EXPECT_EQ(mainColor(bar.icons[1]), QColor(0xFF, 0x45, 0x3A));
-    EXPECT_EQ(bar.menu->actions().size(), 3);
+    EXPECT_EQ(bar.menu, &model);
 }
 
 TEST_F(TrayStatusItemTest, NothingIsArmedWhileTheBusIsGone) {
@@ -304,7 +386,33 @@ TEST_F(TrayStatusItemTest, ItemInAnXembedTrayNeedsNoBus) {
     item.loseBus();
     item.setIcon(red);
     EXPECT_EQ(sent(), 2U);
-    EXPECT_EQ(surfaces, 1);
+    EXPECT_EQ(bar.surfaces.size(), 1U);
+}
+
+TEST_F(TrayStatusItemTest, ItemMovesToAnotherKindOfHost) {
+    item.setMenu(model);
+    item.show(TrayHost::notifier);
+    item.show(TrayHost::xembed);
+    item.show(TrayHost::xembed);
+    item.setIcon(red);
+    sent();
+    EXPECT_EQ(bar.surfaces, (std::vector{TrayHost::notifier, TrayHost::xembed}));
+    EXPECT_EQ(mainColor(bar.icons.back()), QColor(0xFF, 0x45, 0x3A));
+    item.loseBus();
+    EXPECT_EQ(bar.standing, 1);
+}
+
+TEST_F(TrayStatusItemTest, EachFrameIsDrawnOnceWhileTheSpinnerTurns) {
+    const auto turn = [this] {
+        item.startSpinner();
+        queue.advance(10s);
+        item.stopSpinner();
+        queue.runPosted();
+        return framesDrawn;
+    };
+    item.show(TrayHost::notifier);
+    EXPECT_EQ(turn(), TrayDrawing::spinnerFrames);
+    EXPECT_EQ(turn(), 2 * TrayDrawing::spinnerFrames);
 }
 
 TEST_F(TrayStatusItemTest, PrimaryClickOpensTheMenuAtThePointer) {
@@ -313,7 +421,6 @@ TEST_F(TrayStatusItemTest, PrimaryClickOpensTheMenuAtThePointer) {
     bar.openMenu();
     auto* const open = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(open, nullptr);
-    EXPECT_NE(open, bar.menu);
     EXPECT_EQ(open->actions().size(), 3);
     open->actions().last()->trigger();
     open->close();

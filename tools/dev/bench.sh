@@ -11,6 +11,12 @@ run_benchmarks() {
     if [ $# -eq 0 ]; then
         set -- bench/*.py
     fi
+    for name in "$@"; do
+        if [ ! -f "bench/$(basename "$name" .py).py" ]; then
+            echo "./dev: there is no benchmark \"$name\"" >&2
+            return 2
+        fi
+    done
     build "$preset" benchmarks || return
     for name in "$@"; do
         name=$(basename "$name" .py)

@@ -11,7 +11,12 @@ test_packages=(
     python3 python3-dbus python3-gi libglib2.0-bin git
     fonts-dejavu-core
 )
-bench_packages=(python3)
+bench_packages=(
+    python3 python3-dbus python3-gi xvfb dbus openbox xdotool x11-utils xfce4-panel lxqt-panel
+    flameshot copyq keepassxc
+    s6 daemontools runit supervisor
+    lnav
+)
 package_packages=(librsvg2-bin dpkg-dev file git)
 check_packages=(
     clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14

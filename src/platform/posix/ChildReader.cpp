@@ -55,27 +55,31 @@ ChildReader::ChildReader()
 ChildReader::~ChildReader() {
     mailbox_->stop();
     thread_.join();
-    for (const auto& [key, child] : children_)
-        child->leave();
+    for (const auto& [key, entry] : children_) {
+        if (entry.child)  // none where memory ran out while it was being enrolled
+            entry.child->leave();
+    }
 }
 
 std::optional<int> ChildReader::watch(SpawnedChild child, ChildHandlers handlers) {
-    const ChildKey key = newKey();
+    const ChildKey key = reserve();
     auto budget = std::make_shared<OutputBudget>(mailbox_, key);
-    auto watched =
-        std::make_shared<WatchedChild>(std::move(child), std::move(handlers), std::move(budget));
-    // The reader knows it only once nothing can fail any more, so what the kernel has told before
-    // went unheard.
-    if (!enroll(key, watched->child()))
-        return errno;
+    auto watched = std::make_shared<WatchedChild>(std::move(child), std::move(handlers),
+                                                  std::move(budget), largePipes_);
+    // The reader gets to see it only once nothing can fail any more.
+    if (!enroll(key, watched->child())) {
+        const int why = errno;
+        forget(key);
+        return why;
+    }
     remember(key, std::move(watched));
-    mailbox_->lookAt(key);
     return std::nullopt;
 }
 
-ChildKey ChildReader::newKey() {
+ChildKey ChildReader::reserve() {
     const std::lock_guard lock(mutex_);
-    return ++lastKey_;
+    children_.emplace(++lastKey_, Entry{});
+    return lastKey_;
 }
 
 // Edge-triggered: each change is told once. A level would be told again and again for a pipe that
@@ -87,16 +91,22 @@ bool ChildReader::enroll(ChildKey key, const SpawnedChild& child) {
            (!child.output || listen(epoll_, child.output.number(), changes, key));
 }
 
+// The kernel tells each change once, so what it has told too early is told again. As a rule it has
+// told nothing yet, and then the reader sleeps on: to wake it each time would make all launches
+// slower.
 void ChildReader::remember(ChildKey key, Child child) {
     const std::lock_guard lock(mutex_);
-    children_.emplace(key, std::move(child));
+    Entry& entry = children_.at(key);
+    entry.child = std::move(child);
+    if (entry.wasMissed)
+        mailbox_->lookAt(key);
 }
 
 void ChildReader::forget(ChildKey key) {
     Child forgotten;  // destroyed without the lock: it owns closures of others
     const std::lock_guard lock(mutex_);
     if (const auto found = children_.find(key); found != children_.end()) {
-        forgotten = std::move(found->second);
+        forgotten = std::move(found->second.child);
         children_.erase(found);
     }
 }
@@ -104,7 +114,10 @@ void ChildReader::forget(ChildKey key) {
 ChildReader::Child ChildReader::find(ChildKey key) {
     const std::lock_guard lock(mutex_);
     const auto found = children_.find(key);
-    return found == children_.end() ? nullptr : found->second;
+    if (found == children_.end())
+        return nullptr;
+    found->second.wasMissed = !found->second.child;
+    return found->second.child;
 }
 
 void ChildReader::loop() {

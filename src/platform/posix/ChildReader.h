@@ -12,6 +12,7 @@
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildMailbox.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/LargePipes.h"
 #include "platform/posix/SpawnedChild.h"
 
 namespace valdorn {
@@ -38,7 +39,12 @@ public:
 private:
     using Child = std::shared_ptr<WatchedChild>;
 
-    ChildKey newKey();
+    struct Entry {
+        Child child;             // nothing while it is being enrolled
+        bool wasMissed = false;  // meanwhile the kernel had something to tell of it
+    };
+
+    ChildKey reserve();
     bool enroll(ChildKey key, const SpawnedChild& child);
     void remember(ChildKey key, Child child);
     void forget(ChildKey key);
@@ -54,10 +60,11 @@ private:
     const std::shared_ptr<ChildMailbox> mailbox_;
 
     std::mutex mutex_;
-    std::unordered_map<ChildKey, Child> children_;  // guarded by mutex_
+    std::unordered_map<ChildKey, Entry> children_;  // guarded by mutex_
     ChildKey lastKey_ = 0;                          // guarded by mutex_
 
     // The reading thread's own.
+    LargePipes largePipes_;
     std::unordered_map<ChildKey, Child> ready_;  // may have something to read
     std::vector<char> buffer_;
     bool isStopping_ = false;

@@ -2,12 +2,12 @@
 
 #include <array>
 #include <string>
+#include <tuple>
 
 #include <fcntl.h>
-#include <spawn.h>
 
 #include "platform/posix/Descriptor.h"
-#include "platform/posix/SpawnPlan.h"
+#include "platform/posix/SpawnProcess.h"
 
 namespace valdorn {
 
@@ -17,16 +17,20 @@ void leaveToDrain(int output) {
     // cat takes a read that would block for an error.
     if (!nowhere || !folder || fcntl(output, F_SETFL, 0) != 0)
         return;
-    const SpawnPlan plan(output, nowhere.value().number(), folder.value().number());
-    if (plan.error() != 0)
-        return;
-    std::string name = "cat";
+    std::string name = "/bin/cat";
     const std::array<char*, 2> arguments{name.data(), nullptr};
     const std::array<char*, 1> environment{nullptr};
-    pid_t pid = 0;
-    // Reaped by whoever is our children's parent once we are gone.
-    posix_spawn(&pid, "/bin/cat", plan.actions(), plan.attributes(), arguments.data(),
-                environment.data());
+    // Reaped by whoever is our children's parent once we are gone. If it cannot be had, nothing is
+    // left to be done: we are quitting, nobody is there to be told, and the runner ends at its next
+    // line as it would without us.
+    std::ignore = spawnProcess({
+        .executable = name.c_str(),
+        .arguments = arguments.data(),
+        .environment = environment.data(),
+        .input = output,
+        .output = nowhere.value().number(),
+        .folder = folder.value().number(),
+    });
 }
 
 }  // namespace valdorn

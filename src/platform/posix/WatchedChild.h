@@ -4,8 +4,11 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 
 #include "platform/ChildLauncher.h"
+#include "platform/posix/LargePipes.h"
 #include "platform/posix/OutputBudget.h"
 #include "platform/posix/SpawnedChild.h"
 
@@ -18,9 +21,14 @@ namespace valdorn {
 //   open                   read, unless overdrawn        read what was there at the end, unless
 //                                                        overdrawn; then finished
 //   at its end             nothing to do                 finished
+//
+// Where the output of a flood is cut, lines and characters are left whole: what is begun at the end
+// of a chunk is kept for the next one, until the pipe is empty. All else is handed over as it is read.
 class WatchedChild {
 public:
-    WatchedChild(SpawnedChild child, ChildHandlers handlers, std::shared_ptr<OutputBudget> budget);
+    // `largePipes` belongs to the reading thread and outlives this.
+    WatchedChild(SpawnedChild child, ChildHandlers handlers, std::shared_ptr<OutputBudget> budget,
+                 LargePipes& largePipes);
 
     // What one turn has come to.
     enum class Turn {
@@ -44,7 +52,9 @@ public:
 
 private:
     Turn readOnce(std::span<char> buffer);
-    void handOver(std::span<const char> chunk);
+    void take(std::string_view chunk, std::size_t bufferBytes);
+    void handOver(std::string_view chunk);
+    void endFlood();
     Turn reportExit();
     void endOutput();
 
@@ -53,6 +63,9 @@ private:
     const std::shared_ptr<OutputBudget> budget_;
     std::optional<ChildExit> exit_;
     std::size_t leftAtExitBytes_ = 0;  // once exit_ is known
+    std::string begun_;                // read already; the next chunk begins with it
+    LargePipes& largePipes_;
+    bool isFlooding_ = false;
 };
 
 }  // namespace valdorn

@@ -113,8 +113,8 @@ void HostedWindow::setMenu(MenuModel* menu) {
     if (menu) {
         menuBar_ = new QMenuBar(this);
         menuBar_->setNativeMenuBar(false);
-        menuRenderer_ = std::make_unique<MenuRenderer>(
-            *menu, *menuBar_->addMenu(QStringLiteral("Valdorn")), MenuDrawer::program);
+        menuRenderer_ =
+            std::make_unique<MenuRenderer>(*menu, *menuBar_->addMenu(QStringLiteral("Valdorn")));
         layout_->setMenuBar(menuBar_);
         menuBar_->show();
     }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/ApplicationId.h"
+#include "platform/qt/BusCalls.h"
 
 namespace valdorn {
 
@@ -25,12 +26,6 @@ QString busName(const std::string& key) {
 
 QString objectPath() {
     return QLatin1Char('/') + plainBusName().replace(QLatin1Char('.'), QLatin1Char('/'));
-}
-
-QDBusMessage callToBus(const QString& method) {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
 }
 
 // What the launcher of the second start has handed over: under Wayland's name and under X11's.
@@ -58,36 +53,16 @@ bool isWorthARetry(const QDBusMessage& answer) {
            answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
-}  // namespace
-
-InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests requests)
-    : bus_(std::move(bus)), name_(busName(key)), requests_(std::move(requests)) {
-    if (!bus_.isConnected())
-        return;
-    bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
-    constexpr unsigned doNotQueue = 4;
-    constexpr unsigned waitForTurn = 0;
-    bus_.send(callToBus(QStringLiteral("RequestName")) << name_ << doNotQueue);
-    bus_.send(callToBus(QStringLiteral("RequestName")) << plainBusName() << waitForTurn);
-}
-
-InstanceBus::~InstanceBus() {
-    if (!bus_.isConnected())
-        return;
-    bus_.send(callToBus(QStringLiteral("ReleaseName")) << plainBusName());
-    bus_.send(callToBus(QStringLiteral("ReleaseName")) << name_);
-    bus_.unregisterObject(objectPath());
-}
-
-bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std::string& key,
-                                          const std::string& activationToken,
-                                          std::chrono::milliseconds patience,
-                                          const std::function<bool()>& hasEnded) {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        busName(key), objectPath(), QStringLiteral("org.freedesktop.Application"),
-        QStringLiteral("Activate"));
-    call << platformData(activationToken);
+QDBusMessage callToInstance(const std::string& key, const QString& interface,
+                            const QString& method) {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(busName(key), objectPath(), interface, method);
     call.setAutoStartService(false);
+    return call;
+}
+
+bool isAnswered(const QDBusConnection& bus, const QDBusMessage& call,
+                std::chrono::milliseconds patience, const std::function<bool()>& hasEnded) {
     const QDeadlineTimer end(patience);
     while (bus.isConnected()) {
         const int left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
@@ -101,16 +76,69 @@ bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std:
     return false;
 }
 
+}  // namespace
+
+InstanceBus::InstanceBus(QDBusConnection bus, const std::string& key, Requests requests)
+    : bus_(std::move(bus)), name_(busName(key)), requests_(std::move(requests)) {
+    if (!bus_.isConnected())
+        return;
+    bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
+    constexpr unsigned doNotQueue = 4;
+    constexpr unsigned waitForTurn = 0;
+    bus_.send(BusCalls::toBus("RequestName") << name_ << doNotQueue);
+    bus_.send(BusCalls::toBus("RequestName") << plainBusName() << waitForTurn);
+}
+
+InstanceBus::~InstanceBus() {
+    leave();
+}
+
+void InstanceBus::leave() {
+    if (std::exchange(hasLeft_, true) || !bus_.isConnected())
+        return;
+    bus_.send(BusCalls::toBus("ReleaseName") << plainBusName());
+    bus_.send(BusCalls::toBus("ReleaseName") << name_);
+    bus_.unregisterObject(objectPath());
+}
+
+bool InstanceBus::activateRunningInstance(const QDBusConnection& bus, const std::string& key,
+                                          const std::string& activationToken,
+                                          std::chrono::milliseconds patience,
+                                          const std::function<bool()>& hasEnded) {
+    const QDBusMessage call = callToInstance(key, QStringLiteral("org.freedesktop.Application"),
+                                             QStringLiteral("Activate"))
+                              << platformData(activationToken);
+    return isAnswered(bus, call, patience, hasEnded);
+}
+
+bool InstanceBus::awaitRunningInstance(const QDBusConnection& bus, const std::string& key,
+                                       std::chrono::milliseconds patience,
+                                       const std::function<bool()>& hasEnded) {
+    const QDBusMessage call =
+        callToInstance(key, QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    return isAnswered(bus, call, patience, hasEnded);
+}
+
+// What had come before the names were given back is still delivered.
+bool InstanceBus::refuseWhenGone() {
+    if (hasLeft_)
+        sendErrorReply(QDBusError::UnknownObject, QStringLiteral("This instance is ending"));
+    return hasLeft_;
+}
+
 void InstanceBus::Activate(const QVariantMap& platformData) {
-    requests_.activate(activationToken(platformData));
+    if (!refuseWhenGone())
+        requests_.activate(activationToken(platformData));
 }
 
 void InstanceBus::Open(const QStringList&, const QVariantMap& platformData) {
-    requests_.activate(activationToken(platformData));
+    Activate(platformData);
 }
 
 void InstanceBus::ActivateAction(const QString& name, const QVariantList&,
                                  const QVariantMap& platformData) {
+    if (refuseWhenGone())
+        return;
     const auto action = requests_.actions.find(name.toStdString());
     if (action == requests_.actions.end())
         sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no action ") + name);

@@ -39,8 +39,12 @@ public:
     // are, so that nobody finds the one without the other.
     InstanceBus(QDBusConnection bus, const std::string& key, Requests requests);
 
-    // Gives the names back.
+    // Leaves, if that has not been done.
     ~InstanceBus() override;
+
+    // Gives the names back. From now on whoever still asks is told that there is nobody; may be
+    // called while a request is served.
+    void leave();
 
     // For a second start, which needs no more than a QCoreApplication: blocks until the running
     // instance has been told, and returns true; or until it is clear that the bus cannot reach
@@ -52,6 +56,12 @@ public:
                                         std::chrono::milliseconds patience,
                                         const std::function<bool()>& hasEnded);
 
+    // The same for a second start that the bus has made, to hand a request over: the bus does so
+    // itself as soon as the running instance is there, which is only waited for.
+    static bool awaitRunningInstance(const QDBusConnection& bus, const std::string& key,
+                                     std::chrono::milliseconds patience,
+                                     const std::function<bool()>& hasEnded);
+
 public Q_SLOTS:
     // The interface org.freedesktop.Application.
     void Activate(const QVariantMap& platformData);
@@ -62,8 +72,11 @@ public Q_SLOTS:
                         const QVariantMap& platformData);
 
 private:
+    bool refuseWhenGone();
+
     QDBusConnection bus_;
     const QString name_;
+    bool hasLeft_ = false;
     const Requests requests_;
 };
 

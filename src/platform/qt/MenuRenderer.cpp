@@ -11,17 +11,8 @@ namespace valdorn {
 namespace {
 
 // An ampersand marks the next letter as a key to press; two of them stand for one.
-QString programTitle(QString title) {
+QString escaped(QString title) {
     return title.replace(QLatin1Char('&'), QLatin1String("&&"));
-}
-
-// On the bus an underscore is the mark. Qt makes one out of the first ampersand and passes the
-// others on as they are, so only the first needs another that can be lost.
-QString statusBarTitle(QString title) {
-    title.replace(QLatin1Char('_'), QLatin1String("__"));
-    if (const auto first = title.indexOf(QLatin1Char('&')); first >= 0)
-        title.insert(first, QLatin1Char('&'));
-    return title;
 }
 
 QKeySequence sequence(char shortcut) {
@@ -48,10 +39,8 @@ void makeDisabledTextReadable(QMenu& menu) {
 
 }  // namespace
 
-MenuRenderer::MenuRenderer(MenuModel& model, QMenu& menu, MenuDrawer drawer)
-    : model_(model), menu_(menu), drawer_(drawer) {
-    if (drawer == MenuDrawer::program)
-        makeDisabledTextReadable(menu);
+MenuRenderer::MenuRenderer(MenuModel& model, QMenu& menu) : model_(model), menu_(menu) {
+    makeDisabledTextReadable(menu);
     for (const MenuItem& item : model.items())
         add(item);
     changes_ = model.onDidChange([this](const MenuItem& item) { update(item); });
@@ -76,9 +65,7 @@ void MenuRenderer::update(const MenuItem& item) {
     const auto found = actions_.find(item.id);
     if (found == actions_.end())
         return;
-    const QString title = QString::fromStdString(item.title);
-    found->second->setText(drawer_ == MenuDrawer::program ? programTitle(title)
-                                                          : statusBarTitle(title));
+    found->second->setText(escaped(QString::fromStdString(item.title)));
     found->second->setVisible(!item.hidden);
 }
 

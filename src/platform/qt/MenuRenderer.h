@@ -10,9 +10,6 @@ class QMenu;
 
 namespace valdorn {
 
-// Who draws the menu: this program, or the status bar, which reads other marks in the titles.
-enum class MenuDrawer { program, statusBar };
-
 // Keeps a QMenu equal to a MenuModel: the actions are made once, later only their text and
 // visibility change. Choosing an entry activates it in the model.
 //
@@ -20,7 +17,7 @@ enum class MenuDrawer { program, statusBar };
 // use; the actions belong to the menu.
 class MenuRenderer {
 public:
-    MenuRenderer(MenuModel& model, QMenu& menu, MenuDrawer drawer);
+    MenuRenderer(MenuModel& model, QMenu& menu);
 
 private:
     void add(const MenuItem& item);
@@ -28,7 +25,6 @@ private:
 
     MenuModel& model_;
     QMenu& menu_;
-    const MenuDrawer drawer_;
     std::map<std::string, QAction*> actions_;  // by id
     Subscription changes_;
 };

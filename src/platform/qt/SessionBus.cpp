@@ -13,19 +13,20 @@ QString connectionName() {
 }  // namespace
 
 SessionBus::SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
-                       Callbacks callbacks)
+                       Callbacks callbacks, WithoutBus withoutBus)
     : mainQueue_(mainQueue),
       backgroundQueue_(backgroundQueue),
       connect_(std::move(connect)),
       callbacks_(std::move(callbacks)),
+      withoutBus_(withoutBus),
       self_(std::make_shared<SessionBus*>(this)) {}
 
 SessionBus::~SessionBus() {
     QDBusConnection::disconnectFromBus(connectionName());
 }
 
-QDBusConnection SessionBus::connectToSession(const QString& name) {
-    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
+QDBusConnection SessionBus::connection() {
+    return QDBusConnection(connectionName());
 }
 
 void SessionBus::start() {
@@ -33,7 +34,6 @@ void SessionBus::start() {
 }
 
 void SessionBus::look() {
-    isLooking_ = true;
     backgroundQueue_.run(
         [&queue = mainQueue_, connect = connect_, weak = std::weak_ptr<SessionBus*>(self_)] {
             QDBusConnection bus = connect(connectionName());
@@ -47,7 +47,6 @@ void SessionBus::look() {
 }
 
 void SessionBus::onLooked(QDBusConnection bus) {
-    isLooking_ = false;
     // The connection itself says when it has lost the bus.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
@@ -69,7 +68,7 @@ void SessionBus::onDisconnected() {
 
 void SessionBus::lookLater() {
     QDBusConnection::disconnectFromBus(connectionName());
-    if (state_ != State::neverUp || qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+    if (state_ != State::neverUp || withoutBus_ == WithoutBus::lookAgain)
         nextLook_ = mainQueue_.after(period, [this] { look(); });
 }
 

@@ -18,8 +18,8 @@ class SessionBus : public QObject {
     Q_OBJECT
 
 public:
-    // Opens a connection of that name, connected or not. It may block: until a bus that takes the
-    // connection has answered, and libdbus waits for that without end. Any thread.
+    // Opens a connection of that name, connected or not. It may block, but not for long: the
+    // destruction waits for it. Any thread.
     using Connect = std::function<QDBusConnection(const QString& name)>;
 
     struct Callbacks {
@@ -30,23 +30,22 @@ public:
     // Soon enough for an icon within two seconds of a host on a bus that has come back.
     static constexpr std::chrono::seconds period{1};
 
+    // What is done where there is no bus at the start. Without an address to look at, libdbus would
+    // run a program each time, to find or start one.
+    enum class WithoutBus { lookAgain, settle };
+
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
-               Callbacks callbacks);
+               Callbacks callbacks, WithoutBus withoutBus);
     // Waits for a look that is under way.
     ~SessionBus() override;
 
-    // Whether a look is under way, which may never end: then whoever ends the process should not
-    // wait for it.
-    bool isLooking() const { return isLooking_; }
-
-    // Connects here and now, as Qt does at its own start; later attempts are made in the
-    // background. Where there is no bus at the start and no address in the environment either, none
-    // is made: libdbus would run a program each time, to find or start one.
+    // Connects here and now, so that hosts and a second start find us as soon as they can; later
+    // attempts are made in the background.
     void start();
 
-    // The usual way: to the bus that the environment names.
-    static QDBusConnection connectToSession(const QString& name);
+    // The one that was told last to be up.
+    static QDBusConnection connection();
 
 private Q_SLOTS:
     void onDisconnected();
@@ -62,8 +61,8 @@ private:
     BackgroundQueue& backgroundQueue_;
     const Connect connect_;
     const Callbacks callbacks_;
+    const WithoutBus withoutBus_;
     State state_ = State::neverUp;
-    bool isLooking_ = false;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };

@@ -6,11 +6,11 @@
 
 namespace valdorn {
 
-// The real surface. Qt decides once per process whether there is a bus to show icons on, when the
-// first object of this kind is made: make it only when the wanted host is there.
+// The status item in an XEmbed tray. Qt decides once per process where it shows icons, when the
+// first object of this kind is made: make it only when there is no notifier host.
 class SystemTraySurface : public TraySurface {
 public:
-    SystemTraySurface(TrayHost host, Content content);
+    explicit SystemTraySurface(const Content& content);
 
     void setIcon(const QIcon& icon) override { icon_.setIcon(icon); }
 

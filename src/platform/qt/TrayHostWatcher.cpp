@@ -6,25 +6,15 @@
 #include <QDBusVariant>
 #include <utility>
 
+#include "platform/qt/BusCalls.h"
+
 namespace valdorn {
 
 namespace {
 
-QString watcherName() {
-    return QStringLiteral("org.kde.StatusNotifierWatcher");
-}
-
-QString watcherPath() {
-    return QStringLiteral("/StatusNotifierWatcher");
-}
-
 QDBusMessage question() {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        watcherName(), watcherPath(), QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("Get"));
-    call << watcherName() << QStringLiteral("IsStatusNotifierHostRegistered");
-    call.setAutoStartService(false);
-    return call;
+    return BusCalls::toItemWatcher("org.freedesktop.DBus.Properties", "Get")
+           << BusCalls::itemWatcher() << QStringLiteral("IsStatusNotifierHostRegistered");
 }
 
 }  // namespace
@@ -34,15 +24,15 @@ TrayHostWatcher::TrayHostWatcher(QDBusConnection bus, std::function<void()> onCh
     if (!bus_.isConnected())
         return;
     owners_.setConnection(bus_);
-    owners_.addWatchedService(watcherName());
+    owners_.addWatchedService(BusCalls::itemWatcher());
     connect(
         &owners_, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString&, const QString&, const QString& owner) { onOwnerChanged(owner); });
     // From any sender: naming one would make Qt wait for the bus to resolve it.
     for (const char* const signal :
          {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
-        bus_.connect(QString(), watcherPath(), watcherName(), QLatin1String(signal), this,
-                     SLOT(ask()));
+        bus_.connect(QString(), BusCalls::itemWatcherPath(), BusCalls::itemWatcher(),
+                     QLatin1String(signal), this, SLOT(ask()));
     }
     ask();
 }

@@ -18,12 +18,12 @@ TrayStatusItem::TrayStatusItem(MainQueue& mainQueue, TrayPictures pictures,
     : mainQueue_(mainQueue), pictures_(std::move(pictures)), makeSurface_(std::move(makeSurface)) {}
 
 void TrayStatusItem::show(TrayHost host) {
-    if (surface_)
+    if (surface_ && host == host_)
         return;
     host_ = host;
     shown_ = wanted();
-    surface_ = makeSurface_(
-        host, {draw(shown_), barMenu_ ? &barMenu_->menu : nullptr, [this] { openMenu(); }});
+    surface_.reset();  // the one must not stand beside the other
+    surface_ = makeSurface_(host, {draw(shown_), *menu_, [this] { openMenu(); }});
     turnSpinner();
 }
 
@@ -36,8 +36,8 @@ void TrayStatusItem::loseBus() {
 }
 
 void TrayStatusItem::setMenu(MenuModel& menu) {
-    barMenu_ = std::make_unique<RenderedMenu>(menu, MenuDrawer::statusBar);
-    popupMenu_ = std::make_unique<RenderedMenu>(menu, MenuDrawer::program);
+    menu_ = &menu;
+    popup_ = std::make_unique<Popup>(menu);
 }
 
 void TrayStatusItem::setIcon(const StatusIcon& icon) {
@@ -61,6 +61,7 @@ void TrayStatusItem::startSpinner() {
 void TrayStatusItem::stopSpinner() {
     spinning_ = false;
     turning_.cancel();
+    frames_.clear();
     updateLater();
 }
 
@@ -84,10 +85,17 @@ TrayStatusItem::Picture TrayStatusItem::wanted() const {
     return {icon_, std::nullopt, variableLength};
 }
 
-QIcon TrayStatusItem::draw(const Picture& picture) const {
+QIcon TrayStatusItem::draw(const Picture& picture) {
     if (picture.spinnerFrame)
-        return pictures_.spinner(*picture.spinnerFrame, picture.length);
+        return drawFrame(*picture.spinnerFrame, picture.length);
     return picture.icon ? pictures_.icon(*picture.icon) : pictures_.empty();
+}
+
+QIcon TrayStatusItem::drawFrame(int frame, int length) {
+    const auto [drawn, isNew] = frames_.try_emplace({frame, length});
+    if (isNew)
+        drawn->second = pictures_.spinner(frame, length);
+    return drawn->second;
 }
 
 void TrayStatusItem::updateLater() {
@@ -104,8 +112,8 @@ void TrayStatusItem::update() {
 }
 
 void TrayStatusItem::openMenu() {
-    if (popupMenu_)
-        popupMenu_->menu.popup(QCursor::pos());
+    if (popup_)
+        popup_->menu.popup(QCursor::pos());
 }
 
 }  // namespace valdorn

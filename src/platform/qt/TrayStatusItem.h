@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QIcon>
 #include <QMenu>
+#include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
@@ -19,11 +22,9 @@ public:
     // The queue outlives this. The surface is made by `makeSurface` when show() is called.
     TrayStatusItem(MainQueue& mainQueue, TrayPictures pictures, TraySurface::Factory makeSurface);
 
-    // A host is there: from now on the bar shows the item. The menu was set before.
+    // A host is there: from now on the bar shows the item. The menu was set before. A surface for
+    // another kind of host goes.
     void show(TrayHost host);
-
-    // What kind of host has shown the item, once one has.
-    std::optional<TrayHost> host() const { return host_; }
 
     // The session bus is gone, and with it what an item for a notifier host stood on: the next
     // show() makes it anew. An XEmbed tray needs no bus.
@@ -46,15 +47,16 @@ private:
         friend bool operator==(const Picture&, const Picture&) = default;
     };
 
-    // A menu and what keeps it up to date.
-    struct RenderedMenu {
-        RenderedMenu(MenuModel& model, MenuDrawer drawer) : renderer(model, menu, drawer) {}
+    // The menu that this program opens, and what keeps it up to date.
+    struct Popup {
+        explicit Popup(MenuModel& model) : renderer(model, menu) {}
         QMenu menu;
         MenuRenderer renderer;
     };
 
     Picture wanted() const;
-    QIcon draw(const Picture& picture) const;
+    QIcon draw(const Picture& picture);
+    QIcon drawFrame(int frame, int length);
     void updateLater();
     void update();
     void turnSpinner();
@@ -67,10 +69,12 @@ private:
     int length_ = variableLength;
     bool spinning_ = false;
     int frame_ = 0;
-    std::unique_ptr<RenderedMenu> barMenu_;    // travels to the bar
-    std::unique_ptr<RenderedMenu> popupMenu_;  // opened by us; the other cannot be
+    std::map<std::pair<int, int>, QIcon> frames_;  // drawn since the spinner began; frame, length
+    MenuModel noMenu_{{}};
+    MenuModel* menu_ = &noMenu_;
+    std::unique_ptr<Popup> popup_;
     Picture shown_;
-    std::unique_ptr<TraySurface> surface_;  // empty until a host is there; refers to barMenu_
+    std::unique_ptr<TraySurface> surface_;  // empty until a host is there
     std::optional<TrayHost> host_;          // what the surface was made for, if one ever was
     ScheduledTask update_;
     ScheduledTask turning_;

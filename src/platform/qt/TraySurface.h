@@ -4,19 +4,18 @@
 #include <functional>
 #include <memory>
 
+#include "platform/MenuModel.h"
 #include "platform/TrayHost.h"
-
-class QMenu;
 
 namespace valdorn {
 
 // The status item as the desktop's bar shows it. Main thread only.
 class TraySurface {
 public:
-    // What the bar starts with. The menu, which may be null, outlives the surface.
+    // What the bar starts with.
     struct Content {
         QIcon icon;
-        QMenu* menu = nullptr;
+        MenuModel& menu;                   // outlives the surface
         std::function<void()> onOpenMenu;  // the user wants the menu, and the bar shows none itself
     };
     using Factory = std::function<std::unique_ptr<TraySurface>(TrayHost, Content)>;

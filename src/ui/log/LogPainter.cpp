@@ -6,15 +6,16 @@
 
 #include "logs/LineColor.h"
 #include "ui/SystemPalette.h"
-#include "ui/log/LogRowLayout.h"
+#include "ui/log/LogLineLayouts.h"
 
 namespace valdorn {
 
 LogPainter::LogPainter(QPainter& painter, const QPalette& palette, const LogRows& rows,
-                       const LogSelection& selection)
+                       LogLineLayouts& layouts, const LogSelection& selection)
     : painter_(painter),
       palette_(palette),
       rows_(rows),
+      layouts_(layouts),
       selection_(selection),
       warning_(SystemPalette::textOnBase(SystemColor::orange, palette)),
       error_(SystemPalette::textOnBase(SystemColor::red, palette)) {}
@@ -35,27 +36,25 @@ QColor LogPainter::colorOf(std::string_view line) const {
     return color == SystemColor::red ? error_ : warning_;
 }
 
-void LogPainter::drawLine(std::size_t line, const QRect& area, std::int64_t scrolled) const {
-    const QString shown = rows_.shown(line);
-    const std::vector<qsizetype> starts = rows_.rowStarts(shown);
+void LogPainter::drawLine(std::size_t number, const QRect& area, std::int64_t scrolled) const {
+    LogLineLayouts::Line& line = layouts_.line(rows_, number);
     const int rowHeight = rows_.wrap().rowHeight();
-    const std::int64_t top = rows_.top(line) - scrolled;
-    const QColor color = colorOf(*rows_.lines()[line]);
+    const std::int64_t top = rows_.top(number) - scrolled;
+    const QColor color = colorOf(*rows_.lines()[number]);
     const auto first =
         static_cast<std::size_t>(std::max<std::int64_t>((area.top() - top) / rowHeight, 0));
-    for (std::size_t number = first; number < starts.size(); ++number) {
-        const std::int64_t y = top + static_cast<std::int64_t>(number) * rowHeight;
+    for (std::size_t row = first; row < line.rows(); ++row) {
+        const std::int64_t y = top + static_cast<std::int64_t>(row) * rowHeight;
         if (y > area.bottom())
             break;
-        const qsizetype end = number + 1 < starts.size() ? starts[number + 1] : shown.size();
-        LogRowLayout row(rows_.wrap(), shown, starts[number], end);
+        LogRowLayout& layout = line.layout(row, rows_.wrap());
         const QPointF place(LogRows::paddingPixels, static_cast<qreal>(y));
-        selectIn(row, {line, starts[number]}, {line, end});
-        if (end == shown.size() && isLineEndSelected({line, end}))
-            painter_.fillRect(QRectF(place.x() + row.width(), place.y(),
+        selectIn(layout, {number, line.begin(row)}, {number, line.end(row)});
+        if (line.isLast(row) && isLineEndSelected({number, line.end(row)}))
+            painter_.fillRect(QRectF(place.x() + layout.width(), place.y(),
                                      rows_.wrap().columnWidth() / 2, rowHeight),
                               palette_.brush(QPalette::Highlight));
-        row.draw(painter_, place, color);
+        layout.draw(painter_, place, color);
     }
 }
 
@@ -64,6 +63,8 @@ void LogPainter::selectIn(LogRowLayout& row, LogPosition begin, LogPosition end)
     const LogPosition to = std::min(selection_.last(), end);
     if (from < to)
         row.select(from.at - begin.at, to.at - begin.at, palette_);
+    else
+        row.selectNothing();
 }
 
 bool LogPainter::isLineEndSelected(LogPosition end) const {

@@ -13,6 +13,7 @@ class QPalette;
 
 namespace valdorn {
 
+class LogLineLayouts;
 class LogRowLayout;
 
 // Draws the visible lines of a log in the colours of their levels, and what is selected of them. For
@@ -20,20 +21,21 @@ class LogRowLayout;
 class LogPainter {
 public:
     LogPainter(QPainter& painter, const QPalette& palette, const LogRows& rows,
-               const LogSelection& selection);
+               LogLineLayouts& layouts, const LogSelection& selection);
 
     // Draws what stands in that part of the view when all is scrolled up by so many pixels.
     void draw(const QRect& area, std::int64_t scrolled) const;
 
 private:
     QColor colorOf(std::string_view line) const;
-    void drawLine(std::size_t line, const QRect& area, std::int64_t scrolled) const;
+    void drawLine(std::size_t number, const QRect& area, std::int64_t scrolled) const;
     void selectIn(LogRowLayout& row, LogPosition begin, LogPosition end) const;
     bool isLineEndSelected(LogPosition end) const;
 
     QPainter& painter_;
     const QPalette& palette_;
     const LogRows& rows_;
+    LogLineLayouts& layouts_;
     const LogSelection& selection_;
     const QColor warning_;
     const QColor error_;

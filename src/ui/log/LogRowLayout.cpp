@@ -26,6 +26,7 @@ LogRowLayout::LogRowLayout(const LineWrap& wrap, const QString& shown, qsizetype
     option.setTextDirection(Qt::LeftToRight);
     option.setTabStopDistance(wrap.columnWidth() * LineWrap::tabColumns);
     layout_.setTextOption(option);
+    layout_.setCacheEnabled(true);  // or the text is shaped once for its width and again to draw it
     layout_.beginLayout();
     layout_.createLine();
     layout_.endLayout();

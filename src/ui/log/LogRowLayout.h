@@ -22,6 +22,7 @@ public:
 
     // Selects what is drawn as selected, in the palette's colours.
     void select(qsizetype from, qsizetype to, const QPalette& palette);
+    void selectNothing() { selected_.clear(); }
 
     void draw(QPainter& painter, QPointF topLeft, const QColor& color) const;
 

@@ -66,6 +66,8 @@ private:
 
     qreal innerWidth() const;
     void measure();
+    // The same where `before` were the lines, and the places those of them.
+    void measureNew(const LogLines& before);
     int rowCount(const LogLine& line);
     void forgetLostLines();
 

@@ -148,6 +148,7 @@ void LogRowsView::layOutAnew(const std::function<void()>& change) {
     const std::size_t line = rows_.lines().empty() ? 0 : rows_.lineAt(scrolled());
     const std::int64_t within = scrolled() - rows_.top(line);
     change();
+    layouts_.clear();
     updateScrollBar();
     if (wasAtEnd)
         scrollToLast();
@@ -203,7 +204,9 @@ void LogRowsView::resizeEvent(QResizeEvent* event) {
 
 void LogRowsView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
-    LogPainter(painter, palette(), rows_, selection_).draw(event->rect(), scrolled());
+    LogPainter(painter, palette(), rows_, layouts_, selection_).draw(event->rect(), scrolled());
+    if (event->rect().contains(viewport()->rect()))
+        layouts_.forgetUnused();
     if (!hasFocus())
         return;
     drawFocusFrame(painter);
@@ -390,6 +393,7 @@ void LogRowsView::contextMenuEvent(QContextMenuEvent* event) {
 void LogRowsView::hideEvent(QHideEvent* event) {
     QAbstractScrollArea::hideEvent(event);
     drag_.end();
+    layouts_.clear();
 }
 
 void LogRowsView::focusInEvent(QFocusEvent* event) {

@@ -7,6 +7,7 @@
 
 #include "platform/MainQueue.h"
 #include "ui/log/LogDrag.h"
+#include "ui/log/LogLineLayouts.h"
 #include "ui/log/LogPlaces.h"
 #include "ui/log/LogRows.h"
 #include "ui/log/LogSelection.h"
@@ -87,6 +88,7 @@ private:
     MainQueue& queue_;  // for its clock
     Pasteboard& pasteboard_;
     LogRows rows_;
+    LogLineLayouts layouts_;  // of rows_, as they are seen
     LogSelection selection_;
     std::optional<qreal> columnX_;  // what moving up and down keeps to
     LogDrag drag_;

@@ -9,7 +9,10 @@
 #include <QVBoxLayout>
 #include <QWidgetItem>
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <initializer_list>
+#include <ratio>
 
 #include "runner/RunnerManager.h"
 #include "ui/Announcer.h"
@@ -21,6 +24,11 @@
 namespace valdorn {
 
 namespace {
+
+// Uptimes go on at tenths of a second of the clock, so that rows whose runners were launched
+// together, as at the start of the program, cost one wake-up and one painting a second instead of
+// one each: with three rows 3 context switches instead of 6.
+using Tick = std::chrono::duration<std::int64_t, std::deci>;
 
 constexpr int padding = 6;
 constexpr int spacing = 10;
@@ -240,10 +248,11 @@ void RunnerRow::armTick() {
     tick_.cancel();
     if (!isSeen_ || !shown_->uptime)
         return;
-    const auto elapsed = queue_.now() - *runner_->startedAt();
-    const auto full = std::chrono::floor<std::chrono::seconds>(elapsed);
-    const auto rest = full + std::chrono::seconds(1) - elapsed;
-    tick_ = queue_.after(std::chrono::ceil<std::chrono::milliseconds>(rest),
+    const auto now = queue_.now();
+    const auto startedAt = *runner_->startedAt();
+    const auto full = std::chrono::floor<std::chrono::seconds>(now - startedAt);
+    const auto due = std::chrono::ceil<Tick>(startedAt + full + std::chrono::seconds(1));
+    tick_ = queue_.after(std::chrono::ceil<std::chrono::milliseconds>(due - now),
                          [this]() VALDORN_ON_MAIN_THREAD { refresh(); });
 }
 

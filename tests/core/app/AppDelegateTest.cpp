@@ -75,7 +75,9 @@ protected:
              for (std::size_t index = 0; index < world.launcher.childCount(); ++index) {
                  requestsAtTermination += world.launcher.child(index).terminateRequests();
              }
-         }});
+         },
+         [this] { onShowItem(); }});
+    std::function<void()> onShowItem = [] {};
 };
 
 // Launching.
@@ -95,6 +97,20 @@ TEST_F(AppDelegateTest, RegistersTheDefaultsBeforeTheFleetIsMade) {
 
 TEST_F(AppDelegateTest, StartsTheFleet) {
     launchWith(2);
+    EXPECT_EQ(world.launcher.launches.size(), 2U);
+}
+
+TEST_F(AppDelegateTest, HasTheItemShownOnceWithMenuAndPictureBeforeTheFleetIsStarted) {
+    int shown = 0;
+    onShowItem = [this, &shown] {
+        ++shown;
+        EXPECT_NE(item.menu, nullptr);
+        EXPECT_NE(delegate->menu(), nullptr);
+        EXPECT_NE(item.icon, std::nullopt);
+        EXPECT_EQ(world.launcher.launches.size(), 0U);
+    };
+    launchWith(2);
+    EXPECT_EQ(shown, 1);
     EXPECT_EQ(world.launcher.launches.size(), 2U);
 }
 

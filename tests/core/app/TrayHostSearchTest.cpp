@@ -147,27 +147,53 @@ TEST_F(TrayHostSearchTest, HostThatStaysAwayIsMissedUntilItComes) {
     EXPECT_EQ(log, "notifier missing notifier appeared ");
 }
 
-TEST_F(TrayHostSearchTest, XembedTrayIsNoUseToAnItemMadeForANotifierHost) {
+TEST_F(TrayHostSearchTest, XembedTrayStandsInForALostNotifierHostAfterTheWaitingTimeOnly) {
     setNotifier(true);
     search.start();
     setNotifier(false);
     setXembed(true);
-    queue.advance(1h);
-    EXPECT_EQ(log, "notifier missing ");
-    setXembed(true);
-    EXPECT_EQ(queue.pending(), 0U);
+    queue.advance(29'999ms);
+    EXPECT_EQ(log, "notifier ");
+    queue.advance(1ms);
+    EXPECT_EQ(log, "notifier xembed ");
 }
 
-TEST_F(TrayHostSearchTest, NotifierHostIsNoUseToAnItemMadeForAnXembedTray) {
+TEST_F(TrayHostSearchTest, NotifierHostStandsInForALostXembedTrayAtOnce) {
     setXembed(true);
     search.start();
     queue.advance(30s);
     setXembed(false);
+    queue.advance(5s);
     setNotifier(true);
-    queue.advance(30s);
-    EXPECT_EQ(log, "xembed missing ");
+    EXPECT_EQ(log, "xembed notifier ");
     setXembed(true);
-    EXPECT_EQ(log, "xembed missing xembed appeared ");
+    queue.advance(1h);
+    EXPECT_EQ(log, "xembed notifier ");
+}
+
+TEST_F(TrayHostSearchTest, ItemStaysInAnXembedTrayWhenANotifierHostComes) {
+    setXembed(true);
+    search.start();
+    queue.advance(30s);
+    setNotifier(true);
+    queue.advance(1h);
+    EXPECT_EQ(log, "xembed ");
+    setXembed(false);
+    EXPECT_EQ(log, "xembed notifier ");
+}
+
+TEST_F(TrayHostSearchTest, XembedTrayThatRestartsIsTakenAtOnce) {
+    setXembed(true);
+    search.start();
+    queue.advance(30s);
+    setXembed(false);
+    queue.advance(29s);
+    setXembed(true);
+    EXPECT_EQ(log, "xembed xembed ");
+    setXembed(false);
+    queue.advance(30s);
+    setXembed(true);
+    EXPECT_EQ(log, "xembed xembed missing xembed appeared ");
 }
 
 }  // namespace

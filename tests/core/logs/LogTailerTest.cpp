@@ -215,7 +215,7 @@ TEST_F(LogTailerTest, TheOldestLinesGoAndTheOthersStayTheSameObjects) {
     tailer->poll();
     ASSERT_EQ(tailer->lines().size(), 5000U);
     EXPECT_TRUE(std::equal(before.begin() + 2, before.end(), tailer->lines().begin()));
-    EXPECT_EQ(texts({tailer->lines().end() - 3, tailer->lines().end()}),
+    EXPECT_EQ(texts(LogLines::List(tailer->lines().end() - 3, tailer->lines().end())),
               (Texts{"4999", "5000", "5001"}));
     EXPECT_EQ(announcements, 2);
 }

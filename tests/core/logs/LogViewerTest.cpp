@@ -372,7 +372,7 @@ protected:
 
     LogLines expected() const {
         const CaseFold fold("C");
-        LogLines lines;
+        LogLines::List lines;
         for (const LogLine& line : tailer->lines()) {
             if (passes(viewer->level(), *line) &&
                 CaseFold::contains(fold.key(*line), fold.key(viewer->query())))
@@ -393,6 +393,16 @@ protected:
 
     std::mt19937 random;
 };
+
+TEST_F(LogViewerTest, SharesTheTailersListWhileEveryLinePasses) {
+    write("one\ntwo\n");
+    tailer->reload();
+    queue.runPosted();
+    EXPECT_EQ(&viewer->filtered().front(), &tailer->lines().front());
+    viewer->setQuery("two");
+    viewer->setQuery("");
+    EXPECT_EQ(&viewer->filtered().front(), &tailer->lines().front());
+}
 
 TEST_F(LogViewerWalk, ShowsWhatALookAtEveryLineGives) {
     for (std::uint32_t seed = 1; seed <= 12; ++seed) {

@@ -75,6 +75,13 @@ TEST(ConfigDefaults, NameIsLoweredBeyondAsciiAndInNoLocale) {
     EXPECT_EQ(defaultNameOf("\xC3\x84PFEL I"), "\xC3\xA4pfel-i");
 }
 
+TEST(ConfigDefaults, AsciiIsLoweredAsItIsBesideOtherLetters) {
+    std::string ascii;
+    for (char letter = 0; letter < 127; ++letter)
+        ascii += letter;
+    EXPECT_EQ(defaultNameOf(ascii) + "\xC3\xA9", defaultNameOf(ascii + "\xC3\x89"));
+}
+
 TEST(ConfigDefaults, RegistersFourFallbacksAndWritesNone) {
     MemoryUserDefaults defaults;
     Config::registerDefaults(FixedHostInfo{}, defaults);

@@ -417,15 +417,22 @@ TEST_F(RunnerManagerTest, LinesAreAppliedHoweverTheyAreSplit) {
 
 TEST_F(RunnerManagerTest, CreditIsKeptUntilTheLinesAreApplied) {
     startRunner();
-    child().print("a line\n");
-    EXPECT_EQ(child().pendingBytes(), 7U);
+    const std::string line = "[CI/build] a line\n";
+    child().print(line);
+    EXPECT_EQ(child().pendingBytes(), line.size());
     world.queue.runPosted();
+    EXPECT_EQ(child().pendingBytes(), 0U);
+}
+
+TEST_F(RunnerManagerTest, LinesThatTellNothingAreNotKeptForTheMainThread) {
+    startRunner();
+    child().print("a line\nanother\n");
     EXPECT_EQ(child().pendingBytes(), 0U);
 }
 
 TEST_F(RunnerManagerTest, SlowMainThreadHoldsTheChildBackAndLosesNothing) {
     startRunner();
-    const std::string line(1023, 'x');
+    const std::string line = "[CI/build] " + std::string(1012, 'x');
     std::string flood;
     for (int count = 0; count < 4096; ++count)
         flood += line + "\n";

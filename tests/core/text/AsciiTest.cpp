@@ -26,5 +26,10 @@ TEST(AsciiTest, ThePrefixEndsAtTheFirstByteThatIsNone) {
     }
 }
 
+TEST(AsciiTest, OnlyItsOwnCapitalsBecomeSmall) {
+    EXPECT_EQ(asciiLowerCased("@AZ[`az{ KDE\xC3\x89"), "@az[`az{ kde\xC3\x89");
+    EXPECT_EQ(asciiLowerCased(""), "");
+}
+
 }  // namespace
 }  // namespace valdorn

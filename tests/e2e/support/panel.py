@@ -34,11 +34,11 @@ class Panel:
         wait_until(lambda: self._connection.name_has_owner(SETTINGS_NAME), "the panel's settings")
 
     def start(self):
-        self._panel = self._start("xfce4-panel", "--disable-wm-check")
+        self.process = self._start("xfce4-panel", "--disable-wm-check")
 
     def end(self):
         """As a crash does."""
-        self._desktop.end(self._panel)
+        self._desktop.end(self.process)
 
     def _start(self, *command):
         return self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
@@ -106,4 +106,4 @@ class LxqtPanel(Panel):
             file.write(_LXQT_SETTINGS)
 
     def start(self):
-        self._panel = self._start("lxqt-panel", f"--configfile={self._settings}")
+        self.process = self._start("lxqt-panel", f"--configfile={self._settings}")

@@ -63,6 +63,7 @@ class StartupListener:
         window, kind = (int.from_bytes(event[at:at + 4], "little") for at in (4, 8))
         if event[0] & 0x7f != _CLIENT_MESSAGE or kind not in (self._begin, self._more):
             return
+        assert window, "a chunk that tells nobody whose message it is part of"
         before = b"" if kind == self._begin else self._texts[window]
         self._texts[window] = before + event[_HEAD:]
         if b"\0" in event[_HEAD:]:

@@ -3,6 +3,7 @@
 #include "ui/TextStyle.h"
 #include "ui/log/LogLines.h"
 #include "ui/log/LogRows.h"
+#include "ui/log/LogWalk.h"
 
 namespace valdorn {
 namespace {
@@ -88,6 +89,19 @@ TEST_F(LogRowsTest, HoldsOnToNoLineThatIsTakenAway) {
     const LogLine::weak_type gone = rows.lines().front();
     rows.setLines({});
     EXPECT_TRUE(gone.expired());
+}
+
+TEST_F(LogRowsTest, LinesStandWhereMeasuringAllOfThemAnewPutsThem) {
+    LogWalk walk(1);
+    for (int steps = 0; steps < 500; ++steps) {
+        walk.step();
+        rows.setLines(walk.lines);
+        LogRows anew{rows.wrap().font()};
+        anew.setLines(walk.lines);
+        anew.setWidth(pixels(20));
+        for (std::size_t line = 0; line <= walk.lines.size(); ++line)
+            ASSERT_EQ(rows.top(line), anew.top(line)) << "step " << steps << ", line " << line;
+    }
 }
 
 TEST_F(LogRowsTest, MeasuresTheLineThatStandsWhereALostOneStood) {

@@ -78,7 +78,7 @@ TEST_F(LogRowsViewTest, ScrollingToTheLastShowsItAtTheBottom) {
 }
 
 TEST_F(LogRowsViewTest, NarrowerViewKeepsTheLineAtTheTop) {
-    LogLines lines;
+    LogLines::List lines;
     for (int number = 0; number < 100; ++number)
         lines.push_back(logLine("0123456789 0123456789 0123456789 0123456789"));
     view.setLines(lines);
@@ -333,7 +333,7 @@ TEST_F(LogRowsViewTest, CaretIsInViewWhenTheKeyboardComes) {
 }
 
 TEST_F(LogRowsViewTest, SelectionFollowsItsLinesWhenTheFirstAreDropped) {
-    LogLines lines = numberedLines(5);
+    LogLines::List lines = numberedLines(5);
     view.setLines(lines);
     view.select({3, 0}, {3, 6});
     lines.erase(lines.begin(), lines.begin() + 2);
@@ -450,7 +450,7 @@ TEST_F(LogRowsViewTest, EmptyLogTakesEveryKeyAndClick) {
 }
 
 TEST_F(LogRowsViewTest, SelectionSurvivesNewLines) {
-    LogLines lines = numberedLines(3);
+    LogLines::List lines = numberedLines(3);
     view.setLines(lines);
     view.select({0, 0}, {0, 6});
     lines.push_back(logLine("new"));

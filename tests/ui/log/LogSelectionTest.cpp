@@ -70,7 +70,7 @@ TEST_F(LogSelectionTest, WordThatItBeganWithStaysSelectedEitherWay) {
 }
 
 TEST_F(LogSelectionTest, StaysWithItsLinesWhenOthersGo) {
-    LogLines lines = numberedLines(5);
+    LogLines::List lines = numberedLines(5);
     rows.setLines(lines);
     select({2, 1}, {3, 4});
     lines.erase(lines.begin(), lines.begin() + 2);
@@ -81,7 +81,7 @@ TEST_F(LogSelectionTest, StaysWithItsLinesWhenOthersGo) {
 }
 
 TEST_F(LogSelectionTest, EndInALostLineMovesToTheNextThatIsLeft) {
-    LogLines lines = numberedLines(5);
+    LogLines::List lines = numberedLines(5);
     rows.setLines(lines);
     select({1, 3}, {3, 4});
     lines.erase(lines.begin(), lines.begin() + 2);

@@ -13,6 +13,7 @@
 #include "support/RecordingPasteboard.h"
 #include "support/RecordingWorkspace.h"
 #include "support/VirtualMainQueue.h"
+#include "ui/EventCounter.h"
 #include "ui/Pictures.h"
 #include "ui/log/LogRowsView.h"
 #include "ui/log/LogViewerView.h"
@@ -124,6 +125,32 @@ TEST_F(LogViewerViewTest, GoesOnFollowingWhileItIsMinimised) {
     view().showNormal();
     QCoreApplication::processEvents();
     EXPECT_EQ(queue.pending(), 1U) << "not twice";
+}
+
+TEST_F(LogViewerViewTest, BatchesOfOneFrameArePaintedOnce) {
+    show();
+    QCoreApplication::processEvents();
+    EventCounter paintings(QEvent::Paint);
+    rows().viewport()->installEventFilter(&paintings);
+    for (int batch = 0; batch < 20; ++batch)
+        writeAndWait(numbered(1000 * batch, 1000));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(lines().size(), LogTailer::maxLines);
+    EXPECT_EQ(paintings.counts[rows().viewport()], 1);
+}
+
+TEST_F(LogViewerViewTest, NeitherReadsNorPaintsWhileItIsHidden) {
+    show();
+    QCoreApplication::processEvents();
+    EventCounter paintings(QEvent::Paint);
+    rows().viewport()->installEventFilter(&paintings);
+    view().hide();
+    files.reads.clear();
+    for (int batch = 0; batch < 20; ++batch)
+        writeAndWait("one\n");
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(files.reads.empty());
+    EXPECT_EQ(paintings.counts[rows().viewport()], 0);
 }
 
 TEST_F(LogViewerViewTest, ReadsTheFileAnewWhenItReappears) {

@@ -61,6 +61,7 @@ TEST_F(RegistrationNewsTest, NeitherTypingNorAnotherRunnerIsNews) {
     stage.finishRegistration();
     announced();
     stage.type("name", QStringLiteral("x"));
+    EXPECT_EQ(announced(), Said{});
     stage.clickRow(1);
     EXPECT_TRUE(isShown("message"));
     EXPECT_EQ(announced(), Said{});

@@ -31,6 +31,21 @@ TEST_F(RunnerStatusTimeTest, UptimeTicksAtEachFullSecond) {
     EXPECT_EQ(stage.world.queue.armed(), 1U);
 }
 
+TEST_F(RunnerStatusTimeTest, UptimesOfRunnersThatWereLaunchedTogetherGoOnTogether) {
+    stage.makeFleet({"a", "b"});
+    stage.pass(10ms);
+    stage.start(0);
+    stage.pass(50ms);
+    stage.start(1);
+    stage.show();
+    stage.pass(1039ms);
+    EXPECT_EQ(uptime(0), "· up 0:00");
+    EXPECT_EQ(uptime(1), "· up 0:00");
+    stage.pass(1ms);
+    EXPECT_EQ(uptime(0), "· up 0:01");
+    EXPECT_EQ(uptime(1), "· up 0:01");
+}
+
 TEST_F(RunnerStatusTimeTest, NothingIsArmedWhereNothingRuns) {
     show({"a", "b"});
     EXPECT_EQ(stage.world.queue.pending(), 0U);

@@ -1,0 +1,113 @@
+// Compiled without sanitizers: the child shares our memory, and is not to leave marks in theirs. For
+// the same reason it calls the kernel itself: sanitizers stand before the C library's functions, and
+// remember what the child does as if we had done it.
+
+#include "platform/posix/SpawnProcess.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <utility>
+
+#include <sched.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// clone(), by the C library's other name for it, which no sanitizer stands before.
+extern "C" int cloneUnseen(int (*function)(void*), void* stack, int flags, void* argument,
+                           ...) __asm__("__clone");
+
+namespace valdorn {
+
+namespace {
+
+using Step = SpawnFailure::Step;
+
+constexpr int lastSignal = _NSIG - 1;
+constexpr std::size_t signalSetBytes = lastSignal / 8;  // as the kernel has it
+using SignalSet = std::array<unsigned char, signalSetBytes>;
+
+// Ample: the child calls nothing but the kernel.
+constexpr std::size_t stackBytes = std::size_t{16} * 1024;
+
+struct Task {
+    const SpawnRequest& request;
+    SpawnFailure failure;  // no error unless the child could not go on
+};
+
+void setMask(const SignalSet& mask, SignalSet* before) {
+    syscall(SYS_rt_sigprocmask, SIG_SETMASK, mask.data(), before ? before->data() : nullptr,
+            signalSetBytes);
+}
+
+// Blocked and ignored signals outlive exec. Ours are our own business: a child that ignores
+// SIGPIPE or has SIGTERM blocked because we do would not behave as in a terminal.
+void resetDispositions() {
+    // All zeros is the default, wherever a kernel has which field.
+    constexpr std::array<unsigned char, 64> standard{};
+    for (int signal = 1; signal <= lastSignal; ++signal)
+        syscall(SYS_rt_sigaction, signal, standard.data(), nullptr, signalSetBytes);
+}
+
+// Close-on-exec covers the descriptors that we open ourselves. Libraries, and whoever started us,
+// may have left others open: everything above the standard streams is closed by number as well.
+bool placeDescriptors(const SpawnRequest& request) {
+    return syscall(SYS_dup3, request.input, STDIN_FILENO, 0) >= 0 &&
+           syscall(SYS_dup3, request.output, STDOUT_FILENO, 0) >= 0 &&
+           syscall(SYS_dup3, request.output, STDERR_FILENO, 0) >= 0;
+}
+
+int fail(Task& task, Step step) {
+    task.failure = {step, errno};
+    syscall(SYS_exit_group, 0);
+    return 0;
+}
+
+// The child's own part: from its first moment to its executable.
+int runChild(void* argument) {
+    Task& task = *static_cast<Task*>(argument);
+    const SpawnRequest& request = task.request;
+    resetDispositions();
+    // A group of its own keeps a Ctrl-C in our terminal from it.
+    if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(request))
+        return fail(task, Step::create);
+    if (syscall(SYS_fchdir, request.folder) != 0)
+        return fail(task, Step::enterFolder);
+    if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
+        return fail(task, Step::create);
+    setMask({}, nullptr);
+    syscall(SYS_execve, request.executable, request.arguments, request.environment);
+    return fail(task, Step::execute);
+}
+
+}  // namespace
+
+// Until the child runs its executable this thread stands still, so the child may use a piece of its
+// stack. Signals are blocked so that our handlers do not run in the child, in the midst of our
+// memory.
+Result<SpawnedProcess, SpawnFailure> spawnProcess(const SpawnRequest& request) {
+    alignas(std::max_align_t) std::array<std::byte, stackBytes> stack;
+    Task task{request, {}};
+    SignalSet all;
+    SignalSet before;
+    all.fill(0xff);
+    setMask(all, &before);
+    int process = -1;
+    const pid_t pid = cloneUnseen(runChild, stack.data() + stack.size(),
+                                  CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD, &task, &process);
+    if (pid < 0)
+        task.failure = {Step::create, errno};
+    setMask(before, nullptr);
+    Descriptor descriptor(process);
+    if (task.failure.errorNumber == 0)
+        return SpawnedProcess{pid, std::move(descriptor)};
+    if (pid >= 0) {
+        while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+    return task.failure;
+}
+
+}  // namespace valdorn

@@ -1,0 +1,204 @@
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "runner/LineHints.h"
+#include "runner/RunnerLog.h"
+#include "runner/RunnerLogTexts.h"
+
+namespace valdorn {
+namespace {
+
+using Kind = RunnerLogEvent::Kind;
+using Lines = std::vector<std::string>;
+
+std::vector<RunnerNews> newsOf(const Lines& lines) {
+    const std::vector<std::string_view> views(lines.begin(), lines.end());
+    return RunnerLog::news(views);
+}
+
+// What one line says, each text looked for by itself.
+RunnerNews plainNews(std::string_view line) {
+    return {RunnerLog::version(line), RunnerLog::workflowJob(line), RunnerLog::event(line)};
+}
+
+RunnerNews job(const std::string& label) {
+    return {std::nullopt, label, {}};
+}
+
+TEST(RunnerNews, LinesWithoutNewsAreLeftOut) {
+    EXPECT_TRUE(newsOf({}).empty());
+    EXPECT_TRUE(newsOf({"", "x", "time=\"x\" level=debug msg=\"Worker pool\"", "[a] b"}).empty());
+}
+
+TEST(RunnerNews, OneLineMaySayAllAtOnce) {
+    EXPECT_EQ(newsOf({"[a/b] with version: v1, declare successfully"}),
+              (std::vector<RunnerNews>{{"v1", "a/b", {Kind::declared, {}}}}));
+}
+
+TEST(RunnerNews, NewsKeepTheirOrder) {
+    EXPECT_EQ(newsOf({"[a/b]", "permission denied", "x", "[c/d]", " repo is e"}),
+              (std::vector<RunnerNews>{job("a/b"),
+                                       {std::nullopt, std::nullopt, {Kind::networkBlocked, {}}},
+                                       job("c/d"),
+                                       {std::nullopt, std::nullopt, {Kind::repository, "e"}}}));
+}
+
+TEST(RunnerNews, JobIsToldOnceForAllItsLines) {
+    EXPECT_EQ(newsOf({"[a/b] x", "between", "[a/b] y", "[a/b] z"}),
+              (std::vector<RunnerNews>{job("a/b")}));
+}
+
+TEST(RunnerNews, JobThatComesBackIsToldAgain) {
+    EXPECT_EQ(newsOf({"[a/b]", "[c/d]", "[a/b]"}),
+              (std::vector<RunnerNews>{job("a/b"), job("c/d"), job("a/b")}));
+}
+
+TEST(RunnerNews, JobIsNotTakenForAnotherThatItBeginsLike) {
+    EXPECT_EQ(newsOf({"[a/b]", "[a/bc] x", "[a/b", "[a/b]"}),
+              (std::vector<RunnerNews>{job("a/b"), job("a/bc"), job("a/b")}));
+}
+
+TEST(RunnerNews, JobIsToldAgainAfterADeclarationTookItBack) {
+    const RunnerNews declared{std::nullopt, std::nullopt, {Kind::declared, {}}};
+    EXPECT_EQ(newsOf({"[a/b]", "declare successfully", "[a/b]"}),
+              (std::vector<RunnerNews>{job("a/b"), declared, job("a/b")}));
+}
+
+TEST(RunnerNews, KnownJobDoesNotHideWhatElseItsLineSays) {
+    EXPECT_EQ(newsOf({"[a/b]", "[a/b] Worker 1 finished (ok)"}),
+              (std::vector<RunnerNews>{job("a/b"),
+                                       {std::nullopt, std::nullopt, {Kind::jobFinished, {}}}}));
+}
+
+// The quick look at a line, beside the search for each text.
+
+// Each telling text with what makes it tell something by itself: a word behind it, and the worker
+// before its end.
+const Lines& texts() {
+    static const Lines all = [] {
+        Lines lines;
+        for (const std::string_view text : RunnerLogTexts::telling) {
+            lines.emplace_back(text == RunnerLogTexts::finished ? "Worker " : "");
+            lines.back().append(text).append("a/b");
+        }
+        return lines;
+    }();
+    return all;
+}
+
+TEST(LineHints, NoTextIsOverlookedWhereverItStands) {
+    for (const std::string& text : texts()) {
+        for (std::size_t before = 0; before < 70; ++before) {
+            for (std::size_t after = 0; after < 40; ++after) {
+                const std::string line = std::string(before, 'x') + text + std::string(after, 'x');
+                ASSERT_NE(plainNews(line), RunnerNews{}) << line;
+                ASSERT_TRUE(LineHints::mayTell(line)) << line;
+            }
+        }
+    }
+}
+
+TEST(LineHints, OrdinaryLinesAreNotLookedAtTwice) {
+    for (const char* line :
+         {"", "x", "[Deploy/push]   | npm run build", "echo done",
+          "time=\"2026-03-09T14:05:00Z\" level=debug msg=\"Stages Runs: [push]\" "
+          "func=\"[func1]\" file=\"[runner.go:165]\""})
+        EXPECT_FALSE(LineHints::mayTell(line)) << line;
+}
+
+TEST(LineHints, LookNeitherBeforeNorBehindTheLine) {
+    const std::string text = "permission denied";
+    for (std::size_t size = 0; size < 40; ++size) {
+        const std::string around = text + std::string(size, 'x') + text;
+        EXPECT_FALSE(LineHints::mayTell(std::string_view(around).substr(text.size(), size)));
+    }
+}
+
+class RandomLines {
+public:
+    explicit RandomLines(unsigned seed) : random_(seed) {}
+
+    std::string line() {
+        std::string line;
+        for (std::size_t parts = below(6); parts > 0; --parts)
+            line += part();
+        return line;
+    }
+
+    std::size_t below(std::size_t limit) { return random_() % limit; }
+
+private:
+    // A text, a piece of one, or something else, so that texts stand everywhere, cut and whole.
+    std::string part() {
+        static const Lines others{"[a/b] ",      "[c/d]",  "[a/bc]", "[", "]",    "/",
+                                  " ",           "Worker", "x",      ",", "\r\n", "\xE2\x80\xA6",
+                                  "no h ssf d ("};
+        const std::string& text = texts()[below(texts().size())];
+        switch (below(4)) {
+            case 0:
+                return text;
+            case 1:
+                return text.substr(below(text.size()), below(text.size()));
+            case 2:
+                return std::string(below(20), 'e');
+            default:
+                return others[below(others.size())];
+        }
+    }
+
+    std::mt19937 random_;
+};
+
+// What applying news to a runner that shows a job does, step by step.
+class Applied {
+public:
+    explicit Applied(std::string shown) : job_(std::move(shown)) {}
+
+    void apply(const RunnerNews& news) {
+        if (news.version)
+            steps.push_back("version " + *news.version);
+        if (news.job)
+            show(*news.job);
+        if (news.event.kind != Kind::unrelated)
+            steps.push_back("event " + std::to_string(static_cast<int>(news.event.kind)) + " " +
+                            news.event.repository);
+        if (news.event.kind == Kind::declared)
+            show("");
+    }
+
+    Lines steps;
+
+private:
+    void show(const std::string& job) {
+        if (job_ != job)
+            steps.push_back("job " + job);
+        job_ = job;
+    }
+
+    std::string job_;
+};
+
+TEST(RunnerNewsProperty, TheQuickWayDoesWhatTheSearchForEachTextDoes) {
+    for (unsigned seed = 0; seed < 4000; ++seed) {
+        RandomLines random(seed);
+        Lines lines(random.below(30));
+        for (std::string& line : lines)
+            line = random.line();
+        for (const char* shown : {"", "a/b"}) {
+            Applied quick(shown);
+            Applied plain(shown);
+            for (const RunnerNews& news : newsOf(lines))
+                quick.apply(news);
+            for (const std::string& line : lines)
+                plain.apply(plainNews(line));
+            ASSERT_EQ(quick.steps, plain.steps) << "seed " << seed;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace valdorn
