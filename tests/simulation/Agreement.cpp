@@ -252,6 +252,8 @@ private:
             icon.color = item.icon->color;
             require(item.icon->accessibilityDescription == "Valdorn", "the icon says another name");
         }
+        compare("the launches before the item was shown", program_.launchesWhenShown,
+                std::vector<std::size_t>{0});
         compare("the icon", icon, process_.shell.icon);
     }
 

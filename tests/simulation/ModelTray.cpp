@@ -12,8 +12,9 @@ constexpr Millis requestPatience = 2000;
 
 }  // namespace
 
-bool ModelTraySearch::isKindThere() const {
-    return isNotifier_.value_or(true) ? notifier_ : xembed_;
+// A notifier host is always welcome; one of the other kind where the item was before.
+bool ModelTraySearch::isWelcomeThere() const {
+    return notifier_ || isLastThere();
 }
 
 void ModelTraySearch::start() {
@@ -28,30 +29,19 @@ void ModelTraySearch::setHosts(bool notifier, bool xembed) {
 }
 
 void ModelTraySearch::look() {
-    switch (state_) {
-        case State::idle:
-            return;
-        case State::searching:
-        case State::lost:
-            if (isKindThere())
-                take(isNotifier_.value_or(true));
-            return;
-        case State::shown:
-            if (!isKindThere()) {
-                reached<"tray lost">();
-                wait(State::lost);
-            }
-            return;
-        case State::missing:
-            if (isKindThere())
-                return take(isNotifier_.value_or(true));
-            if (!isNotifier_ && xembed_) {
-                if (timer_)
-                    reached<"tray that came, went and came again">();
-                ModelLoop::cancel(timer_);
-                timer_ = loop_.after(secondThoughts, [this] { secondThoughtsAreOver(); });
-            }
-            return;
+    if (state_ == State::shown && !isLastThere()) {
+        reached<"tray lost">();
+        wait(State::lost);
+    }
+    if (state_ == State::idle || state_ == State::shown)
+        return;
+    if (isWelcomeThere())
+        return take(notifier_);
+    if (state_ == State::missing && xembed_) {
+        if (timer_)
+            reached<"tray that came, went and came again">();
+        ModelLoop::cancel(timer_);
+        timer_ = loop_.after(secondThoughts, [this] { secondThoughtsAreOver(); });
     }
 }
 
@@ -59,7 +49,7 @@ void ModelTraySearch::take(bool isNotifier) {
     const State before = state_;
     ModelLoop::cancel(timer_);
     state_ = State::shown;
-    isNotifier_ = isNotifier;
+    wasNotifier_ = isNotifier;
     told.emplace_back(isNotifier ? "notifier" : "xembed");
     if (!isNotifier)
         reached<"tray of the old kind">();
@@ -77,7 +67,7 @@ void ModelTraySearch::wait(State state) {
 
 void ModelTraySearch::timeIsOver() {
     timer_.reset();
-    if (!isNotifier_ && isAnyThere())
+    if (notifier_ || xembed_)
         return take(notifier_);
     reached<"no tray">();
     state_ = State::missing;
@@ -86,7 +76,7 @@ void ModelTraySearch::timeIsOver() {
 
 void ModelTraySearch::secondThoughtsAreOver() {
     timer_.reset();
-    if (isAnyThere())
+    if (notifier_ || xembed_)
         take(notifier_);
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,8 +24,8 @@ public:
 private:
     enum class State { idle, searching, shown, lost, missing };
 
-    bool isKindThere() const;
-    bool isAnyThere() const { return notifier_ || xembed_; }
+    bool isLastThere() const { return wasNotifier_ ? notifier_ : xembed_; }
+    bool isWelcomeThere() const;
     void look();
     void take(bool isNotifier);
     void wait(State state);
@@ -37,7 +36,7 @@ private:
     State state_ = State::idle;
     bool notifier_ = false;
     bool xembed_ = false;
-    std::optional<bool> isNotifier_;  // the kind that was taken first
+    bool wasNotifier_ = true;  // the kind that was taken last
     ModelLoop::Handle timer_;
 };
 

@@ -35,7 +35,8 @@ Program::Program(Machine& machine)
         return *store;
     };
     delegate = AppDelegate::create(
-        {services_, statusItem, windows, sharedStore, [this] { ++terminations; }});
+        {services_, statusItem, windows, sharedStore, [this] { ++terminations; },
+         [this] { launchesWhenShown.push_back(launcher.launches.size()); }});
     delegate->applicationDidFinishLaunching();
     selection = std::make_unique<RunnerSelection>(store);
     for (auto& form : forms)

@@ -81,6 +81,7 @@ public:
     RecordingStatusItem statusItem;
     RecordingWindowHost windows;
     int terminations = 0;
+    std::vector<std::size_t> launchesWhenShown;  // each time the item was to be shown
 
     std::shared_ptr<RunnersStore> store;
     std::shared_ptr<AppDelegate> delegate;
