@@ -128,8 +128,8 @@ std::string Grammar::giant(Random& random) {
     return random.chance(20) ? "time=\"" + all : all;
 }
 
-std::string Grammar::keptLine(std::string_view word, std::size_t bytes) {
-    std::string all = std::string(time).append("level=info msg=").append(word);
+std::string Grammar::keptLine(std::string_view words, std::size_t bytes) {
+    std::string all = std::string(time).append("level=info msg=").append(words);
     all.resize(std::max(bytes, all.size() + 1), '.');
     return all + "\n";
 }

@@ -22,8 +22,8 @@ std::string output(Random& random);
 // More than an incomplete line may grow to, without any line end; or very many lines.
 std::string giant(Random& random);
 
-// A line that goes to the log and says nothing else, of about that many bytes.
-std::string keptLine(std::string_view word, std::size_t bytes);
+// A line that goes to the log, with those words in it, of about that many bytes.
+std::string keptLine(std::string_view words, std::size_t bytes);
 
 // The text in pieces, cut anywhere, also within a character; none is longer than a chunk may be.
 std::vector<std::string> cut(Random& random, const std::string& text);

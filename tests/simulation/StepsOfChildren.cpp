@@ -42,7 +42,8 @@ void printsAGiant(Stage& stage, Random& random) {
         print(stage, *index, "\n");
 }
 
-// More than may wait for the main thread, at once: some of it is held back until it runs.
+// More than may wait for the main thread, at once: some of it is held back until it runs. All lines
+// say the same, as lines that say nothing do not wait.
 void floods(Stage& stage, Random& random) {
     const auto index = stage.anyChild(random);
     if (!index)
@@ -51,7 +52,8 @@ void floods(Stage& stage, Random& random) {
     ScriptedChild& child = stage.program().launcher.child(*index);
     const std::size_t size = 30000 + random.below(30000);
     for (std::size_t number = 0; number < 12; ++number) {
-        const std::string chunk = Grammar::keptLine("flood" + std::to_string(number), size);
+        const std::string chunk =
+            Grammar::keptLine("flood" + std::to_string(number) + " repo is acme/flood ", size);
         child.print(chunk);
         ModelRunner::print(*stage.process().machine.children[*index], chunk);
     }
