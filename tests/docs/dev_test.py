@@ -76,6 +76,14 @@ class CommandTest(DevCase):
                                              "python3 bench/two.py build/dev --short"])
         self.assertFalse([call for call in self.calls() if call.endswith(" peer")])
 
+    def test_soak_plays_a_million_situations_from_a_seed_that_is_told(self):
+        self.sandbox.write("tree/build/dev/bin/simulation_tests", _NOTE, executable=True)
+        self.dev("soak")
+        self.assertRegex(self.calls()[-1], r"^simulation_tests --soak=1000000 --seed=\d{10,}$")
+        self.dev("soak", "500", "7")
+        self.assertEqual(self.calls()[-2:], ["cmake --build --preset dev --target simulation_tests",
+                                             "simulation_tests --soak=500 --seed=7"])
+
     def test_an_unknown_word_is_no_command(self):
         self.assertIn('what is "tset"?', self.dev("tset", status=2))
 

@@ -21,10 +21,15 @@ public:
     bool runNext() {
         if (tasks_.empty())
             return false;
-        const Task task = std::move(tasks_.front());
-        tasks_.pop_front();
-        task();
+        runAt(0);
         return true;
+    }
+
+    // Runs the task of that index, the oldest being 0, before the others, and destroys it.
+    void runAt(std::size_t index) {
+        const Task task = std::move(tasks_.at(index));
+        tasks_.erase(tasks_.begin() + static_cast<std::ptrdiff_t>(index));
+        task();
     }
 
     // Runs tasks, and those that they add, until none is left.

@@ -25,6 +25,9 @@ public:
     // Runs what is posted, then jumps from deadline to deadline until `step` has passed.
     void advance(std::chrono::milliseconds step);
 
+    // Time passes while the main thread is held up: what has become due waits for runPosted().
+    void stall(std::chrono::milliseconds step) { now_ += step; }
+
     // Tasks posted and tasks armed that have not run: 0 proves that the program sleeps.
     std::size_t pending() const;
 

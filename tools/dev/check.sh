@@ -22,9 +22,9 @@ check_tidy() {
 }
 
 check_threads() {
-    heading "ThreadSanitizer: core and posix tests"
+    heading "ThreadSanitizer: core and posix tests, and the simulation"
     build tsan
-    run_tests tsan --label-regex '^(core|posix)$'
+    run_tests tsan --label-regex '^(core|posix|simulation)$'
 }
 
 check_package() {

@@ -34,5 +34,16 @@ TEST(ManualBackgroundQueueTest, RunsTheOldestTaskWhenTold) {
     EXPECT_EQ(log, "ab");
 }
 
+TEST(ManualBackgroundQueueTest, RunsAnyTaskBeforeTheOthers) {
+    ManualBackgroundQueue queue;
+    std::string log;
+    for (const char letter : {'a', 'b', 'c'})
+        queue.run([&log, letter] { log += letter; });
+    queue.runAt(1);
+    EXPECT_EQ(log, "b");
+    queue.runAll();
+    EXPECT_EQ(log, "bac");
+}
+
 }  // namespace
 }  // namespace valdorn

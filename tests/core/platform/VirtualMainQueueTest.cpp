@@ -78,6 +78,15 @@ TEST_F(VirtualMainQueueTest, CountsEveryPeriodThatPasses) {
     EXPECT_EQ(log.size(), 10U);
 }
 
+TEST_F(VirtualMainQueueTest, WhatFellDueDuringAStallRunsAfterItInOrderOfDeadline) {
+    const auto later = queue.after(20ms, note('b'));
+    const auto earlier = queue.after(10ms, note('a'));
+    queue.stall(30ms);
+    EXPECT_EQ(log, "");
+    queue.runPosted();
+    EXPECT_EQ(log, "ab");
+}
+
 TEST_F(VirtualMainQueueTest, PendingCountsPostedAndArmedTasks) {
     EXPECT_EQ(queue.pending(), 0U);
     queue.post(note('a'));

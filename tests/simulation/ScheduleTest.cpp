@@ -1,0 +1,118 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "simulation/Agreement.h"
+#include "simulation/Schedule.h"
+
+namespace valdorn::simulation {
+namespace {
+
+bool areEqual(const Schedule& one, const Schedule& other) {
+    const auto isSame = [](const Step& step, const Step& same) {
+        return step.kind == same.kind && step.salt == same.salt;
+    };
+    return one.setUp == other.setUp && std::equal(one.steps.begin(), one.steps.end(),
+                                                  other.steps.begin(), other.steps.end(), isSame);
+}
+
+TEST(ScheduleTest, OneSeedOfOneCampaignIsOneSchedule) {
+    const Campaign& campaign = campaigns().front();
+    EXPECT_TRUE(areEqual(draw(campaign, 7), draw(campaign, 7)));
+    EXPECT_FALSE(areEqual(draw(campaign, 7), draw(campaign, 8)));
+    EXPECT_FALSE(areEqual(draw(campaign, 7), draw(campaigns().back(), 7)));
+}
+
+TEST(ScheduleTest, StepsAreDrawnByWeight) {
+    const Campaign outside{"Outside", {0, 0, 0, 0, 0, 0, 0, 1, 0}, 50};
+    for (const Step& step : draw(outside, 3).steps)
+        EXPECT_EQ(stepKinds().at(step.kind).field, Field::outside);
+}
+
+TEST(ScheduleTest, ShrinkingLeavesTheStepsThatAreNeeded) {
+    Schedule schedule;
+    for (std::uint64_t salt = 0; salt < 40; ++salt)
+        schedule.steps.push_back({0, salt});
+    const auto has = [](const Schedule& given, std::uint64_t salt) {
+        return std::any_of(given.steps.begin(), given.steps.end(),
+                           [salt](const Step& step) { return step.salt == salt; });
+    };
+    const Schedule least = shrunk(
+        schedule, [&](const Schedule& shorter) { return has(shorter, 7) && has(shorter, 30); });
+    ASSERT_EQ(least.steps.size(), 2U);
+    EXPECT_EQ(least.steps.front().salt, 7U);
+    EXPECT_EQ(least.steps.back().salt, 30U);
+}
+
+class DisagreementTest : public testing::Test {
+protected:
+    std::string found() {
+        std::string all;
+        for (const std::string& disagreement : disagreements(stage))
+            all += disagreement + "\n";
+        return all;
+    }
+
+    // A stage on which both agree.
+    void SetUp() override {
+        stage.settle();
+        ASSERT_EQ(found(), "");
+    }
+
+    Stage stage{1};
+};
+
+TEST_F(DisagreementTest, AFileOfOtherBytesIsTold) {
+    stage.machine.files.files[ModelDisk::listPath()] += " ";
+    EXPECT_NE(found().find("file " + ModelDisk::listPath()), std::string::npos);
+}
+
+TEST_F(DisagreementTest, AFileTooManyIsTold) {
+    stage.machine.files.files["/home/ada/stray"] = "";
+    EXPECT_NE(found().find("the files"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, AnEditThatOnlyOneHasGotIsTold) {
+    stage.program().store->runners().front()->setConfig({"x", "y", "", "", "", false});
+    const std::string told = found();
+    EXPECT_NE(told.find("a runner is"), std::string::npos);
+    EXPECT_NE(told.find("what was announced"), std::string::npos);
+    EXPECT_NE(told.find("how often the list was written"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, AnotherTitleIsTold) {
+    stage.process().shell.menu.at(0).title = "Other";
+    EXPECT_NE(found().find("the menu"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, AnotherIconIsTold) {
+    stage.program().statusItem.setLength(99);
+    EXPECT_NE(found().find("the icon"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, AnArmedTaskTooManyIsTold) {
+    const auto task = stage.queue().after(std::chrono::seconds(1), [] {});
+    EXPECT_NE(found().find("the number of armed tasks"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, ALaunchTooManyIsTold) {
+    (void)stage.program().launcher.launch({"x", {}, "/", {}}, {});
+    EXPECT_NE(found().find("what was launched"), std::string::npos);
+}
+
+TEST_F(DisagreementTest, ARunnerThatNobodyShouldHaveIsTold) {
+    const auto added = stage.program().store->add("extra");
+    stage.program().watchRunners();
+    EXPECT_NE(found().find("the number of runners made"), std::string::npos);
+}
+
+TEST(TellingTest, TextForPeopleIsPrintableAndShort) {
+    EXPECT_EQ(shown("a\r\n\xFF"), "\"a\\x0D\\x0A\\xFF\"");
+    EXPECT_LT(shown(std::string(10000, 'x')).size(), 200U);
+}
+
+}  // namespace
+}  // namespace valdorn::simulation
