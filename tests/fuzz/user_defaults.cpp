@@ -47,6 +47,23 @@ Values valuesIn(const std::string& path) {
     return values;
 }
 
+// Without what the format gives a meaning to, but with commas, which it takes for those of a list.
+std::string writtenByHand(const std::string& text) {
+    std::string plain;
+    for (const char c : text) {
+        if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == ',' || c == ':' || c == '/')
+            plain += c;
+    }
+    return plain;
+}
+
+void checkHandWriting(const std::string& text) {
+    const std::string path = writtenFile("[General]\nlabels=" + text + "\n");
+    require(IniUserDefaults(path).string(Config::labelsKey) == text,
+            "plain text is read as it stands");
+    std::remove(path.c_str());
+}
+
 }  // namespace
 
 void fuzzed(std::string_view input) {
@@ -64,6 +81,7 @@ void fuzzed(std::string_view input) {
     expected[Config::hasConnectedKey] = "true";
     require(valuesIn(path) == expected, "a truth comes back, and the other values stay");
     std::remove(path.c_str());
+    checkHandWriting(writtenByHand(text));
 }
 
 }  // namespace valdorn
