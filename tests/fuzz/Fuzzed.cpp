@@ -20,6 +20,24 @@ std::size_t runLength(std::string_view run) {
     return 2 * (std::size_t{high} * 256 + low);
 }
 
+// `left`: how long runs may still be.
+std::string withRuns(std::string_view piece, std::size_t& left) {
+    std::string text;
+    for (std::size_t at = 0; at < piece.size(); ++at) {
+        if (piece[at] != runStart || at + runBytes > piece.size()) {
+            text += piece[at];
+            continue;
+        }
+        const std::size_t length = runLength(piece.substr(at));
+        at += runBytes - 1;
+        if (length > left)
+            continue;
+        left -= length;
+        text.append(length, piece[at]);
+    }
+    return text;
+}
+
 }  // namespace
 
 void require(bool holds, const char* rule) {
@@ -31,20 +49,20 @@ void require(bool holds, const char* rule) {
 
 std::vector<std::string> piecesOf(std::string_view input) {
     std::vector<std::string> pieces(1);
-    std::size_t runs = 0;
-    for (std::size_t at = 0; at < input.size(); ++at) {
-        if (input[at] == pieceEnd) {
+    for (const char c : input) {
+        if (c == pieceEnd)
             pieces.emplace_back();
-        } else if (input[at] == runStart && at + runBytes <= input.size()) {
-            const std::size_t length = runLength(input.substr(at));
-            runs += length;
-            if (runs <= longestRuns)
-                pieces.back().append(length, input[at + runBytes - 1]);
-            at += runBytes - 1;
-        } else {
-            pieces.back() += input[at];
-        }
+        else
+            pieces.back() += c;
     }
+    return pieces;
+}
+
+std::vector<std::string> piecesWithRunsOf(std::string_view input) {
+    std::vector<std::string> pieces = piecesOf(input);
+    std::size_t left = longestRuns;
+    for (std::string& piece : pieces)
+        piece = withRuns(piece, left);
     return pieces;
 }
 

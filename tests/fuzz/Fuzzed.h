@@ -15,11 +15,14 @@ void fuzzed(std::string_view input);
 // `rule` is what should be.
 void require(bool holds, const char* rule);
 
-// An input as the several texts that it is made of: FE ends one, FD begins a run: FD, two bytes of
-// a number (high byte first), a byte; it stands for twice that number of that byte, so that few
-// bytes reach what is bounded at 64 KiB. Neither byte occurs in UTF-8, and FF is left to be ill-
-// formed with. There is always one piece; runs beyond 256 KiB in all are left out.
+// An input as the several texts that it is made of: FE, which occurs in no UTF-8, ends one; FF is
+// left to be ill-formed with. There is always one piece.
 std::vector<std::string> piecesOf(std::string_view input);
+
+// The same, where few bytes are to reach what is bounded at 64 KiB: FD, which occurs in no UTF-8
+// either, begins a run. Two bytes of a number follow (high byte first), and a byte; it stands for
+// twice that number of that byte. Runs beyond 256 KiB in all are left out.
+std::vector<std::string> piecesWithRunsOf(std::string_view input);
 
 // The piece, or an empty text where there are not so many.
 std::string pieceAt(const std::vector<std::string>& pieces, std::size_t index);

@@ -171,7 +171,7 @@ private:
 
 void fuzzed(std::string_view input) {
     Follower follower;
-    for (const std::string& step : piecesOf(input))
+    for (const std::string& step : piecesWithRunsOf(input))
         follower.take(step);
     follower.poll();
     follower.checkSplit();

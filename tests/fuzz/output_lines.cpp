@@ -68,7 +68,7 @@ void fuzzed(std::string_view input) {
     RunnerOutput output(std::move(files.openForAppending("/log").value()));
     PlainOutput plain;
     Lines all;
-    const Lines chunks = piecesOf(input);
+    const Lines chunks = piecesWithRunsOf(input);
     for (const std::string& chunk : chunks) {
         const LineBatch batch = output.ingest(chunk);
         const Lines lines(batch.begin(), batch.end());

@@ -18,18 +18,15 @@ public:
         if (decodedUtf8(chunk) != chunk)
             return lines;
         buffer += chunk;
-        for (std::size_t from = 0; from < buffer.size();) {
-            const std::size_t end = buffer.find('\n', from);
-            if (end == std::string::npos)
-                break;
-            from = end + 1;
-            if (end > 0 && buffer[end - 1] == '\r')
+        std::size_t start = 0;
+        for (std::size_t at = 0; at < buffer.size(); ++at) {
+            if (buffer[at] != '\n' || (at > 0 && buffer[at - 1] == '\r'))
                 continue;
-            lines.push_back(buffer.substr(0, end));
-            buffer.erase(0, end + 1);
-            from = 0;
+            lines.push_back(buffer.substr(start, at - start));
             keep(lines.back());
+            start = at + 1;
         }
+        buffer.erase(0, start);
         if (buffer.size() > RunnerOutput::maxLineBytes)
             buffer = Text::lastCharacters(buffer, RunnerOutput::keptTailCharacters);
         return lines;
