@@ -28,6 +28,8 @@ COMMANDS = {
     "./dev bench --short": RunBy("tests/docs/dev_test.py", '"bench", "--short"'),
     "./dev soak": RunBy("tests/docs/dev_test.py", '"soak"'),
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
+    "./dev fuzz": RunBy("tests/docs/dev_test.py", '"fuzz"'),
+    "./dev coverage": RunBy("tests/docs/dev_test.py", '"coverage"'),
     "./dev format": RunBy("tests/docs/dev_test.py", '"format"'),
     "./dev package": RunBy("tests/docs/dev_test.py", '"package"'),
     f"sudo apt install ./build/package/valdorn_{VERSION}_amd64.deb":

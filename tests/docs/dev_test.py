@@ -1,5 +1,6 @@
 """./dev in a checkout of its own, where what it calls only notes how it was called."""
 
+import json
 import os
 import re
 import shutil
@@ -138,6 +139,102 @@ sys.exit(harness.publish_table("Title", "Introduction.", ["a", "b", "c"], [row],
             said, results = self.bench(*form, lines=8, status=1)
             self.assertIn("lines: 8, not 7", said)
             self.assertIsNone(results)
+
+
+class FuzzTest(DevCase):
+    SCRIPT = """#!/bin/bash
+echo "$(basename "$0") $*" >>"$HOME/calls"
+echo "INFO: Loaded 1 modules (200 inline 8-bit counters)"
+echo "#9 DONE cov: 50 ft: 60 corp: 7/8b"
+echo "stat::number_of_executed_units: 1234"
+echo "stat::average_exec_per_sec:     617"
+"""
+
+    def setUp(self):
+        super().setUp()
+        self.add_target("one")
+        self.add_target("two")
+
+    def add_target(self, name, status=0):
+        self.sandbox.write(f"tree/build/fuzz/bin/fuzz_{name}", f"{self.SCRIPT}exit {status}\n",
+                           executable=True)
+
+    def fuzzed(self):
+        """The targets that ran, and how long."""
+        return sorted(re.findall(r"^fuzz_(\w+) -max_total_time=(\d+)", self.sandbox.read("calls"),
+                                 re.MULTILINE))
+
+    def test_runs_every_target_for_a_minute(self):
+        said = self.dev("fuzz")
+        self.assertEqual(self.fuzzed(), [("one", "60"), ("two", "60")])
+        self.assertRegex(said, r"one +1234 +617 +50 +25 % +7 +nothing found")
+        self.assertIn("cmake --build --preset fuzz --target fuzz_targets", self.calls())
+
+    def test_runs_what_it_is_told_as_long_as_it_is_told(self):
+        self.dev("fuzz", "5", "two")
+        self.assertEqual(self.fuzzed(), [("two", "5")])
+        self.assertIn('no target "three"', self.dev("fuzz", "5", "three", status=1))
+
+    def test_fails_on_a_finding_and_shows_it(self):
+        self.add_target("one", status=77)
+        said = self.dev("fuzz", status=1)
+        self.assertRegex(said, r"one .* FINDING\n")
+        self.assertIn("\none:\nINFO: Loaded", said)
+        self.assertEqual(len(self.fuzzed()), 2)
+
+    def test_the_corpus_is_only_read(self):
+        self.dev("fuzz", "5", "one")
+        (call,) = [call for call in self.calls() if call.startswith("fuzz_one")]
+        self.assertTrue(call.endswith(" build/fuzz/fuzzing/one tests/fuzz/corpus/one"), call)
+
+
+class CoverageTest(DevCase):
+    """One file with a condition in each line from the second on."""
+
+    def setUp(self):
+        super().setUp()
+        self.sandbox.write("tree/src/app/A.cpp", "\nif (a)\nif (b)\n")
+        self.sandbox.write("tree/build/coverage/bin/core_tests", _NOTE, executable=True)
+        self.add_program("llvm-profdata-14")
+
+    def coverage(self, *outcomes, status=0):
+        """What it says of conditions that were true and false so often."""
+        file = {"filename": os.path.join(self.sandbox.home, "tree/src/app/A.cpp"),
+                "segments": [[1, 1, 1, True, True, False]],
+                "branches": [[line, 5, line, 9, true, false, 0, 0, 4]
+                             for line, (true, false) in enumerate(outcomes, 2)],
+                "summary": {"lines": {"count": 10, "covered": 9}}}
+        self.sandbox.write("export.json", json.dumps({"data": [{"files": [file]}]}))
+        self.add_program("llvm-cov-14", '#!/bin/bash\ncat "$HOME/export.json"\n')
+        return self.dev("coverage", status=status)
+
+    def test_tells_the_lines_and_branches_of_each_folder(self):
+        said = self.coverage((1, 2), (3, 4))
+        self.assertRegex(said, r"src/app +90\.0 % \(9 of 10\) +100\.0 % \(4 of 4\)\n")
+        self.assertRegex(said, r"all +90\.0 % \(9 of 10\) +100\.0 % \(4 of 4\)\n")
+
+    def test_fails_when_too_few_branches_are_reached_and_names_them(self):
+        said = self.coverage((1, 0), (3, 4), status=1)
+        self.assertIn("src/app/A.cpp:2:5: never false\n", said)
+        self.assertIn("95 % is the least", said)
+
+    def test_a_condition_that_the_compiler_decides_is_none(self):
+        self.assertIn("100.0 % (2 of 2)", self.coverage((0, 0), (3, 4)))
+
+    def test_what_the_compiler_makes_up_is_none(self):
+        self.sandbox.write("tree/src/app/A.cpp", "\nif (a)\n    bool b() = default;\n")
+        self.assertIn("100.0 % (2 of 2)", self.coverage((1, 1), (1, 0)))
+
+    def test_a_file_that_no_test_reaches_is_not_overlooked(self):
+        self.sandbox.write("tree/src/logs/B.cpp", "")
+        self.sandbox.write("tree/src/platform/posix/C.cpp", "")
+        said = self.coverage((1, 1), status=1)
+        self.assertIn("no test is linked with src/logs/B.cpp\n", said)
+
+    def test_fails_when_a_test_fails(self):
+        self.sandbox.write("tree/build/coverage/bin/core_tests", "#!/bin/bash\necho red\nexit 1\n",
+                           executable=True)
+        self.assertIn("red\n", self.coverage((1, 1), status=1))
 
 
 class PackageTest(DevCase):

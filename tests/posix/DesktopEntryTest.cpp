@@ -88,6 +88,16 @@ TEST(DesktopEntryTest, AddsALineEndToALastLineThatHasNone) {
     EXPECT_EQ(entry.text(), "[Desktop Entry]\nA=1\nB=2\n");
 }
 
+TEST(DesktopEntryTest, ACarriageReturnAtTheEndIsNoLineEnd) {
+    DesktopEntry entry("[Desktop Entry]\nA=1\r");
+    entry.set("B", "2");
+    EXPECT_EQ(entry.text(), "[Desktop Entry]\nA=1\r\nB=2\r\n");
+
+    DesktopEntry other("[Other]\nA=2\r");
+    other.set("A", "1");
+    EXPECT_EQ(other.text(), "[Other]\nA=2\r\n[Desktop Entry]\nA=1\n");
+}
+
 TEST(DesktopEntryTest, FindsLinesThatStrictReadersRefuse) {
     EXPECT_TRUE(DesktopEntry(everyday).isWellFormed());
     EXPECT_TRUE(DesktopEntry().isWellFormed());
@@ -116,6 +126,7 @@ TEST(DesktopEntryTest, KnowsWhenItHoldsNothingForeign) {
 TEST(DesktopEntryTest, EscapesValues) {
     EXPECT_EQ(escapedValue("plain text"), "plain text");
     EXPECT_EQ(escapedValue("  two"), "\\s two");
+    EXPECT_EQ(escapedValue("two  "), "two \\s");
     EXPECT_EQ(escapedValue("a\\b\nc\td\re"), "a\\\\b\\nc\\td\\re");
     for (const char* const text : {"", " ", "  a ", "a\\n", "\\", "\\\\s", "\n\t\r"})
         EXPECT_EQ(unescapedValue(escapedValue(text)), text);

@@ -22,6 +22,8 @@ check_packages=(
     clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14
     desktop-file-utils appstream mandoc lintian mmdebstrap uidmap git
 )
+fuzz_packages=(clang-14 libclang-rt-14-dev python3)
+coverage_packages=(clang-14 libclang-rt-14-dev llvm-14 python3)
 
 # A desktop in miniature for machines without one: display, window manager, panel with a tray.
 desktop_packages=(xvfb xauth dbus openbox xfce4-panel imagemagick fonts-dejavu-core)

@@ -17,8 +17,10 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// The line's own end: "\n", "\r\n" or nothing.
+// The line's own end: "\n", "\r\n" or nothing. A carriage return alone ends no line.
 std::string_view endOf(std::string_view line) {
+    if (!line.ends_with('\n'))
+        return {};
     const std::size_t last = line.find_last_not_of("\r\n");
     return line.substr(last == std::string_view::npos ? 0 : last + 1);
 }
@@ -121,7 +123,8 @@ std::string DesktopEntry::text() const {
 
 std::string escapedValue(std::string_view text) {
     std::string value;
-    for (const char c : text) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
         switch (c) {
             case '\\':
                 value += "\\\\";
@@ -136,7 +139,7 @@ std::string escapedValue(std::string_view text) {
                 value += "\\r";
                 break;
             case ' ':
-                value += value.empty() ? "\\s" : " ";
+                value += at == 0 || at + 1 == text.size() ? "\\s" : " ";
                 break;
             default:
                 value += c;

@@ -53,7 +53,8 @@ private:
     std::vector<Line> lines_;
 };
 
-// Escapes any text for use as a value: backslash, line end, tab and a leading blank.
+// Escapes any text for use as a value: backslash, line end, tab, and a blank at either end, which
+// readers would leave out.
 std::string escapedValue(std::string_view text);
 
 // The text that a raw value stands for. An unknown escape stands for itself.

@@ -465,6 +465,23 @@ TEST_F(AppDelegateTest, NothingThatItSubscribedToKeepsItAlive) {
     world.queue.runPosted();
 }
 
+TEST_F(AppDelegateTest, IsGoneBeforeItsFirstLookAtTheFleet) {
+    world.saveFleet({FakeWorld::record("r0")});
+    delegate->applicationDidFinishLaunching();
+    delegate.reset();
+    world.queue.runPosted();
+    store->add("new");
+    world.queue.runPosted();
+}
+
+TEST_F(AppDelegateTest, EntryOfItsMenuThatIsChosenTooLateDoesNothing) {
+    launchWith(1);
+    const auto quit = item.menu->item("quit").action;
+    delegate.reset();
+    quit();
+    EXPECT_EQ(terminations, 0);
+}
+
 using AppDelegateDeathTest = AppDelegateTest;
 
 TEST_F(AppDelegateDeathTest, LaunchingWithAnEmptyFleetEndsTheProgram) {

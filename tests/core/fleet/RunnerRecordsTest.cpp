@@ -106,7 +106,8 @@ TEST(RunnerRecords, AnythingButAnArrayIsNone) {
     for (const std::string& json :
          {std::string(), std::string("{}"), std::string("null"), std::string("[{]"),
           std::string("[] x"), std::string("\"[]\""), std::string("\xFF\xFE"), std::string(3, '\0'),
-          std::string(recordJson).substr(1), std::string(100000, '[')}) {
+          std::string(recordJson) + '\0', std::string(recordJson).substr(1),
+          std::string(100000, '[')}) {
         EXPECT_EQ(RunnerRecords::decode(json), std::nullopt);
     }
 }

@@ -336,6 +336,16 @@ TEST_F(RunnersStoreTest, EditOfARemovedRunnerStillSavesTheFleet) {
     EXPECT_EQ(saved().size(), 1U);
 }
 
+TEST_F(RunnersStoreTest, EditThatCannotBeWrittenLeavesTheListAsItWas) {
+    hasFile({FakeWorld::record("a")});
+    const auto store = open();
+    RunnerConfig edited = store->runners().front()->config();
+    edited.name = "\xFF";
+    store->runners().front()->setConfig(edited);
+    store->add("new");
+    EXPECT_EQ(saved(), std::vector{FakeWorld::record("a")});
+}
+
 TEST_F(RunnersStoreTest, EditAfterTheStoreIsGoneSavesNothing) {
     auto store = open();
     const auto runner = store->runners().front();

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unicode/unistr.h>
 
 #include "logs/LogTail.h"
 #include "support/LogTexts.h"
+#include "support/PlainLines.h"
 #include "support/WatchedFileSystem.h"
 #include "text/Utf8.h"
 
@@ -19,31 +19,6 @@ namespace {
 using Lines = std::vector<std::string>;
 
 constexpr std::size_t blockBytes = 65536;
-
-// The text of the bytes as ICU has it.
-std::string plainText(const std::string& bytes) {
-    std::string text;
-    icu::UnicodeString::fromUTF8(bytes).toUTF8String(text);
-    return text;
-}
-
-// The last lines of the bytes, the plain way: everything decoded, cut from the front.
-Lines plainLines(const std::string& bytes, std::size_t maxLines) {
-    Lines lines(1);
-    char before = '\0';
-    for (const char character : plainText(bytes)) {
-        if (character == '\n' && before != '\r')
-            lines.emplace_back();
-        else
-            lines.back() += character;
-        before = character;
-    }
-    if (lines.back().empty())
-        lines.pop_back();
-    if (lines.size() > maxLines)
-        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(maxLines));
-    return lines;
-}
 
 // What logs are made of, and what they should not be made of.
 class RandomLog {

@@ -8,6 +8,7 @@
 #include "runner/LineHints.h"
 #include "runner/RunnerLog.h"
 #include "runner/RunnerLogTexts.h"
+#include "support/PlainNews.h"
 
 namespace valdorn {
 namespace {
@@ -18,11 +19,6 @@ using Lines = std::vector<std::string>;
 std::vector<RunnerNews> newsOf(const Lines& lines) {
     const std::vector<std::string_view> views(lines.begin(), lines.end());
     return RunnerLog::news(views);
-}
-
-// What one line says, each text looked for by itself.
-RunnerNews plainNews(std::string_view line) {
-    return {RunnerLog::version(line), RunnerLog::workflowJob(line), RunnerLog::event(line)};
 }
 
 RunnerNews job(const std::string& label) {
@@ -153,35 +149,6 @@ private:
     std::mt19937 random_;
 };
 
-// What applying news to a runner that shows a job does, step by step.
-class Applied {
-public:
-    explicit Applied(std::string shown) : job_(std::move(shown)) {}
-
-    void apply(const RunnerNews& news) {
-        if (news.version)
-            steps.push_back("version " + *news.version);
-        if (news.job)
-            show(*news.job);
-        if (news.event.kind != Kind::unrelated)
-            steps.push_back("event " + std::to_string(static_cast<int>(news.event.kind)) + " " +
-                            news.event.repository);
-        if (news.event.kind == Kind::declared)
-            show("");
-    }
-
-    Lines steps;
-
-private:
-    void show(const std::string& job) {
-        if (job_ != job)
-            steps.push_back("job " + job);
-        job_ = job;
-    }
-
-    std::string job_;
-};
-
 TEST(RunnerNewsProperty, TheQuickWayDoesWhatTheSearchForEachTextDoes) {
     for (unsigned seed = 0; seed < 4000; ++seed) {
         RandomLines random(seed);
@@ -189,8 +156,8 @@ TEST(RunnerNewsProperty, TheQuickWayDoesWhatTheSearchForEachTextDoes) {
         for (std::string& line : lines)
             line = random.line();
         for (const char* shown : {"", "a/b"}) {
-            Applied quick(shown);
-            Applied plain(shown);
+            AppliedNews quick(shown);
+            AppliedNews plain(shown);
             for (const RunnerNews& news : newsOf(lines))
                 quick.apply(news);
             for (const std::string& line : lines)

@@ -7,50 +7,12 @@
 
 #include "runner/RunnerOutput.h"
 #include "support/MemoryFileSystem.h"
-#include "text/Text.h"
-#include "text/Utf8.h"
+#include "support/PlainOutput.h"
 
 namespace valdorn {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// The rules of RunnerOutput one after the other, each chunk copied and each line on its own.
-class PlainOutput {
-public:
-    Lines ingest(const std::string& chunk) {
-        Lines lines;
-        if (decodedUtf8(chunk) != chunk)
-            return lines;
-        buffer += chunk;
-        for (std::size_t from = 0; from < buffer.size();) {
-            const std::size_t end = buffer.find('\n', from);
-            if (end == std::string::npos)
-                break;
-            from = end + 1;
-            if (end > 0 && buffer[end - 1] == '\r')
-                continue;
-            lines.push_back(buffer.substr(0, end));
-            buffer.erase(0, end + 1);
-            from = 0;
-            keep(lines.back());
-        }
-        if (buffer.size() > RunnerOutput::maxLineBytes)
-            buffer = Text::lastCharacters(buffer, RunnerOutput::keptTailCharacters);
-        return lines;
-    }
-
-    std::string buffer;
-    std::string log;
-
-private:
-    void keep(const std::string& line) {
-        const bool structured = line.rfind("time=\"", 0) == 0;
-        const bool debug = line.find("level=debug") != std::string::npos;
-        if (line.rfind("Error:", 0) == 0 || (structured && !debug))
-            log += line + "\n";
-    }
-};
 
 class RandomChunks {
 public:
