@@ -55,9 +55,10 @@ ChildHandlers nobody() {
 
 }  // namespace
 
-PosixChildLauncher::PosixChildLauncher()
+PosixChildLauncher::PosixChildLauncher(std::optional<rlimit> coreDumpLimit)
     : null_(orThrow(open("/dev/null", O_RDONLY | O_CLOEXEC), "/dev/null")),
-      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")),
+      coreDumpLimit_(coreDumpLimit) {
     heedEndsOfChildren();
 }
 
@@ -67,7 +68,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command, null_);
+    auto child = spawnChild(command, null_, coreDumpLimit_);
     if (!child)
         return child.error();
     auto process = child.value().process;
@@ -82,7 +83,7 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command, null_);
+    auto child = spawnChild(command, null_, coreDumpLimit_);
     if (!child)
         return child.error();
     auto outcome = ForegroundRun(child.value(), quitting_, onOutput).wait();
