@@ -177,13 +177,13 @@ class SuccessTest(RegistrationCase):
         self.begin()
         self.desktop.set_clipboard("something else")
         self.page.type_token(TOKEN)
+        self.assert_token_is_nowhere()
         self.press("ctrl+a", "ctrl+c")
         spend(0.2)
         self.press("ctrl+a", "ctrl+x")
         spend(0.2)
         self.assertEqual(self.desktop.clipboard(), "something else")
         self.assertNotIn(TOKEN, self.page.token().text())
-        self.assert_token_is_nowhere()
 
 
 class FailureTest(RegistrationCase):
