@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/posix/AutostartRegistry.h"
+#include "platform/posix/CoreDumpLimit.h"
 #include "platform/posix/ExecutablePath.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/PosixHostInfo.h"
@@ -16,6 +17,7 @@ namespace valdorn {
 // on the main thread before any other exists, because it takes the starter's marks out of the
 // environment, which the children would inherit.
 struct Ground {
+    CoreDumpLimit coreDumpLimit;
     bool isStartedByBus = StarterMarks::takeSessionBus();
     std::string activationToken = StarterMarks::takeActivationToken();
     PosixFileSystem files;

@@ -167,7 +167,7 @@ def source_texts():
 class FactTest(unittest.TestCase):
     def test_what_is_quoted_is_what_the_program_says(self):
         code = source_texts()
-        for name in ("README.md", "docs/using.md", "docs/platforms.md"):
+        for name in ("README.md", "SECURITY.md", "docs/using.md", "docs/platforms.md"):
             text = re.sub(r"`[^`]+`", "", document(name).prose)
             for quoted in re.findall(r'"([^"]+)"', text):
                 self.assertTrue(" ".join(quoted.split()) in code, f"{name}: {quoted}")

@@ -5,6 +5,7 @@ import time
 import unittest
 
 from support import looks
+from support.bus_view import told_by
 from support.program import is_alive
 from support.registering import SUCCEED
 from support.settings_case import BUILDER, PROMPTLY, SIZE, SPARE, TOKEN, SettingsCase
@@ -29,7 +30,28 @@ class RegistrationCase(SettingsCase):
         self.assertTrue(self.page.can_register())
         self.assertEqual(self.page.token().length(), len(TOKEN))
 
+    def told(self):
+        """Whatever the program tells others of itself: on the session bus, to screen readers, and by
+        the command lines and environments of its processes."""
+        yield from told_by(self.desktop.bus.connect(), self.program.process.pid)
+        yield from self.page.window.told()
+        for pid in (self.program.process.pid, *self.program.children()):
+            for name in ("cmdline", "environ"):
+                with open(f"/proc/{pid}/{name}", encoding="utf-8", errors="replace") as file:
+                    yield file.read()
+
+    def assert_token_is_told_to_nobody(self):
+        told = list(self.told())
+        # It is where it would be that is looked at.
+        for known in ("Quit Valdorn", "ApplicationStatus", "Registration token",
+                      f"HOME={self.home.path}"):
+            self.assertTrue(any(known in text for text in told), known)
+        for text in told:
+            self.assertNotIn(TOKEN, text)
+
     def assert_token_is_nowhere(self):
+        if self.program.is_running():
+            self.assert_token_is_told_to_nobody()
         for folder in (self.home.path, self.desktop.runtime):
             for parent, _, names in os.walk(folder):
                 for path in filter(os.path.isfile, (os.path.join(parent, n) for n in names)):
@@ -155,6 +177,7 @@ class SuccessTest(RegistrationCase):
         self.begin()
         self.desktop.set_clipboard("something else")
         self.page.type_token(TOKEN)
+        self.assert_token_is_nowhere()
         self.press("ctrl+a", "ctrl+c")
         spend(0.2)
         self.press("ctrl+a", "ctrl+x")

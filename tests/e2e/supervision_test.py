@@ -19,6 +19,13 @@ RELAUNCH_EARLIEST = 4.9
 RELAUNCH_LATEST = 5.9
 
 
+def core_dump_limit(pid):
+    """The soft one."""
+    with open(f"/proc/{pid}/limits") as file:
+        line = next(line for line in file if line.startswith("Max core file size"))
+    return line.split()[4]
+
+
 class SupervisionCase(ProgramCase):
     def begin(self, **options):
         """The program, its item and its menu; the runners are there already."""
@@ -79,6 +86,14 @@ class LaunchTest(SupervisionCase):
         # Python ignores these two of its own accord, and the C library two beyond the usual 31.
         own = 1 << (signal.SIGPIPE - 1) | 1 << (signal.SIGXFSZ - 1)
         self.assertEqual(facts["ignored"] & ~own & (1 << 31) - 1, 0)
+
+    def test_a_crash_leaves_no_memory_of_ours_on_the_disk_and_the_daemons_as_ever(self):
+        puppets, = self.puppet_runners({})
+        # AddressSanitizer would lower it before the program begins.
+        options = os.environ.get("ASAN_OPTIONS", "") + ":disable_coredump=0"
+        self.begin(command=("prlimit", "--core=4096:"), ASAN_OPTIONS=options)
+        self.assertEqual(core_dump_limit(self.program.process.pid), "0")
+        self.assertEqual(core_dump_limit(puppets.wait_for_one()), "4096")
 
     def test_writes_the_configuration_at_each_launch(self):
         puppets, = self.puppet_runners({})

@@ -45,6 +45,11 @@ QVariantMap BusCaller::properties() {
                                        .value(0));
 }
 
+QDBusMessage BusCaller::setProperty(const QString& name, const QVariant& value) {
+    return callInterface(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"),
+                         {interface_, name, QVariant::fromValue(QDBusVariant(value))});
+}
+
 QString BusCaller::introspection() {
     return callInterface(QStringLiteral("org.freedesktop.DBus.Introspectable"),
                          QStringLiteral("Introspect"), {})

@@ -27,6 +27,8 @@ public:
     QVariant property(const QString& name);
     QVariantMap properties();
     QString introspection();
+    // The answer to whoever wants to change one.
+    QDBusMessage setProperty(const QString& name, const QVariant& value);
 
     // The signals so far, after all that was sent before now.
     const std::vector<QDBusMessage>& signalsSoFar();

@@ -5,10 +5,13 @@
 #include <functional>
 #include <optional>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/qt/InstanceBus.h"
+#include "ui/BusCaller.h"
 #include "ui/EventLoop.h"
 #include "ui/PrivateBus.h"
 
@@ -61,9 +64,8 @@ protected:
     }
 
     static QDBusMessage request(const QString& method, const QString& name = nameOf(key)) {
-        return QDBusMessage::createMethodCall(name, QStringLiteral("/org/valdorn/valdorn"),
-                                              QStringLiteral("org.freedesktop.Application"),
-                                              method);
+        return QDBusMessage::createMethodCall(
+            name, path, QStringLiteral("org.freedesktop.Application"), method);
     }
 
     static QString nameOf(const std::string& home) {
@@ -85,6 +87,7 @@ protected:
     }
 
     static inline const QString plainName = QStringLiteral("org.valdorn.valdorn");
+    static inline const QString path = QStringLiteral("/org/valdorn/valdorn");
     PrivateBus bus;
     std::vector<std::string> tokens;
 };
@@ -128,8 +131,7 @@ TEST_F(InstanceBusTest, NameWithNothingBehindItIsAskedAgain) {
 TEST_F(InstanceBusTest, RefusalIsAnAnswerAndEndsTheWaiting) {
     QDBusConnection refusing = bus.connect();
     QObject deaf;
-    ASSERT_TRUE(refusing.registerObject(QStringLiteral("/org/valdorn/valdorn"), &deaf,
-                                        QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(refusing.registerObject(path, &deaf, QDBusConnection::ExportAllSlots));
     ASSERT_TRUE(refusing.registerService(nameOf(key)));
     std::atomic<int> asked = 0;
     std::atomic<bool> done = false;
@@ -241,6 +243,82 @@ TEST_F(InstanceBusTest, UnknownActionIsRefused) {
     EXPECT_TRUE(activate(""));
     EXPECT_EQ(act("dance").errorName(), QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
     EXPECT_EQ(tokens, std::vector<std::string>{""});
+}
+
+// What a program of the same user may say besides. None of it is an accident that the program could
+// not get over.
+TEST_F(InstanceBusTest, WhatIsNoRequestIsRefusedAndChangesNothing) {
+    const InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate(""));
+    const QVariantMap data{{QStringLiteral("activation-token"), QStringLiteral("sly")}};
+    const QString sing = QStringLiteral("sing");
+    const std::pair<const char*, QVariantList> calls[] = {
+        {"Quit", {}},
+        {"Activated", {data}},
+        {"activate", {data}},
+        {"Activate", {}},
+        {"Activate", {1}},
+        {"Activate", {sing}},
+        {"Activate", {QVariant(QVariantList{data})}},
+        {"Open", {data}},
+        {"Open", {sing, data}},
+        {"ActivateAction", {data}},
+        {"ActivateAction", {sing}},
+        {"ActivateAction", {sing, data}},
+        {"ActivateAction", {7, QVariantList(), data}},
+        {"ActivateAction", {QStringList{sing}, QVariantList(), data}},
+        {"refuseWhenGone", {}},
+        {"leave", {}},
+        {"deleteLater", {}},
+        {"destroyed", {}},
+        {"setObjectName", {sing}},
+    };
+    for (const auto& [method, arguments] : calls) {
+        EXPECT_EQ(call(QLatin1String(method), arguments).type(), QDBusMessage::ErrorMessage)
+            << method << " with " << arguments.size();
+    }
+    EXPECT_EQ(tokens, std::vector<std::string>{""});
+    EXPECT_TRUE(activate("still there"));
+}
+
+TEST_F(InstanceBusTest, OtherInterfacesHaveNothingToOffer) {
+    const InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate(""));
+    BusCaller properties(bus, nameOf(key), path, QStringLiteral("org.freedesktop.Application"));
+    EXPECT_EQ(properties.properties(), QVariantMap());
+    EXPECT_EQ(properties.setProperty(QStringLiteral("objectName"), 1).type(),
+              QDBusMessage::ErrorMessage);
+    for (const char* const interface : {"org.qtproject.Qt.QObject", "org.valdorn.valdorn"}) {
+        BusCaller other(bus, nameOf(key), path, QLatin1String(interface));
+        for (const char* const method : {"Activate", "deleteLater"}) {
+            EXPECT_EQ(other.call(method, {QVariantMap()}).type(), QDBusMessage::ErrorMessage)
+                << interface << " " << method;
+        }
+    }
+    EXPECT_EQ(tokens, std::vector<std::string>{""});
+}
+
+TEST_F(InstanceBusTest, HugeRequestsAreNothingSpecial) {
+    const InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate(""));
+    const QString huge(8'000'000, QLatin1Char('x'));
+    EXPECT_EQ(act(huge.toUtf8().constData()).errorName(),
+              QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    EXPECT_EQ(tokens, std::vector<std::string>{""});
+    // What comes along and is not asked for is let go of.
+    EXPECT_EQ(act("sing", {{QStringLiteral("more"), huge}}).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(tokens.back(), "sing:");
+}
+
+TEST_F(InstanceBusTest, TokenThatIsNoTextIsNone) {
+    const InstanceBus instance(bus.connect(), key, record());
+    EXPECT_TRUE(activate(""));
+    for (const QVariant& odd :
+         {QVariant(QVariantList{1, 2}), QVariant(QVariantMap()), QVariant(QByteArray()),
+          QVariant(QStringList{QString(), QString()})})
+        EXPECT_EQ(act("sing", {{QStringLiteral("activation-token"), odd}}).type(),
+                  QDBusMessage::ReplyMessage);
+    EXPECT_EQ(tokens, (std::vector<std::string>{"", "sing:", "sing:", "sing:", "sing:"}));
 }
 
 TEST_F(InstanceBusTest, ActionReachesTheInstanceByThePlainNameWithItsToken) {

@@ -1,7 +1,6 @@
 #include "ui/LoopbackServer.h"
 
 #include <QSslCertificate>
-#include <QSslConfiguration>
 #include <QSslKey>
 #include <QSslServer>
 #include <QString>
@@ -66,6 +65,21 @@ std::unique_ptr<QTcpServer> selfSignedServer() {
     configuration.setPrivateKey(QSslKey(key, QSsl::Ec));
     tls->setSslConfiguration(configuration);
     return tls;
+}
+
+TrustInTheServer::TrustInTheServer() : before_(QSslConfiguration::defaultConfiguration()) {
+    QSslConfiguration trusting = before_;
+    trusting.addCaCertificate(QSslCertificate(certificate));
+    QSslConfiguration::setDefaultConfiguration(trusting);
+}
+
+TrustInTheServer::~TrustInTheServer() {
+    QSslConfiguration::setDefaultConfiguration(before_);
+}
+
+LoopbackServer::Answer redirectTo(const std::string& url) {
+    return always("HTTP/1.1 302 Found\r\nLocation: " + QByteArray::fromStdString(url) +
+                  "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
 }
 
 LoopbackServer::Answer always(const QByteArray& bytes) {

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QHostAddress>
+#include <QSslConfiguration>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <functional>
@@ -35,6 +36,21 @@ private:
 
 // A server for LoopbackServer that speaks TLS with a certificate that nobody has signed.
 std::unique_ptr<QTcpServer> selfSignedServer();
+
+// While it lives, this process trusts that certificate, which is one for the address 127.0.0.1.
+class TrustInTheServer {
+public:
+    TrustInTheServer();
+    TrustInTheServer(const TrustInTheServer&) = delete;
+    TrustInTheServer& operator=(const TrustInTheServer&) = delete;
+    ~TrustInTheServer();
+
+private:
+    const QSslConfiguration before_;
+};
+
+// Sends whoever asks to that address.
+LoopbackServer::Answer redirectTo(const std::string& url);
 
 // Answers each request with these bytes and closes the connection.
 LoopbackServer::Answer always(const QByteArray& bytes);

@@ -87,6 +87,19 @@ TEST_F(MenuOnBusTest, DescribesItself) {
         EXPECT_TRUE(xml.contains(QLatin1String(part))) << part << xml.toStdString();
 }
 
+// But for its name as an object, which Qt lets everybody change and nobody reads.
+TEST_F(MenuOnBusTest, NobodyElseChangesIt) {
+    const QVariantMap before = menu.properties();
+    for (const QString& name : before.keys()) {
+        EXPECT_EQ(menu.setProperty(name, QStringLiteral("x")).type(), QDBusMessage::ErrorMessage)
+            << name.toStdString();
+    }
+    for (const char* const method : {"deleteLater", "tell", "activateChosen", "LayoutUpdated"})
+        EXPECT_EQ(menu.call(method).type(), QDBusMessage::ErrorMessage) << method;
+    EXPECT_EQ(menu.properties(), before);
+    EXPECT_EQ(activated, "");
+}
+
 TEST_F(MenuOnBusTest, LayoutIsTheMenuWithItsEntriesInOrder) {
     const MenuLayoutOnBus root = layout(0, -1);
     EXPECT_EQ(root.id, 0);

@@ -241,10 +241,74 @@ TEST_F(NetworkHttpClientTest, CertificateThatNobodySignedIsRefused) {
     EXPECT_EQ(server.requests, 0);
 }
 
-TEST_F(NetworkHttpClientTest, RedirectToAnotherProtocolIsRefused) {
+TEST_F(NetworkHttpClientTest, CertificateThatSomebodyTrustedHasSignedIsTaken) {
+    const TrustInTheServer trust;
+    LoopbackServer server(always(httpAnswer("200 OK", "secret")), selfSignedServer());
+    fetch(server.url("/", "https"));
+    EXPECT_EQ(awaited().value(), "secret");
+}
+
+TEST_F(NetworkHttpClientTest, TrustedCertificateOfAnotherHostIsRefused) {
+    const TrustInTheServer trust;
+    LoopbackServer server(always(httpAnswer("200 OK", "secret")), selfSignedServer());
+    const std::string url = server.url("/", "https");
+    fetch("https://localhost" + url.substr(url.rfind(':')));
+    EXPECT_EQ(awaited().error().kind, HttpError::Kind::network);
+    EXPECT_EQ(server.requests, 0);
+}
+
+TEST_F(NetworkHttpClientTest, RedirectFromHttpsToHttpIsRefused) {
+    const TrustInTheServer trust;
+    LoopbackServer open(always(httpAnswer("200 OK", "anybody's")));
+    LoopbackServer server(redirectTo(open.url()), selfSignedServer());
+    fetch(server.url("/", "https"));
+    EXPECT_EQ(awaited().error().kind, HttpError::Kind::network);
+    EXPECT_EQ(server.requests, 1);
+    EXPECT_EQ(open.requests, 0);
+}
+
+TEST_F(NetworkHttpClientTest, RedirectsWithoutEndAreGivenUp) {
+    LoopbackServer server(redirectTo("/again"));
+    fetch(server.url());
+    EXPECT_EQ(awaited().error().kind, HttpError::Kind::network);
+    EXPECT_GT(server.requests, 1);
+    // After 50 of them; some Qt asks for twice.
+    EXPECT_LT(server.requests, 150);
+}
+
+TEST_F(NetworkHttpClientTest, RedirectDoesNotRenewTheTime) {
+    QPointer<QTcpSocket> first;
+    bool isFollowed = false;
+    LoopbackServer server([&](QTcpSocket& connection, const QByteArray& head) {
+        if (head.startsWith("GET /again "))
+            isFollowed = true;
+        else
+            first = &connection;
+    });
+    fetch(server.url());
+    ASSERT_TRUE(runUntil([&first] { return !first.isNull(); }));
+    queue.advance(9s);
+    redirectTo("/again")(*first, {});
+    ASSERT_TRUE(runUntil([&isFollowed] { return isFollowed; }));
+    queue.advance(999ms);
+    ASSERT_FALSE(outcome);
+    queue.advance(1ms);
+    EXPECT_EQ(awaited().error().kind, HttpError::Kind::timeout);
+}
+
+TEST_F(NetworkHttpClientTest, BodyThatUnpacksToFarMoreThanTheLimitIsAFailure) {
+    constexpr int headOfQtsOwn = 4;
+    const QByteArray packed = qCompress(QByteArray(20'000'000, 'x'), 9).mid(headOfQtsOwn);
+    ASSERT_LT(packed.size(), 100'000);
     LoopbackServer server(
-        always("HTTP/1.1 302 Found\r\nLocation: ftp://127.0.0.1/\r\n"
-               "Content-Length: 0\r\n\r\n"));
+        always("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\nContent-Length: " +
+               QByteArray::number(packed.size()) + "\r\nConnection: close\r\n\r\n" + packed));
+    fetch(server.url(), 1'000'000);
+    EXPECT_FALSE(awaited().ok());
+}
+
+TEST_F(NetworkHttpClientTest, RedirectToAnotherProtocolIsRefused) {
+    LoopbackServer server(redirectTo("ftp://127.0.0.1/"));
     fetch(server.url());
     EXPECT_EQ(awaited().error().kind, HttpError::Kind::network);
 }

@@ -67,6 +67,21 @@ protected:
     BusCaller caller = {bus, connection.baseService(), itemPath, interface};
 };
 
+// But for its name as an object, which Qt lets everybody change and nobody reads.
+TEST_F(NotifierItemTest, NobodyElseChangesIt) {
+    const QVariantMap before = caller.properties();
+    ASSERT_GT(before.size(), 10);
+    for (const QString& name : before.keys()) {
+        EXPECT_EQ(caller.setProperty(name, QStringLiteral("x")).type(), QDBusMessage::ErrorMessage)
+            << name.toStdString();
+    }
+    for (const char* const method : {"deleteLater", "setIcon", "onNamed", "NewIcon", "Quit"})
+        EXPECT_EQ(caller.call(method).type(), QDBusMessage::ErrorMessage) << method;
+    EXPECT_EQ(caller.properties().keys(), before.keys());
+    EXPECT_EQ(caller.property(QStringLiteral("Title")).toString(), QStringLiteral("Valdorn"));
+    EXPECT_EQ(log, "");
+}
+
 TEST_F(NotifierItemTest, DescribesItself) {
     const QVariantMap all = caller.properties();
     const auto text = [&all](const char* name) {

@@ -31,7 +31,7 @@ check_package_contents() {
     appstreamcli validate --pedantic --no-net resources/desktop/*.metainfo.xml
     mandoc -T lint -W style resources/man/valdorn.1
     lintian --allow-root --fail-on error,warning --display-info --pedantic build/package/*.deb
-    run_package_tests version_test
+    run_package_tests version_test hardening_test
 }
 
 # run_package_tests TEST...

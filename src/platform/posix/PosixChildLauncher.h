@@ -1,5 +1,9 @@
 #pragma once
 
+#include <optional>
+
+#include <sys/resource.h>
+
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildReader.h"
 #include "platform/posix/Descriptor.h"
@@ -16,8 +20,9 @@ class PosixChildLauncher : public ChildLauncher {
 public:
     // Throws std::system_error when the kernel gives no descriptor, null or thread. Takes back an
     // ignored SIGCHLD, which a program inherits from the one that started it: with it the kernel
-    // would throw the exits of children away.
-    PosixChildLauncher();
+    // would throw the exits of children away. Children have `coreDumpLimit`, or the one that we have
+    // when they are launched.
+    explicit PosixChildLauncher(std::optional<rlimit> coreDumpLimit = std::nullopt);
     ~PosixChildLauncher() override;
 
     Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
@@ -31,6 +36,7 @@ public:
 private:
     const Descriptor null_;      // every child's input; there is nothing in it that one could take
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
+    const std::optional<rlimit> coreDumpLimit_;
     ChildReader reader_;
 };
 

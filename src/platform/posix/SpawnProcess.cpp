@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -59,6 +61,15 @@ bool placeDescriptors(const SpawnRequest& request) {
            syscall(SYS_dup3, request.output, STDERR_FILENO, 0) >= 0;
 }
 
+// No more than the child had a right to anyway, so it is not refused.
+void setCoreDumpLimit(const SpawnRequest& request) {
+    const rlimit* const limit = request.coreDumpLimit;
+    if (!limit)
+        return;
+    const std::array<std::uint64_t, 2> softAndHard{limit->rlim_cur, limit->rlim_max};
+    syscall(SYS_prlimit64, 0, RLIMIT_CORE, softAndHard.data(), nullptr);
+}
+
 int fail(Task& task, Step step) {
     task.failure = {step, errno};
     syscall(SYS_exit_group, 0);
@@ -77,6 +88,7 @@ int runChild(void* argument) {
         return fail(task, Step::enterFolder);
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);
+    setCoreDumpLimit(request);
     setMask({}, nullptr);
     syscall(SYS_execve, request.executable, request.arguments, request.environment);
     return fail(task, Step::execute);

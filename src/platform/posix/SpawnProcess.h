@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include "platform/Result.h"
@@ -17,6 +18,8 @@ struct SpawnRequest {
     // other descriptor is passed on.
     int input = -1;
     int output = -1;
+    // The limits on core dumps; nullptr means ours.
+    const rlimit* coreDumpLimit = nullptr;
 };
 
 // A child that runs its executable.

@@ -177,6 +177,14 @@ class Accessible:
             if "showing" in child.states():
                 yield from child.everything()
 
+    def told(self):
+        """Every text of this and of all that is in it, whether it is shown or not."""
+        yield from (self.name(), self.description())
+        if "org.a11y.atspi.Text" in self._call("GetInterfaces"):
+            yield self.text()
+        for child in self.children():
+            yield from child.told()
+
     def find_all(self, role, name=None):
         """All of that role and name that are shown now. What goes away meanwhile is not there."""
         try:
