@@ -145,18 +145,20 @@ TEST_F(PosixFileSystemTest, ReplacingAtomicallyReplacesTheLinkItself) {
     EXPECT_FALSE(std::filesystem::is_symlink(folder / "link"));
 }
 
-TEST_F(PosixFileSystemTest, NewEntriesHonourTheUmask) {
+TEST_F(PosixFileSystemTest, NewFilesHonourTheUmaskAndNewFoldersAreClosedToOthers) {
     const mode_t before = umask(027);
     put("plain", "");
     EXPECT_FALSE(files.replaceAtomically(folder / "atomic", ""));
     EXPECT_TRUE(files.openForAppending(folder / "log").ok());
     EXPECT_FALSE(files.makeFolders(folder / "a/b"));
+    umask(0);
+    EXPECT_FALSE(files.makeFolders(folder / "c/d"));
     umask(before);
     EXPECT_EQ(mode("plain"), 0640U);
     EXPECT_EQ(mode("atomic"), 0640U);
     EXPECT_EQ(mode("log"), 0640U);
-    EXPECT_EQ(mode("a"), 0750U);
-    EXPECT_EQ(mode("a/b"), 0750U);
+    for (const char* const made : {"a", "a/b", "c", "c/d"})
+        EXPECT_EQ(mode(made), 0700U) << made;
 }
 
 TEST_F(PosixFileSystemTest, TheDescriptorsOfHandlesAreNotInherited) {

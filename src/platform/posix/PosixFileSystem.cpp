@@ -18,7 +18,8 @@ namespace valdorn {
 namespace {
 
 constexpr mode_t fileMode = 0666;
-constexpr mode_t folderMode = 0777;
+// Closed to others, as the XDG base directories ask: registrations and logs are in there.
+constexpr mode_t folderMode = 0700;
 
 // One call reads at most this much: large enough that a log's tail takes a few calls only.
 constexpr std::size_t readBytes = std::size_t{64} * 1024;

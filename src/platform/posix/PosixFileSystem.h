@@ -9,8 +9,9 @@ namespace valdorn {
 // The kernel's files.
 //
 // Beyond the contract: whatever is neither a regular file nor a folder is ENXIO, and never waited
-// for. Files are made with mode 0666 and folders with 0777, less the umask. replaceAtomically()
-// replaces a link itself, not what it leads to. Every descriptor is close-on-exec from birth.
+// for. Files are made with mode 0666 less the umask, folders with 0700: what is in them is nobody
+// else's business. replaceAtomically() replaces a link itself, not what it leads to. Every
+// descriptor is close-on-exec from birth.
 //
 // A write beyond the file size limit of the process fails with EFBIG.
 class PosixFileSystem : public FileSystem {
