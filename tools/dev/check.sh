@@ -27,6 +27,11 @@ check_threads() {
     run_tests tsan --label-regex '^(core|posix|simulation)$'
 }
 
+check_fuzzing() {
+    heading "libFuzzer: a minute for each reader of what comes from outside"
+    fuzz 60
+}
+
 check_package() {
     heading "package: desktop entry, metainfo, manual page, lintian"
     export_source_time
@@ -49,6 +54,7 @@ check_all() {
     check_benchmarks
     check_tidy
     check_threads
+    check_fuzzing
     check_package
     check_memory  # last, so that the test runner's summary ends the output
 }
