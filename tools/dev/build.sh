@@ -12,11 +12,11 @@ build() {
         cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-# run_tests PRESET [CTEST-OPTION...]: quiet tests in parallel; those with a display one by one.
+# run_tests PRESET [CTEST-OPTION...]: one more at a time than there are processors, as some only wait.
 run_tests() {
     local preset=$1
     shift
-    ctest --preset "$preset" --parallel "$(nproc)" "$@"
+    ctest --preset "$preset" --parallel $(($(nproc) + 1)) "$@"
 }
 
 # Every C and C++ file of ours, each followed by a NUL.
