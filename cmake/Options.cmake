@@ -41,7 +41,8 @@ endif()
 function(valdorn_checked target)
   target_link_libraries(${target} PRIVATE valdorn_flags)
   if(VALDORN_TIDY)
-    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${VALDORN_CLANG_TIDY};--quiet")
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY
+      "${PROJECT_SOURCE_DIR}/tools/dev/tidy_once;${VALDORN_CLANG_TIDY};--quiet")
   endif()
 endfunction()
 
