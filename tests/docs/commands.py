@@ -26,6 +26,7 @@ COMMANDS = {
     "./dev check": RunBy(".ci/run", "./dev check"),
     "./dev bench": RunBy("tests/docs/dev_test.py", '"bench"'),
     "./dev bench --short": RunBy("tests/docs/dev_test.py", '"bench", "--short"'),
+    "./dev faults": RunBy("tests/docs/dev_test.py", '"faults"'),
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
     "./dev format": RunBy("tests/docs/dev_test.py", '"format"'),
     "./dev package": RunBy("tests/docs/dev_test.py", '"package"'),

@@ -76,6 +76,17 @@ class CommandTest(DevCase):
                                              "python3 bench/two.py build/dev --short"])
         self.assertFalse([call for call in self.calls() if call.endswith(" peer")])
 
+    def test_faults_are_done_in_full(self):
+        self.add_program("ctest", _NOTE + 'echo "$VALDORN_FAULTS" >>"$HOME/calls"\n')
+        self.dev("faults")
+        ctest, form = self.calls()[-2:]
+        self.assertEqual(form, "full")
+        self.assertTrue(ctest.startswith("ctest --preset dev"), ctest)
+        self.assertTrue(ctest.endswith("--label-regex ^faults$ --tests-regex "
+                                       "^e2e\\.faults\\.(.*)(_test)?$"), ctest)
+        self.dev("faults", "killed", "two_users")
+        self.assertTrue(self.calls()[-2].endswith("(killed|two_users)(_test)?$"), self.calls())
+
     def test_an_unknown_word_is_no_command(self):
         self.assertIn('what is "tset"?', self.dev("tset", status=2))
 
