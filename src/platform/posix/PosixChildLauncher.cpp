@@ -63,8 +63,10 @@ ChildHandlers nobody() {
 
 }  // namespace
 
-PosixChildLauncher::PosixChildLauncher()
-    : null_(openNull()), quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+PosixChildLauncher::PosixChildLauncher(std::optional<BirthNote> birthNote)
+    : birthNote_(std::move(birthNote)),
+      null_(openNull()),
+      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
     heedEndsOfChildren();
 }
 
@@ -74,7 +76,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command, null_);
+    auto child = spawnChild(command, null_, birthNote_ ? &*birthNote_ : nullptr);
     if (!child)
         return child.error();
     auto process = child.value().process;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/ChildLauncher.h"
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/ChildReader.h"
 #include "platform/posix/Descriptor.h"
 
@@ -17,7 +20,8 @@ public:
     // Throws std::system_error when the kernel gives no descriptor, null or thread. Takes back an
     // ignored SIGCHLD, which a program inherits from the one that started it: with it the kernel
     // would throw the exits of children away.
-    PosixChildLauncher();
+    // Each child of launch() writes down its birth in the note, if there is one.
+    explicit PosixChildLauncher(std::optional<BirthNote> birthNote = std::nullopt);
     ~PosixChildLauncher() override;
 
     Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
@@ -29,6 +33,7 @@ public:
     void shutDown() override;
 
 private:
+    const std::optional<BirthNote> birthNote_;
     const Descriptor null_;      // every child's input; there is nothing in it that one could take
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;

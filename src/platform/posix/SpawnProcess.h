@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include "platform/Result.h"
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/Descriptor.h"
 
 namespace valdorn {
@@ -17,6 +18,7 @@ struct SpawnRequest {
     // other descriptor is passed on.
     int input = -1;
     int output = -1;
+    const BirthNote* birthNote = nullptr;  // written before the executable runs, if there is one
 };
 
 // A child that runs its executable.

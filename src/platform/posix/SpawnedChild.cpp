@@ -57,7 +57,8 @@ void killAndReap(pid_t pid) {
 
 }  // namespace
 
-Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input) {
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input,
+                                             const BirthNote* birthNote) {
     auto pipe = openPipe();
     if (!pipe)
         return prepareError(pipe.error());
@@ -72,6 +73,7 @@ Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const 
         .folder = command.workingFolder.c_str(),
         .input = input.number(),
         .output = writeEnd,
+        .birthNote = birthNote,
     });
     if (!spawned)
         return launchError(spawned.error(), command);

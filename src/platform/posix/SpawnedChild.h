@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/ChildLauncher.h"
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/PidDescriptor.h"
 
@@ -16,8 +17,9 @@ struct SpawnedChild {
 };
 
 // Any thread. Starts a child under the conditions that ChildLauncher promises, with `input` as its
-// standard input. Each failure leaves neither a child nor a descriptor behind.
-Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input);
+// standard input; it writes down its birth if there is a note for that. Each failure leaves neither a child nor a descriptor behind.
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input,
+                                             const BirthNote* birthNote = nullptr);
 
 // Kills and reaps a child that nobody has heard of yet, because something that it needs could not
 // be had. A child that somebody knows of is never killed.
