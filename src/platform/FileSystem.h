@@ -77,7 +77,8 @@ public:
         const std::string& path) const = 0;
 
     // Replaces the content in place, creating the file when it is missing; its folder must exist.
-    // Not atomic: a failure half-way leaves a part of the new content.
+    // Not atomic: a failure half-way leaves a part of the new content. Only a disk without room for
+    // it is noticed before, where the file system can tell; then the old content stays.
     [[nodiscard]] virtual FileOutcome replaceContent(const std::string& path,
                                                      std::string_view bytes) = 0;
 

@@ -34,6 +34,13 @@ namespace {
 // once; one that finishes a job may go on.
 constexpr std::chrono::seconds leftoverPatience{3};
 
+ChildSettings settingsOfChildren(const Ground& ground, const std::optional<DaemonLedger>& ledger) {
+    ChildSettings settings{ground.coreDumpLimit.before(), std::nullopt};
+    if (ledger)
+        settings.birthNote = ledger->birthNote();
+    return settings;
+}
+
 }  // namespace
 
 Application::Application(Ground& ground, const std::string& key,
@@ -41,6 +48,7 @@ Application::Application(Ground& ground, const std::string& key,
     : ground_(ground),
       key_(key),
       ledger_(ledger ? std::make_optional<DaemonLedger>(ground.files, *ledger) : std::nullopt),
+      children_(std::in_place, settingsOfChildren(ground, ledger_)),
       services_{mainQueue_, backgroundQueue_, launcher(),  ground_.files,
                 defaults_,  resources_,       ground_.host},
       delegate_(AppDelegate::create({services_, statusItem_, windows_,

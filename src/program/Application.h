@@ -73,7 +73,7 @@ private:
     const std::string key_;
     QtMainQueue mainQueue_;
     std::optional<DaemonLedger> ledger_;
-    std::optional<PosixChildLauncher> children_{std::in_place, ground_.coreDumpLimit.before()};
+    std::optional<PosixChildLauncher> children_;
     std::optional<RecordingChildLauncher> recorder_;
     ThreadBackgroundQueue backgroundQueue_;
     IniUserDefaults defaults_{

@@ -85,6 +85,18 @@ class CommandTest(DevCase):
         self.assertEqual(self.calls()[-2:], ["cmake --build --preset dev --target simulation_tests",
                                              "simulation_tests --soak=500 --seed=7"])
 
+    def test_faults_are_done_in_full(self):
+        self.add_program("ctest", _NOTE + 'echo "$VALDORN_FAULTS" >>"$HOME/calls"\n')
+        self.dev("faults")
+        ctest, form = self.calls()[-2:]
+        self.assertEqual(form, "full")
+        self.assertTrue(ctest.startswith("ctest --preset dev"), ctest)
+        self.assertTrue(ctest.endswith("--tests-regex ^e2e\\.faults\\.(.*)_test$|"
+                                       "^posix\\.(RelaunchStorm)Test\\."), ctest)
+        self.dev("faults", "killed", "crowd")
+        self.assertTrue(self.calls()[-2].endswith("(killed|crowd)_test$|^posix\\.(killed|crowd)"
+                                                  "Test\\."), self.calls())
+
     def test_an_unknown_word_is_no_command(self):
         self.assertIn('what is "tset"?', self.dev("tset", status=2))
 

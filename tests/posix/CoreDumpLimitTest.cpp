@@ -75,7 +75,7 @@ TEST_F(CoreDumpLimitTest, WhatWeWereStartedWithIsKnown) {
 
 TEST_F(CoreDumpLimitTest, ChildrenHaveWhatWeWereStartedWith) {
     const CoreDumpLimit limit;
-    PosixChildLauncher launcher(limit.before());
+    PosixChildLauncher launcher({.coreDumpLimit = limit.before(), .birthNote = {}});
     EXPECT_EQ(softLimitOfAChild(launcher), std::to_string(wanted));
     EXPECT_EQ(softLimitOfATool(launcher), std::to_string(wanted));
     EXPECT_EQ(limitNow().rlim_cur, 0U);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -185,6 +186,121 @@ TEST_F(DaemonLedgerTest, RecognisesAScriptByItsInterpreter) {
     newLedger()->note(start({script, {}, folder.path(), {}}).id());
     EXPECT_EQ(written().daemons.at(0).workingFolder, folder.path());
     EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
+}
+
+// Killed between the launch and the line in the ledger.
+class UnnotedDaemonTest : public DaemonLedgerTest {
+protected:
+    ChildProcess& startUnnoted(const std::string& name = "hang") {
+        recorders.push_back(std::make_unique<ChildRecorder>());
+        auto child = noting.launch(childCommand(name), recorders.back()->handlers());
+        EXPECT_TRUE(child.ok());
+        EXPECT_TRUE(recorders.back()->waitForText("ready"));
+        children.push_back(std::move(child.value()));
+        return *children.back();
+    }
+
+    void expectUntouchedWith(const std::string& note) {
+        ChildProcess& child = startUnnoted();
+        ASSERT_FALSE(files.replaceContent(birthPath(), note));
+        EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+        EXPECT_TRUE(child.isRunning());
+        EXPECT_FALSE(files.exists(birthPath()));
+    }
+
+    std::string birthPath() const { return path() + ".birth"; }
+    std::string birth() const { return files.read(birthPath()).value(); }
+
+    PosixChildLauncher noting{{.coreDumpLimit = {}, .birthNote = newLedger()->birthNote()}};
+};
+
+TEST_F(UnnotedDaemonTest, IsEnded) {
+    ChildProcess& child = startUnnoted();
+    const auto outcome = newLedger()->endLeftovers(longEnough);
+    EXPECT_EQ(outcome.asked, 1u);
+    EXPECT_EQ(outcome.ended, 1u);
+    ASSERT_TRUE(recorders[0]->waitForExit());
+    EXPECT_EQ(recorders[0]->exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
+    EXPECT_FALSE(files.exists(birthPath()));
+    EXPECT_FALSE(child.isRunning());
+}
+
+TEST_F(UnnotedDaemonTest, IsEndedBesideThoseThatWereNoted) {
+    newLedger()->note(startUnnoted().id());
+    startUnnoted();
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 2u);
+}
+
+TEST_F(UnnotedDaemonTest, IsAskedOnceWhenItWasNotedAfterAll) {
+    const auto killed = newLedger();
+    ChildProcess& stubborn = startUnnoted("ignore_term");
+    const std::string note = birth();
+    killed->note(stubborn.id());
+    EXPECT_FALSE(files.exists(birthPath()));
+    ASSERT_FALSE(files.replaceContent(birthPath(), note));
+    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 1u);
+    EXPECT_EQ(written().daemons.size(), 1u);
+}
+
+TEST_F(UnnotedDaemonTest, IsNotedAgainWhenItDoesNotEnd) {
+    ChildProcess& stubborn = startUnnoted("ignore_term");
+    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 1u);
+    ASSERT_EQ(written().daemons.size(), 1u);
+    EXPECT_EQ(written().daemons[0].pid, stubborn.id());
+}
+
+TEST_F(UnnotedDaemonTest, IsNotLookedForAfterAPoliteQuit) {
+    const auto ledger = newLedger();
+    ChildProcess& stubborn = startUnnoted("ignore_term");
+    ledger->clear();
+    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 0u);
+    EXPECT_TRUE(stubborn.isRunning());
+}
+
+TEST_F(UnnotedDaemonTest, WithTheBirthOfAnotherIsLeftAlone) {
+    startUnnoted();
+    std::string note = birth();
+    const std::string ticks =
+        std::to_string(factsAbout(static_cast<pid_t>(children[0]->id()))->startTicks);
+    note.replace(note.find(' ' + ticks + ' ') + 1, 1, ticks[0] == '9' ? "8" : "9");
+    ASSERT_FALSE(files.replaceContent(birthPath(), note));
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+    EXPECT_TRUE(children[0]->isRunning());
+}
+
+TEST_F(UnnotedDaemonTest, OfAnotherBootIsLeftAlone) {
+    startUnnoted();
+    expectUntouchedWith("boot another\n" + birth().substr(birth().find('\n') + 1));
+}
+
+TEST_F(UnnotedDaemonTest, WithANoteThatWasCutShortIsLeftAlone) {
+    startUnnoted();
+    const std::string note = birth();
+    for (const std::size_t length : {std::size_t{0}, note.find('\n') + 1, note.find(')')})
+        expectUntouchedWith(note.substr(0, length));
+}
+
+TEST_F(UnnotedDaemonTest, IsLaunchedThoughTheNoteCannotBeWritten) {
+    std::filesystem::create_directory(birthPath());
+    EXPECT_TRUE(startUnnoted().isRunning());
+}
+
+TEST_F(UnnotedDaemonTest, WritesDownNothingOfAForegroundRun) {
+    const auto ended = noting.run(childCommand("echo"), [](std::string_view) {});
+    ASSERT_TRUE(ended.ok());
+    EXPECT_FALSE(files.exists(birthPath()));
+}
+
+TEST_F(UnnotedDaemonTest, InheritsNothingFromTheNote) {
+    ChildRecorder plain;
+    ASSERT_TRUE(launcher.launch(childCommand("print_descriptors"), plain.handlers()).ok());
+    ChildRecorder noted;
+    ASSERT_TRUE(noting.launch(childCommand("print_descriptors"), noted.handlers()).ok());
+    ASSERT_TRUE(plain.waitForRelease() && noted.waitForRelease());
+    const auto count = [](const std::string& text) {
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    EXPECT_EQ(count(noted.output()), count(plain.output()));
 }
 
 TEST_F(DaemonLedgerTest, IgnoresAFileThatMakesNoSense) {

@@ -1,13 +1,18 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "contracts/FileSystemContract.h"
@@ -45,6 +50,33 @@ private:
     const __rlimit_resource resource_;
     rlimit before_{};
 };
+
+constexpr int notPossibleHere = 77;
+
+// The exit code of a child process that does only that.
+int inChild(const std::function<int()>& work) {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(work());
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// For a child process: a file system of its own, of that many bytes. False where nobody may do so.
+bool mountOwn(const std::string& folder, const std::string& bytes) {
+    const auto write = [](const std::string& file, const std::string& text) {
+        std::ofstream(file) << text;
+    };
+    const std::string users = "0 " + std::to_string(getuid()) + " 1";
+    const std::string groups = "0 " + std::to_string(getgid()) + " 1";
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+        return false;
+    write("/proc/self/setgroups", "deny");
+    write("/proc/self/uid_map", users);
+    write("/proc/self/gid_map", groups);
+    return mount("none", folder.c_str(), "tmpfs", 0, ("size=" + bytes).c_str()) == 0;
+}
 
 class PosixFileSystemTest : public testing::Test {
 protected:
@@ -274,6 +306,26 @@ TEST_F(PosixFileSystemTest, APlainWriteThatFailsLeavesAPartOfTheNewContent) {
         EXPECT_EQ(number(files.replaceContent(folder / "file", "12345678")), EFBIG);
     }
     EXPECT_EQ(content("file"), "1234");
+}
+
+TEST_F(PosixFileSystemTest, APlainWriteThatFindsNoRoomLeavesTheOldContent) {
+    const std::string old(5000, 'o');
+    const std::string fresh(9000, 'f');
+    const auto fill = [&] {
+        if (!mountOwn(folder.path(), "8k"))
+            return notPossibleHere;
+        put("file", old);
+        const int tooMuch = number(files.replaceContent(folder / "file", fresh));
+        const bool isOld = content("file") == old;
+        // There is room for what was there before, though for no more.
+        put("file", fresh.substr(0, 8192));
+        const bool isNew = content("file") == fresh.substr(0, 8192);
+        return tooMuch == ENOSPC && isOld && isNew ? 0 : 1;
+    };
+    const int outcome = inChild(fill);
+    if (outcome == notPossibleHere)
+        GTEST_SKIP() << "no file systems of one's own here";
+    EXPECT_EQ(outcome, 0);
 }
 
 TEST_F(PosixFileSystemTest, AnAppendThatFailsSaysSoAndTheHandleStaysUsable) {

@@ -1,11 +1,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <optional>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "contracts/UserDefaultsContract.h"
 #include "platform/qt/IniUserDefaults.h"
@@ -44,6 +46,13 @@ protected:
         QFile file(QString::fromStdString(path()));
         ASSERT_TRUE(file.open(QFile::WriteOnly));
         ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    // Sets a value that cannot be written now.
+    void setInMemoryOnly(IniUserDefaults& defaults) const {
+        defaults.setString("labels", "a");
+        EXPECT_EQ(defaults.string("labels"), "a");
+        EXPECT_EQ(content(), QByteArray());
     }
 
     const QTemporaryDir folder_;
@@ -122,6 +131,44 @@ TEST_F(IniUserDefaultsTest, NamedPipeIsNotWaitedFor) {
     defaults.setBoolean("hasConnected", true);
     EXPECT_EQ(defaults.string("labels"), "a");
     EXPECT_TRUE(defaults.boolean("hasConnected"));
+}
+
+TEST_F(IniUserDefaultsTest, NamedPipeThatComesLaterIsNotWaitedFor) {
+    writeByHand("[General]\nforeign=1\n");
+    IniUserDefaults defaults(path());
+    ASSERT_EQ(defaults.string("foreign"), "1");
+    ASSERT_EQ(unlink(path().c_str()), 0);
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    defaults.setString("labels", "a");
+    EXPECT_EQ(defaults.string("labels"), "a");
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(path())).isFile());
+}
+
+TEST_F(IniUserDefaultsTest, WhatIsNoLockIsNotWaitedForInItsPlace) {
+    writeByHand("");
+    const std::string lock = path() + ".lock";
+    IniUserDefaults defaults(path());
+    ASSERT_EQ(mkfifo(lock.c_str(), 0600), 0);
+    setInMemoryOnly(defaults);
+    ASSERT_EQ(unlink(lock.c_str()), 0);
+    ASSERT_EQ(mkdir(lock.c_str(), 0700), 0);
+    defaults.setBoolean("hasConnected", true);
+    EXPECT_TRUE(defaults.boolean("hasConnected"));
+    EXPECT_EQ(content(), QByteArray());
+}
+
+TEST_F(IniUserDefaultsTest, ALockThatSomebodyKeepsIsNotWaitedForWithoutEnd) {
+    writeByHand("");
+    QLockFile kept(QString::fromStdString(path() + ".lock"));
+    ASSERT_TRUE(kept.lock());
+    IniUserDefaults defaults(path());
+    setInMemoryOnly(defaults);
+    kept.unlock();
+    // A later value is written, and is the one that counts.
+    defaults.setString("labels", "b");
+    EXPECT_EQ(defaults.string("labels"), "b");
+    EXPECT_EQ(IniUserDefaults(path()).string("labels"), "b");
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path() + ".lock")));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include <poll.h>
@@ -18,13 +19,24 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::vector<ProcessFacts> leftBehind(const FileSystem& files, const std::string& path,
-                                     const std::string& boot) {
+std::vector<ProcessFacts> noted(const FileSystem& files, const std::string& path,
+                                const std::string& boot) {
     const auto text = files.read(path);
     const auto records = text ? daemonRecordsIn(text.value()) : std::nullopt;
     if (!records || records->boot.empty() || records->boot != boot)
         return {};
     return records->daemons;
+}
+
+std::vector<ProcessFacts> leftBehind(const FileSystem& files, const std::string& path,
+                                     const std::string& birthPath, const std::string& boot) {
+    auto daemons = noted(files, path, boot);
+    const auto note = files.read(birthPath);
+    const auto last = note ? livingProcessOf(note.value()) : std::nullopt;
+    const auto isLast = [&last](const ProcessFacts& one) { return last->hasSameBirthAs(one); };
+    if (last && std::none_of(daemons.begin(), daemons.end(), isLast))
+        daemons.push_back(*last);
+    return daemons;
 }
 
 // A daemon that was asked to end.
@@ -83,8 +95,9 @@ void waitForAll(const std::vector<Asked>& asked, Clock::time_point deadline) {
 DaemonLedger::DaemonLedger(FileSystem& files, std::string path)
     : files_(files),
       path_(std::move(path)),
+      birthPath_(path_ + ".birth"),
       boot_(bootId()),
-      leftovers_(leftBehind(files_, path_, boot_)) {}
+      leftovers_(leftBehind(files_, path_, birthPath_, boot_)) {}
 
 DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
     const auto facts = factsAbout(static_cast<pid_t>(pid));
@@ -94,6 +107,7 @@ DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
         noted_.emplace(entry, Noted{*facts});
         write();
     }
+    forgetBirth();
     return entry;
 }
 
@@ -125,6 +139,7 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
     const std::lock_guard lock(mutex_);
     leftovers_ = remaining;
     write();
+    forgetBirth();
     return {asked.size(), asked.size() - remaining.size()};
 }
 
@@ -139,6 +154,12 @@ void DaemonLedger::clear() {
     askToEnd(unasked, &ProcessFacts::hasSameBirthAs);
     noted_.clear();
     write();
+    forgetBirth();
+}
+
+// One that stays means a process that is noted, or has ended.
+void DaemonLedger::forgetBirth() {
+    std::ignore = files_.removeTree(birthPath_);
 }
 
 // Nobody to tell when it fails, and nothing to do about it: the daemons run just as well.

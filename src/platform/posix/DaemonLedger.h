@@ -9,12 +9,15 @@
 #include <vector>
 
 #include "platform/FileSystem.h"
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/ProcessFacts.h"
 
 namespace valdorn {
 
 // Remembers, across a crash of this program, which daemons it has launched, so that the next start
 // can politely end those left behind: two daemons in one folder cancel each other's jobs.
+//
+// A daemon that nobody has noted yet is known from the note of its own birth.
 //
 // A small text file, replaced whole at each change. What cannot be read, or was not written to its
 // end, counts as empty; what cannot be written is not reported: it costs only this tidying up.
@@ -27,6 +30,10 @@ public:
 
     // Reads what an earlier instance left. `files` is borrowed and outlives the ledger.
     DaemonLedger(FileSystem& files, std::string path);
+
+    // What the launcher's children are to write their births into: one at a time is enough, as each
+    // launch is noted before the next.
+    BirthNote birthNote() const { return BirthNote::at(birthPath_); }
 
     // Notes a child that has just been launched: its executable is the one that the kernel runs.
     // A child that has ended already is not written down. Blocks for a small write.
@@ -64,9 +71,11 @@ private:
     };
 
     void write();  // mutex_ is held
+    void forgetBirth();
 
     FileSystem& files_;
     const std::string path_;
+    const std::string birthPath_;
     const std::string boot_;
 
     std::mutex mutex_;

@@ -29,6 +29,7 @@ void leaveToDrain(int output) {
         .folder = "/",
         .input = output,
         .output = nowhere.value().number(),
+        .birthNote = nullptr,
     });
 }
 

@@ -63,10 +63,10 @@ ChildHandlers nobody() {
 
 }  // namespace
 
-PosixChildLauncher::PosixChildLauncher(std::optional<rlimit> coreDumpLimit)
-    : null_(openNull()),
-      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")),
-      coreDumpLimit_(coreDumpLimit) {
+PosixChildLauncher::PosixChildLauncher(ChildSettings settings)
+    : settings_(std::move(settings)),
+      null_(openNull()),
+      quitting_(orThrow(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
     heedEndsOfChildren();
 }
 
@@ -76,7 +76,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command, null_, coreDumpLimit_);
+    auto child = spawnChild(command, null_, settings_);
     if (!child)
         return child.error();
     auto process = child.value().process;
@@ -91,7 +91,7 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
     if (isReadable(quitting_))
         return quitting();
-    auto child = spawnChild(command, null_, coreDumpLimit_);
+    auto child = spawnChild(command, null_, {settings_.coreDumpLimit, std::nullopt});
     if (!child)
         return child.error();
     auto outcome = ForegroundRun(child.value(), quitting_, onOutput).wait();

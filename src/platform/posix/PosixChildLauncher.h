@@ -1,11 +1,8 @@
 #pragma once
 
-#include <optional>
-
-#include <sys/resource.h>
-
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildReader.h"
+#include "platform/posix/ChildSettings.h"
 #include "platform/posix/Descriptor.h"
 
 namespace valdorn {
@@ -20,9 +17,8 @@ class PosixChildLauncher : public ChildLauncher {
 public:
     // Throws std::system_error when the kernel gives no descriptor, null or thread. Takes back an
     // ignored SIGCHLD, which a program inherits from the one that started it: with it the kernel
-    // would throw the exits of children away. Children have `coreDumpLimit`, or the one that we have
-    // when they are launched.
-    explicit PosixChildLauncher(std::optional<rlimit> coreDumpLimit = std::nullopt);
+    // would throw the exits of children away. Only children of launch() write down their birth.
+    explicit PosixChildLauncher(ChildSettings settings = {});
     ~PosixChildLauncher() override;
 
     Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
@@ -34,9 +30,9 @@ public:
     void shutDown() override;
 
 private:
+    const ChildSettings settings_;
     const Descriptor null_;      // every child's input; there is nothing in it that one could take
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
-    const std::optional<rlimit> coreDumpLimit_;
     ChildReader reader_;
 };
 

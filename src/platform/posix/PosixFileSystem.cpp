@@ -80,11 +80,36 @@ int writeAll(int descriptor, std::string_view bytes) {
     return 0;
 }
 
-// Writes and closes; returns 0 or the first errno. A disk may refuse as late as at the close; EINTR
-// is no refusal there, Linux has closed the file by then.
+// Keeps room on the disk for the content that is to come. Returns 0, or errno where there is none.
+int reserve(int descriptor, std::size_t bytes) {
+    constexpr int mode = FALLOC_FL_KEEP_SIZE;
+    int answer = 0;
+    do {
+        answer = bytes == 0 ? 0 : ::fallocate(descriptor, mode, 0, static_cast<off_t>(bytes));
+    } while (answer != 0 && errno == EINTR);
+    // A file system that cannot do so shows later whether there is room.
+    return answer != 0 && (errno == ENOSPC || errno == EDQUOT) ? errno : 0;
+}
+
+// Writes from the beginning and cuts off what is left of the old content, also behind a part that
+// was all that could be written. Returns 0 or the first errno.
+int overwrite(int descriptor, std::string_view bytes) {
+    const int written = writeAll(descriptor, bytes);
+    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    const int cut = end >= 0 && ::ftruncate(descriptor, end) == 0 ? 0 : errno;
+    return written != 0 ? written : cut;
+}
+
+// Returns 0 or errno. A disk may refuse as late as here; EINTR is no refusal, Linux has closed the
+// file by then.
+int close(Descriptor file) {
+    return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+}
+
+// Writes and closes; returns 0 or the first errno.
 int writeAndClose(Descriptor file, std::string_view bytes) {
     const int written = writeAll(file.number(), bytes);
-    const int closed = ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+    const int closed = close(std::move(file));
     return written != 0 ? written : closed;
 }
 
@@ -193,15 +218,18 @@ Result<std::unique_ptr<ReadHandle>, FileError> PosixFileSystem::openForReading(
 }
 
 FileOutcome PosixFileSystem::replaceContent(const std::string& path, std::string_view bytes) {
-    // Emptied only after the look at what it is.
     auto opened = openRegular(path, O_WRONLY | O_CREAT);
     if (!opened.ok())
         return opened.error();
-    if (::ftruncate(opened.value().number(), 0) != 0)
-        return FileError{errno, path};
-    if (const int error = writeAndClose(std::move(opened.value()), bytes); error != 0)
-        return FileError{error, path};
-    return std::nullopt;
+    Descriptor& file = opened.value();
+    // Over the old content, which would give its room away if it were cut first.
+    int error = reserve(file.number(), bytes.size());
+    if (error == 0)
+        error = overwrite(file.number(), bytes);
+    const int closed = close(std::move(file));
+    if (error == 0)
+        error = closed;
+    return error == 0 ? FileOutcome() : FileError{error, path};
 }
 
 FileOutcome PosixFileSystem::replaceAtomically(const std::string& path, std::string_view bytes) {

@@ -30,22 +30,6 @@ std::optional<std::string> targetOf(const std::string& link) {
     return std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// Field 22 of /proc/PID/stat. Field 2 is the name in parentheses, which may hold blanks and
-// parentheses itself, so the count starts behind the last of them, at field 3.
-std::optional<std::uint64_t> startTicksIn(const std::string& stat) {
-    const auto nameEnd = stat.rfind(')');
-    if (nameEnd == std::string::npos)
-        return std::nullopt;
-    std::istringstream fields(stat.substr(nameEnd + 1));
-    std::string field;
-    for (int number = 3; number < 22; ++number)
-        fields >> field;
-    std::uint64_t ticks = 0;
-    if (!(fields >> ticks))
-        return std::nullopt;
-    return ticks;
-}
-
 // The kernel marks the path of what is not there any more.
 std::string_view withoutMark(std::string_view path) {
     constexpr std::string_view mark = " (deleted)";
@@ -63,6 +47,22 @@ bool ProcessFacts::hasSameBirthAs(const ProcessFacts& other) const {
 bool ProcessFacts::isSameProcessAs(const ProcessFacts& other) const {
     return hasSameBirthAs(other) && withoutMark(executable) == withoutMark(other.executable) &&
            withoutMark(workingFolder) == withoutMark(other.workingFolder);
+}
+
+// Field 2 is the name in parentheses, which may hold blanks and parentheses itself, so the count
+// starts behind the last of them, at field 3.
+std::optional<std::uint64_t> startTicksIn(const std::string& stat) {
+    const auto nameEnd = stat.rfind(')');
+    if (nameEnd == std::string::npos)
+        return std::nullopt;
+    std::istringstream fields(stat.substr(nameEnd + 1));
+    std::string field;
+    for (int number = 3; number < 22; ++number)
+        fields >> field;
+    std::uint64_t ticks = 0;
+    if (!(fields >> ticks))
+        return std::nullopt;
+    return ticks;
 }
 
 std::optional<ProcessFacts> factsAbout(pid_t pid) {

@@ -11,8 +11,10 @@
 #include <cstdint>
 #include <utility>
 
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -70,6 +72,23 @@ void setCoreDumpLimit(const SpawnRequest& request) {
     syscall(SYS_prlimit64, 0, RLIMIT_CORE, softAndHard.data(), nullptr);
 }
 
+// A process has a short name, and everything else there is numbers.
+constexpr std::size_t statBytes = 1024;
+
+// A note that cannot be written costs only the tidying up after a crash.
+void writeBirth(const BirthNote& note) {
+    std::array<char, statBytes> stat;
+    const long self = syscall(SYS_openat, AT_FDCWD, "/proc/self/stat", O_RDONLY | O_CLOEXEC, 0);
+    const long got = syscall(SYS_read, self, stat.data(), stat.size());
+    const long file =
+        syscall(SYS_openat, AT_FDCWD, note.path.c_str(),
+                O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (got > 0 && file >= 0) {
+        syscall(SYS_write, file, note.heading.data(), note.heading.size());
+        syscall(SYS_write, file, stat.data(), got);
+    }
+}
+
 int fail(Task& task, Step step) {
     task.failure = {step, errno};
     syscall(SYS_exit_group, 0);
@@ -89,6 +108,8 @@ int runChild(void* argument) {
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);
     setCoreDumpLimit(request);
+    if (request.birthNote)
+        writeBirth(*request.birthNote);
     setMask({}, nullptr);
     syscall(SYS_execve, request.executable, request.arguments, request.environment);
     return fail(task, Step::execute);

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include "platform/Result.h"
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/Descriptor.h"
 
 namespace valdorn {
@@ -20,6 +21,7 @@ struct SpawnRequest {
     int output = -1;
     // The limits on core dumps; nullptr means ours.
     const rlimit* coreDumpLimit = nullptr;
+    const BirthNote* birthNote = nullptr;  // written before the executable runs, if there is one
 };
 
 // A child that runs its executable.

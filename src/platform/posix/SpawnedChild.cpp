@@ -58,7 +58,7 @@ void killAndReap(pid_t pid) {
 }  // namespace
 
 Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input,
-                                             const std::optional<rlimit>& coreDumpLimit) {
+                                             const ChildSettings& settings) {
     auto pipe = openPipe();
     if (!pipe)
         return prepareError(pipe.error());
@@ -73,7 +73,8 @@ Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const 
         .folder = command.workingFolder.c_str(),
         .input = input.number(),
         .output = writeEnd,
-        .coreDumpLimit = coreDumpLimit ? &*coreDumpLimit : nullptr,
+        .coreDumpLimit = settings.coreDumpLimit ? &*settings.coreDumpLimit : nullptr,
+        .birthNote = settings.birthNote ? &*settings.birthNote : nullptr,
     });
     if (!spawned)
         return launchError(spawned.error(), command);

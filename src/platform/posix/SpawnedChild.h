@@ -1,11 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <optional>
-
-#include <sys/resource.h>
 
 #include "platform/ChildLauncher.h"
+#include "platform/posix/ChildSettings.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/PidDescriptor.h"
 
@@ -19,11 +17,9 @@ struct SpawnedChild {
 };
 
 // Any thread. Starts a child under the conditions that ChildLauncher promises, with `input` as its
-// standard input, and these limits on core dumps, or ours. Each failure leaves neither a child nor a
-// descriptor behind.
-Result<SpawnedChild, LaunchError> spawnChild(
-    const ChildCommand& command, const Descriptor& input,
-    const std::optional<rlimit>& coreDumpLimit = std::nullopt);
+// standard input. Each failure leaves neither a child nor a descriptor behind.
+Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const Descriptor& input,
+                                             const ChildSettings& settings = {});
 
 // Kills and reaps a child that nobody has heard of yet, because something that it needs could not
 // be had. A child that somebody knows of is never killed.

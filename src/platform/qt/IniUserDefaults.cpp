@@ -1,15 +1,42 @@
 #include "platform/qt/IniUserDefaults.h"
 
 #include <QFileInfo>
+#include <QLockFile>
 #include <QStringList>
 #include <QVariant>
 
 namespace valdorn {
 
+namespace {
+
+// Whoever else writes the settings is done sooner.
+constexpr int lockPatienceMilliseconds = 200;
+
+bool isFileOrNothing(const QString& path) {
+    const QFileInfo file(path);
+    return !file.exists() || file.isFile();
+}
+
+// QSettings waits without end for its lock, whatever stands there.
+bool canBeLocked(const QString& path) {
+    const QString lockPath = path + QStringLiteral(".lock");
+    if (!isFileOrNothing(lockPath))
+        return false;
+    QLockFile lock(lockPath);
+    return lock.tryLock(lockPatienceMilliseconds) || lock.error() != QLockFile::LockFailedError;
+}
+
+}  // namespace
+
 IniUserDefaults::IniUserDefaults(const std::string& path) {
-    const QFileInfo file(QString::fromStdString(path));
-    if (!file.exists() || file.isFile())
-        settings_.emplace(file.filePath(), QSettings::IniFormat);
+    const QString file = QString::fromStdString(path);
+    if (isFileOrNothing(file))
+        settings_.emplace(file, QSettings::IniFormat);
+}
+
+bool IniUserDefaults::canBeWritten() const {
+    return settings_ && isFileOrNothing(settings_->fileName()) &&
+           canBeLocked(settings_->fileName());
 }
 
 std::optional<QString> IniUserDefaults::stored(const std::string& key) const {
@@ -51,10 +78,11 @@ void IniUserDefaults::store(const std::string& key, const QString& value) {
     if (stored(key) == value)
         return;
     const QString name = QString::fromStdString(key);
-    if (!settings_) {
+    if (!canBeWritten()) {
         unsaved_.insert_or_assign(name, value);
         return;
     }
+    unsaved_.erase(name);
     settings_->setValue(name, value);
     // A refusing disk changes only the settings' status; the value holds in memory.
     settings_->sync();

@@ -14,7 +14,8 @@ namespace valdorn {
 class IniUserDefaults : public UserDefaults {
 public:
     // The file's absolute path. The file and its folder are made by the first write. Where something
-    // stands that is no file (a named pipe would be waited for), values hold in memory only.
+    // stands that is no file (a named pipe would be waited for), values hold in memory only; so
+    // does a value that is set while somebody keeps the file's lock ("<path>.lock").
     explicit IniUserDefaults(const std::string& path);
 
     std::optional<std::string> string(const std::string& key) const override;
@@ -25,10 +26,11 @@ public:
 
 private:
     std::optional<QString> stored(const std::string& key) const;
+    bool canBeWritten() const;
     void store(const std::string& key, const QString& value);
 
     std::optional<QSettings> settings_;   // nothing where there can be no file
-    std::map<QString, QString> unsaved_;  // used then
+    std::map<QString, QString> unsaved_;  // set while it could not be written
     std::map<std::string, std::string> fallbacks_;
 };
 
