@@ -3,7 +3,9 @@
 import os
 import stat
 import subprocess
+import unittest
 
+from amounts import IS_SANITIZED
 from support.accessibility import Accessibility
 from support.desktop import Desktop, usual_window_manager
 from support.settings_case import SettingsCase
@@ -23,6 +25,9 @@ LATE_SECONDS = 5.0  # what it may take a busy computer beyond that
 OWN_SPACE = ("unshare", "--map-current-user", "--keep-caps", "--mount")
 # The superuser may read and write whatever its mode, unless it gives that up.
 AS_ANYBODY = ("setpriv", "--bounding-set=-all", "--inh-caps=-all") if os.geteuid() == 0 else ()
+
+# Where starts are slow: what a sanitizer sees of these, it sees of their neighbours.
+one_of_many = unittest.skipIf(IS_SANITIZED, "left to the program without a sanitizer")
 
 
 def in_own_space(preparation):

@@ -6,7 +6,7 @@ import unittest
 
 from fault_case import (BLOCKED, BUILDING, CONNECTED, LATE_SECONDS, NOT_REGISTERED,
                         RELAUNCH_SECONDS, STARTING, FaultCase, content, in_own_space,
-                        require_own_space)
+                        one_of_many, require_own_space)
 from support.log_page import LogPage
 from support.puppet import DECLARED
 from support.settings_page import SettingsPage
@@ -79,6 +79,7 @@ class ReadOnlyTest(HomeCase):
         self.quit()
         self.assertEqual(snapshot(self.home.path), self.before)
 
+    @one_of_many
     def test_without_a_place_for_its_lock_it_says_so_and_runs(self):
         self.begin(command=in_own_space(READ_ONLY), XDG_RUNTIME_DIR=self.home.path + "/none")
         self.expect_stderr(self.program)
@@ -147,6 +148,7 @@ class RemovedTest(HomeCase):
         self.quit()
         self.assertEqual(self.written(), set())
 
+    @one_of_many
     def test_all_of_the_library(self):
         self.begin_without("Library")
         self.stop_runner()

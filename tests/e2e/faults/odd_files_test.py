@@ -7,7 +7,7 @@ import unittest
 
 from amounts import amount
 from fault_case import (AS_ANYBODY, CONNECTED, NOT_REGISTERED, STARTING, STOPPED, FaultCase,
-                        content, kind_of, make_fifo)
+                        content, kind_of, make_fifo, one_of_many)
 from support.program import VALDORN, environment
 from support.puppet import DECLARED, PUPPET, Puppets
 from support.settings_page import SettingsPage
@@ -59,6 +59,7 @@ class ListTest(FaultCase):
         self.assertEqual(self.home.read("runners.json"), before)
         self.quit()
 
+    @one_of_many
     def test_one_that_nobody_may_write_is_read(self):
         before = self.home.read("runners.json")
         os.chmod(self.path, 0o400)
@@ -73,6 +74,7 @@ class ListTest(FaultCase):
         self.start_migrated()
         self.assert_migrated()
 
+    @one_of_many
     def test_blanks_without_end_before_the_list(self):
         records = self.home.read("runners.json")
         with open(self.path, "w") as file:
@@ -104,6 +106,7 @@ class MarkerTest(FaultCase):
         self.puppets.wait_for_one()
         self.wait_for_status(CONNECTED)
 
+    @one_of_many
     def test_a_folder(self):
         self.start_with_marker(os.mkdir)
         self.assert_registered()
@@ -113,6 +116,7 @@ class MarkerTest(FaultCase):
         self.assert_registered()
         self.quit()
 
+    @one_of_many
     def test_a_link_that_leads_nowhere_is_none(self):
         self.start_with_marker(lambda path: os.symlink("nowhere", path))
         self.wait_for_status(NOT_REGISTERED)
@@ -152,6 +156,7 @@ class ExecutableTest(FaultCase):
         self.start_with(os.mkfifo)
         self.mend()
 
+    @one_of_many
     def test_a_text_that_names_no_interpreter(self):
         def make(path):
             with open(path, "w") as file:
@@ -161,6 +166,7 @@ class ExecutableTest(FaultCase):
         self.assertEqual(os.listdir(os.path.join(self.puppets.data_folder, "puppet")), ["first"])
         self.mend()
 
+    @one_of_many
     def test_a_link_to_itself(self):
         self.start_with(lambda path: os.symlink(path, path))
         os.remove(self.home.runner_path)
@@ -263,6 +269,7 @@ class AutostartTest(FaultCase):
         self.assertEqual(self.switch("--disable-login"), ("disabled\n", ""))
         self.quit()
 
+    @one_of_many
     def test_a_folder(self):
         os.mkdir(self.path)
         self.assert_not_enabled()
@@ -273,6 +280,7 @@ class AutostartTest(FaultCase):
         self.assert_not_enabled()
         self.assertEqual(kind_of(self.path), "pipe")
 
+    @one_of_many
     def test_a_link_to_a_device(self):
         os.symlink("/dev/zero", self.path)
         self.assert_not_enabled()
@@ -294,6 +302,7 @@ class PlaceTest(FaultCase):
         self.ledger = self.lock.replace(".lock", ".daemons")
         self.quit()
 
+    @one_of_many
     def test_a_lock_that_is_none_is_done_without(self):
         make_fifo(self.lock)
         self.start_program()
