@@ -78,7 +78,9 @@ public:
 
     // Replaces the content in place, creating the file when it is missing; its folder must exist.
     // Not atomic: a failure half-way leaves a part of the new content. Only a disk without room for
-    // it is noticed before, where the file system can tell; then the old content stays.
+    // it is noticed before, where the file system can tell; then the old content stays. For text of
+    // a few KiB: a program that is killed meanwhile leaves the old one, or the new one, perhaps with
+    // blanks behind it.
     [[nodiscard]] virtual FileOutcome replaceContent(const std::string& path,
                                                      std::string_view bytes) = 0;
 

@@ -4,10 +4,10 @@ import os
 import unittest
 
 from support import looks
+from support.log_page import LogPage
 from support.puppet import BLOCKED, DECLARED, JOB_STARTED, entry
 from support.waiting import spend, stays_true, wait_until
 from support.window_case import WindowCase
-from support.windows import LOG
 
 # The log is looked at once a second.
 POLL = 1.0
@@ -33,15 +33,14 @@ class LogWindowCase(WindowCase):
         self.puppets.wait_for_one()
 
     def open_log(self):
-        self.window = self.open(LOG)
-        self.log = self.window.find("text", "Log")
+        self.page = LogPage(self)
+        self.window, self.log = self.page.window, self.page.log
 
     def lines(self):
-        """What is shown, without the line ends."""
-        return [line + "\n" for line in self.log.text().split("\n") if line]
+        return self.page.lines()
 
     def wait_for_lines(self, *lines):
-        wait_until(lambda: self.lines() == list(lines), f"{lines} in place of {self.lines()}")
+        self.page.wait_for_lines(*lines)
 
     def write(self, *lines):
         """Lets the daemon say something, and waits until the log window may have shown it."""

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -8,6 +9,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -16,6 +18,7 @@
 #include <unistd.h>
 
 #include "contracts/FileSystemContract.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "support/TemporaryFolder.h"
 
@@ -326,6 +329,37 @@ TEST_F(PosixFileSystemTest, APlainWriteThatFindsNoRoomLeavesTheOldContent) {
     if (outcome == notPossibleHere)
         GTEST_SKIP() << "no file systems of one's own here";
     EXPECT_EQ(outcome, 0);
+}
+
+// Rewrites the file with one text and the other by turns until it is killed.
+[[noreturn]] void rewriteForEver(PosixFileSystem& files, const std::string& path, int progress,
+                                 const std::array<std::string, 2>& texts) {
+    for (std::size_t turn = 0;; ++turn) {
+        if (files.replaceContent(path, texts[turn % 2]) || write(progress, "", 1) != 1)
+            _exit(1);
+    }
+}
+
+TEST_F(PosixFileSystemTest, AProgramThatIsKilledAtAPlainWriteLeavesTheOldTextOrTheNew) {
+    const std::array texts{std::string(900, 'a'), std::string(300, 'b')};
+    put("file", texts[1]);
+    for (std::size_t round = 0; round < 200; ++round) {
+        auto progress = openPipe();
+        ASSERT_TRUE(progress.ok());
+        const pid_t writer = fork();
+        if (writer == 0) {
+            progress.value().readEnd.reset();
+            rewriteForEver(files, folder / "file", progress.value().writeEnd.number(), texts);
+        }
+        progress.value().writeEnd.reset();
+        pollfd begun{progress.value().readEnd.number(), POLLIN, 0};
+        EXPECT_EQ(poll(&begun, 1, 60'000), 1);
+        kill(writer, SIGKILL);
+        waitpid(writer, nullptr, 0);
+        std::string left = content("file");
+        left.erase(left.find_last_not_of(' ') + 1);
+        ASSERT_TRUE(left == texts[0] || left == texts[1]) << left;
+    }
 }
 
 TEST_F(PosixFileSystemTest, AnAppendThatFailsSaysSoAndTheHandleStaysUsable) {

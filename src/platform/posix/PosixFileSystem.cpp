@@ -91,11 +91,22 @@ int reserve(int descriptor, std::size_t bytes) {
     return answer != 0 && (errno == ENOSPC || errno == EDQUOT) ? errno : 0;
 }
 
+// The bytes, and blanks over what is longer in the old content: killed before it is cut off, the
+// program leaves a text that means the same.
+std::string covering(std::string_view bytes, int descriptor) {
+    struct stat old {};
+    std::string text(bytes);
+    if (::fstat(descriptor, &old) == 0 && static_cast<std::size_t>(old.st_size) > bytes.size())
+        text.resize(static_cast<std::size_t>(old.st_size), ' ');
+    return text;
+}
+
 // Writes from the beginning and cuts off what is left of the old content, also behind a part that
 // was all that could be written. Returns 0 or the first errno.
 int overwrite(int descriptor, std::string_view bytes) {
-    const int written = writeAll(descriptor, bytes);
-    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    const int written = writeAll(descriptor, covering(bytes, descriptor));
+    const off_t reached = ::lseek(descriptor, 0, SEEK_CUR);
+    const off_t end = std::min(reached, static_cast<off_t>(bytes.size()));
     const int cut = end >= 0 && ::ftruncate(descriptor, end) == 0 ? 0 : errno;
     return written != 0 ? written : cut;
 }

@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import time
 
-from .waiting import pump, wait_until
+from .waiting import pump, turns, wait_until
 
 VALDORN = os.environ["VALDORN_PROGRAM"]
 DEMO_RUNNER = os.environ["VALDORN_DEMO_RUNNER"]
@@ -160,7 +160,7 @@ def _end_all(pids, patience=5.0):
     deadline = time.monotonic() + patience
     while any(is_alive(pid) for pid in pids) and time.monotonic() < deadline:
         pump()
-        time.sleep(0.02)
+        turns.rest()
     for pid in pids:
         if is_alive(pid):
             kill(pid, signal.SIGKILL)

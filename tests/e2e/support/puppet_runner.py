@@ -60,7 +60,8 @@ def main():
     said = 0
     while True:
         got = signal.sigtimedwait(NOTED, LOOK_PERIOD)
-        if got:
+        # After a SIGCONT this Python returns whatever lay in memory.
+        if got and got.si_signo in NOTED:
             with open(here + ".signals", "a") as file:
                 file.write(signal.Signals(got.si_signo).name + "\n")
             if got.si_signo != signal.SIGUSR1 and not os.path.exists("puppet/stubborn"):

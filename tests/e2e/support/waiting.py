@@ -1,5 +1,7 @@
 """Waiting for something to become true, while the tray host of this process goes on answering."""
 
+import contextlib
+import threading
 import time
 
 from gi.repository import GLib
@@ -10,6 +12,33 @@ AT_ONCE = 2.0
 
 class TimedOut(AssertionError):
     pass
+
+
+_LOOK_PERIOD = 0.02
+
+
+class Turns(threading.local):
+    """Of the threads that take turns, one works while the others rest."""
+
+    _one_at_a_time = threading.Lock()
+    _is_taking_them = False
+
+    @contextlib.contextmanager
+    def taken(self):
+        with self._one_at_a_time:
+            self._is_taking_them = True
+            yield
+
+    def rest(self):
+        """Until the next look."""
+        if self._is_taking_them:
+            self._one_at_a_time.release()
+        time.sleep(_LOOK_PERIOD)
+        if self._is_taking_them:
+            self._one_at_a_time.acquire()
+
+
+turns = Turns()
 
 
 def pump():
@@ -29,7 +58,7 @@ def wait_until(condition, what, seconds=20.0):
             return answer
         if time.monotonic() > deadline:
             raise TimedOut(f"{what}: not within {seconds} s")
-        time.sleep(0.02)
+        turns.rest()
 
 
 def stays_true(condition, what, seconds):
@@ -39,7 +68,7 @@ def stays_true(condition, what, seconds):
         pump()
         if not condition():
             raise AssertionError(f"{what}: did not stay so for {seconds} s")
-        time.sleep(0.02)
+        turns.rest()
 
 
 def spend(seconds):

@@ -19,9 +19,9 @@ class WindowCase(ProgramCase):
         cls.reader = Accessibility(cls.desktop)
         cls.addClassCleanup(cls.reader.close)
 
-    def begin(self, **more):
-        """The program with whatever runners the home has; `more` goes into its environment."""
-        self.program, self.item = self.start_with_item(**VARIABLES, **more)
+    def begin(self, **options):
+        """The program with whatever runners the home has; the options are those of `Program`."""
+        self.program, self.item = self.start_with_item(**VARIABLES, **options)
         self.menu = self.item.menu()
 
     def open(self, kind):
