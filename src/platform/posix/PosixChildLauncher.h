@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildReader.h"
 #include "platform/posix/Descriptor.h"
@@ -30,6 +32,7 @@ public:
 
 private:
     const Descriptor null_;      // every child's input; there is nothing in it that one could take
+    std::atomic<bool> isQuitting_ = false;
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;
 };
