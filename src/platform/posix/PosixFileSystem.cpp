@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -36,12 +37,9 @@ int openRetrying(const std::string& path, int flags) {
         errno = EINVAL;
         return -1;
     }
-    int number = -1;
-    do {
-        // Not blocking: opening a named pipe would otherwise wait for its other end.
-        number = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, fileMode);
-    } while (number < 0 && errno == EINTR);
-    return number;
+    // Not blocking: opening a named pipe would otherwise wait for its other end.
+    const int all = flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    return uninterrupted([&path, all] { return ::open(path.c_str(), all, fileMode); });
 }
 
 int errorOfKind(const struct stat& status) {
@@ -196,7 +194,8 @@ FileOutcome PosixFileSystem::replaceContent(const std::string& path, std::string
     auto opened = openRegular(path, O_WRONLY | O_CREAT);
     if (!opened.ok())
         return opened.error();
-    if (::ftruncate(opened.value().number(), 0) != 0)
+    const int number = opened.value().number();
+    if (uninterrupted([number] { return ::ftruncate(number, 0); }) != 0)
         return FileError{errno, path};
     if (const int error = writeAndClose(std::move(opened.value()), bytes); error != 0)
         return FileError{error, path};
@@ -256,7 +255,9 @@ FileOutcome PosixFileSystem::removeTree(const std::string& path) {
     if (isCutShort(path))
         return FileError{EINVAL, path};
     std::error_code error;
-    std::filesystem::remove_all(path, error);
+    do
+        std::filesystem::remove_all(path, error);
+    while (error == std::errc::interrupted);
     struct stat status {};
     // A file in place of a folder above: nothing stands at the path, which is what was asked for.
     if (error == std::errc::not_a_directory && ::lstat(path.c_str(), &status) != 0 &&
