@@ -5,6 +5,7 @@
 #include <sys/eventfd.h>
 
 #include "platform/posix/KernelCall.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -33,7 +34,7 @@ ChildMailbox::Letters ChildMailbox::take() {
 
 // Fails only when the counter is full, and then it is readable already.
 void ChildMailbox::wake() {
-    eventfd_write(wakeUp_.number(), 1);
+    uninterrupted([this] { return eventfd_write(wakeUp_.number(), 1); });
 }
 
 }  // namespace valdorn

@@ -12,6 +12,7 @@
 
 #include "platform/posix/DaemonRecords.h"
 #include "platform/posix/PidDescriptor.h"
+#include "platform/posix/Shortage.h"
 
 namespace valdorn {
 
@@ -48,26 +49,42 @@ struct Asked {
 // How a process is compared with its record.
 using Likeness = bool (ProcessFacts::*)(const ProcessFacts&) const;
 
+// What a look at the process of a record has shown.
+struct Sight {
+    std::unique_ptr<PidDescriptor> process;  // the very one
+    bool mayBeThere = false;                 // it could not be looked at
+};
+
 // The descriptor is opened first and the process looked at then: if it ends meanwhile and its id
 // goes to another, the descriptor still means the old one, and nobody is hit.
-std::unique_ptr<PidDescriptor> recognise(const ProcessFacts& record, Likeness isLike) {
+Sight lookFor(const ProcessFacts& record, Likeness isLike) {
     auto descriptor = PidDescriptor::open(record.pid);
     if (!descriptor)
-        return nullptr;
+        return {nullptr, isShortage(descriptor.error())};
+    auto process = std::make_unique<PidDescriptor>(record.pid, std::move(descriptor.value()));
     const auto facts = factsAbout(record.pid);
-    if (!facts || !((*facts).*isLike)(record))
-        return nullptr;
-    return std::make_unique<PidDescriptor>(record.pid, std::move(descriptor.value()));
+    if (!facts)
+        return {nullptr, process->isRunning()};
+    if (!((*facts).*isLike)(record))
+        return {};
+    return {std::move(process)};
 }
 
-std::vector<Asked> askToEnd(const std::vector<ProcessFacts>& records, Likeness isLike) {
+struct Asking {
     std::vector<Asked> asked;
+    std::vector<ProcessFacts> unasked;  // may be there and run
+};
+
+Asking askToEnd(const std::vector<ProcessFacts>& records, Likeness isLike) {
+    Asking asking;
     for (const ProcessFacts& record : records) {
-        auto process = recognise(record, isLike);
+        auto [process, mayBeThere] = lookFor(record, isLike);
         if (process && process->send(SIGTERM))
-            asked.push_back({record, std::move(process)});
+            asking.asked.push_back({record, std::move(process)});
+        else if (mayBeThere || (process && process->isRunning()))
+            asking.unasked.push_back(record);
     }
-    return asked;
+    return asking;
 }
 
 std::vector<pollfd> runningAmong(const std::vector<Asked>& asked) {
@@ -129,18 +146,20 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
         const std::lock_guard lock(mutex_);
         records = leftovers_;
     }
-    const auto asked = askToEnd(records, &ProcessFacts::isSameProcessAs);
+    auto [asked, remaining] = askToEnd(records, &ProcessFacts::isSameProcessAs);
     waitForAll(asked, Clock::now() + patience);
-    Records remaining;
+    std::size_t ended = 0;
     for (const Asked& daemon : asked) {
         if (daemon.process->isRunning())
             remaining.push_back(daemon.facts);
+        else
+            ++ended;
     }
     const std::lock_guard lock(mutex_);
     leftovers_ = remaining;
     write();
     forgetBirth();
-    return {asked.size(), asked.size() - remaining.size()};
+    return {asked.size(), ended};
 }
 
 void DaemonLedger::clear() {

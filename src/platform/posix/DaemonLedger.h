@@ -54,7 +54,8 @@ public:
     // Asks each daemon left by an earlier instance to end (SIGTERM, never more) and waits up to
     // `patience` for all of them together. Only a process that agrees with its record in id, start
     // time, owner, executable and folder, within the same boot, is asked; other records are
-    // dropped. What has not ended in time stays written down, so that the next start asks again.
+    // dropped. What has not ended in time, or could not be looked at or asked, stays written down,
+    // so that the next start asks again.
     Leftovers endLeftovers(std::chrono::milliseconds patience);
 
     // The program quits politely: asks those of its daemons to end that nobody has asked (a runner

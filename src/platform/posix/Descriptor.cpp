@@ -7,6 +7,8 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include "platform/posix/Uninterrupted.h"
+
 namespace valdorn {
 
 namespace {
@@ -54,7 +56,7 @@ Result<Pipe, int> openPipe() {
 }
 
 Result<Descriptor, int> openPath(const std::string& path, int flags) {
-    const int number = open(path.c_str(), flags | O_CLOEXEC);
+    const int number = uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC); });
     if (number < 0)
         return errno;
     return liftAboveStandard(Descriptor(number));

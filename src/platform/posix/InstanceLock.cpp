@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include "platform/ErrorText.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -29,13 +30,15 @@ constexpr mode_t privateAndKept = S_ISVTX | S_IRUSR | S_IWUSR;
 }  // namespace
 
 Result<InstanceLock, LockRefusal> InstanceLock::acquire(const std::string& path) {
-    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
-                         S_IRUSR | S_IWUSR));
+    Descriptor file(uninterrupted([&path] {
+        return open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+                    S_IRUSR | S_IWUSR);
+    }));
     if (!file)
         return failure(path, errno);
     if (!isRegular(file))
         return failure(path, EINVAL);
-    if (flock(file.number(), LOCK_EX | LOCK_NB) != 0) {
+    if (uninterrupted([&file] { return flock(file.number(), LOCK_EX | LOCK_NB); }) != 0) {
         if (errno == EWOULDBLOCK)
             return LockRefusal{LockRefusal::Kind::held, "Another instance holds " + path};
         return failure(path, errno);

@@ -11,6 +11,8 @@ extern "C" {
 #include <poll.h>
 #include <sys/wait.h>
 
+#include "platform/posix/Uninterrupted.h"
+
 namespace valdorn {
 
 namespace {
@@ -36,7 +38,7 @@ bool PidDescriptor::isRunning() const {
     if (!descriptor_)
         return false;
     pollfd ended{descriptor_.number(), POLLIN, 0};
-    return poll(&ended, 1, 0) <= 0;
+    return uninterrupted([&ended] { return poll(&ended, 1, 0); }) <= 0;
 }
 
 bool PidDescriptor::send(int signal) const {
@@ -50,7 +52,8 @@ std::optional<ChildExit> PidDescriptor::reap() {
         return std::nullopt;
     siginfo_t info{};
     const auto which = static_cast<id_t>(descriptor_.number());
-    const int answer = waitid(P_PIDFD, which, &info, WEXITED | WNOHANG);
+    const int answer =
+        uninterrupted([&] { return waitid(P_PIDFD, which, &info, WEXITED | WNOHANG); });
     if (answer == 0 && info.si_pid == 0)
         return std::nullopt;
     descriptor_.reset();

@@ -5,13 +5,13 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
 
 #include "platform/posix/ForegroundRun.h"
 #include "platform/posix/KernelCall.h"
 #include "platform/posix/SpawnedChild.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -47,11 +47,6 @@ Descriptor openNull() {
     return std::move(opened.value());
 }
 
-bool isReadable(const Descriptor& descriptor) {
-    pollfd now{descriptor.number(), POLLIN, 0};
-    return poll(&now, 1, 0) > 0;
-}
-
 LaunchError quitting() {
     return {LaunchError::Step::interrupted, 0, {}};
 }
@@ -74,7 +69,7 @@ PosixChildLauncher::~PosixChildLauncher() = default;
 
 Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
     const ChildCommand& command, ChildHandlers handlers) {
-    if (isReadable(quitting_))
+    if (isQuitting_)
         return quitting();
     auto child = spawnChild(command, null_, settings_);
     if (!child)
@@ -89,7 +84,7 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> PosixChildLauncher::launch(
 
 Result<ChildExit, LaunchError> PosixChildLauncher::run(
     const ChildCommand& command, const std::function<void(std::string_view chunk)>& onOutput) {
-    if (isReadable(quitting_))
+    if (isQuitting_)
         return quitting();
     auto child = spawnChild(command, null_, {settings_.coreDumpLimit, std::nullopt});
     if (!child)
@@ -105,7 +100,8 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
 }
 
 void PosixChildLauncher::shutDown() {
-    eventfd_write(quitting_.number(), 1);
+    isQuitting_ = true;
+    uninterrupted([this] { return eventfd_write(quitting_.number(), 1); });
 }
 
 }  // namespace valdorn

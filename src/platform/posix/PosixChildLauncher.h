@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "platform/ChildLauncher.h"
 #include "platform/posix/ChildReader.h"
 #include "platform/posix/ChildSettings.h"
@@ -32,6 +34,7 @@ public:
 private:
     const ChildSettings settings_;
     const Descriptor null_;      // every child's input; there is nothing in it that one could take
+    std::atomic<bool> isQuitting_ = false;
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;
 };

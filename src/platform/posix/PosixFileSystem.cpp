@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -37,12 +38,9 @@ int openRetrying(const std::string& path, int flags) {
         errno = EINVAL;
         return -1;
     }
-    int number = -1;
-    do {
-        // Not blocking: opening a named pipe would otherwise wait for its other end.
-        number = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, fileMode);
-    } while (number < 0 && errno == EINTR);
-    return number;
+    // Not blocking: opening a named pipe would otherwise wait for its other end.
+    const int all = flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    return uninterrupted([&path, all] { return ::open(path.c_str(), all, fileMode); });
 }
 
 int errorOfKind(const struct stat& status) {
@@ -82,13 +80,12 @@ int writeAll(int descriptor, std::string_view bytes) {
 
 // Keeps room on the disk for the content that is to come. Returns 0, or errno where there is none.
 int reserve(int descriptor, std::size_t bytes) {
-    constexpr int mode = FALLOC_FL_KEEP_SIZE;
-    int answer = 0;
-    do {
-        answer = bytes == 0 ? 0 : ::fallocate(descriptor, mode, 0, static_cast<off_t>(bytes));
-    } while (answer != 0 && errno == EINTR);
+    const auto length = static_cast<off_t>(bytes);
+    const auto keep = [=] { return ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, length); };
+    if (bytes == 0 || uninterrupted(keep) == 0)
+        return 0;
     // A file system that cannot do so shows later whether there is room.
-    return answer != 0 && (errno == ENOSPC || errno == EDQUOT) ? errno : 0;
+    return errno == ENOSPC || errno == EDQUOT ? errno : 0;
 }
 
 // The bytes, and blanks over what is longer in the old content: killed before it is cut off, the
@@ -107,7 +104,8 @@ int overwrite(int descriptor, std::string_view bytes) {
     const int written = writeAll(descriptor, covering(bytes, descriptor));
     const off_t reached = ::lseek(descriptor, 0, SEEK_CUR);
     const off_t end = std::min(reached, static_cast<off_t>(bytes.size()));
-    const int cut = end >= 0 && ::ftruncate(descriptor, end) == 0 ? 0 : errno;
+    const auto cutOff = [=] { return ::ftruncate(descriptor, end); };
+    const int cut = end >= 0 && uninterrupted(cutOff) == 0 ? 0 : errno;
     return written != 0 ? written : cut;
 }
 
@@ -296,7 +294,9 @@ FileOutcome PosixFileSystem::removeTree(const std::string& path) {
     if (isCutShort(path))
         return FileError{EINVAL, path};
     std::error_code error;
-    std::filesystem::remove_all(path, error);
+    do
+        std::filesystem::remove_all(path, error);
+    while (error == std::errc::interrupted);
     struct stat status {};
     // A file in place of a folder above: nothing stands at the path, which is what was asked for.
     if (error == std::errc::not_a_directory && ::lstat(path.c_str(), &status) != 0 &&

@@ -15,6 +15,7 @@
 
 #include "platform/Environment.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn::SessionBusSocket {
 
@@ -91,14 +92,22 @@ public:
 
     // False when it has hung up.
     bool say(const std::string& words) const {
-        return send(connection_.number(), words.data(), words.size(), MSG_NOSIGNAL) ==
-               static_cast<ssize_t>(words.size());
+        std::string_view rest = words;
+        while (!rest.empty()) {
+            const ssize_t sent = uninterrupted(
+                [&] { return send(connection_.number(), rest.data(), rest.size(), MSG_NOSIGNAL); });
+            if (sent <= 0)
+                return false;
+            rest.remove_prefix(static_cast<std::size_t>(sent));
+        }
+        return true;
     }
 
     // The next byte; nothing when it has hung up, or when the time is over.
     std::optional<char> next() {
         char byte = 0;
-        if (!waitForMore() || recv(connection_.number(), &byte, 1, 0) != 1)
+        const auto take = [&] { return recv(connection_.number(), &byte, 1, 0); };
+        if (!waitForMore() || uninterrupted(take) != 1)
             return std::nullopt;
         return byte;
     }
@@ -108,12 +117,11 @@ public:
 private:
     bool waitForMore() {
         pollfd listening{connection_.number(), POLLIN, 0};
-        int ready = -1;
-        do {
+        const int ready = uninterrupted([&] {
             const auto left =
                 std::chrono::ceil<milliseconds>(end_ - std::chrono::steady_clock::now());
-            ready = poll(&listening, 1, static_cast<int>(std::max(left, milliseconds{0}).count()));
-        } while (ready < 0 && errno == EINTR);
+            return poll(&listening, 1, static_cast<int>(std::max(left, milliseconds{0}).count()));
+        });
         isTimeOver_ = ready == 0;
         return ready > 0;
     }
@@ -158,7 +166,10 @@ State stateAt(const std::string& name, milliseconds patience) {
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
     const Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // Where too many wait already, it has not taken anybody in for long.
-    if (connect(connection.number(), reinterpret_cast<const sockaddr*>(&place), size) != 0)
+    const auto goIn = [&] {
+        return connect(connection.number(), reinterpret_cast<const sockaddr*>(&place), size);
+    };
+    if (uninterrupted(goIn) != 0)
         return errno == EAGAIN ? State::silent : State::unknown;
     return stateOf(connection, patience);
 }

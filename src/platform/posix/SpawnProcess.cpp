@@ -19,6 +19,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/posix/Uninterrupted.h"
+
 // clone(), by the C library's other name for it, which no sanitizer stands before.
 extern "C" int cloneUnseen(int (*function)(void*), void* stack, int flags, void* argument,
                            ...) __asm__("__clone");
@@ -58,9 +60,11 @@ void resetDispositions() {
 // Close-on-exec covers the descriptors that we open ourselves. Libraries, and whoever started us,
 // may have left others open: everything above the standard streams is closed by number as well.
 bool placeDescriptors(const SpawnRequest& request) {
-    return syscall(SYS_dup3, request.input, STDIN_FILENO, 0) >= 0 &&
-           syscall(SYS_dup3, request.output, STDOUT_FILENO, 0) >= 0 &&
-           syscall(SYS_dup3, request.output, STDERR_FILENO, 0) >= 0;
+    const auto place = [](int from, int to) {
+        return uninterrupted([from, to] { return syscall(SYS_dup3, from, to, 0); }) >= 0;
+    };
+    return place(request.input, STDIN_FILENO) && place(request.output, STDOUT_FILENO) &&
+           place(request.output, STDERR_FILENO);
 }
 
 // No more than the child had a right to anyway, so it is not refused.
@@ -137,8 +141,7 @@ Result<SpawnedProcess, SpawnFailure> spawnProcess(const SpawnRequest& request) {
     if (task.failure.errorNumber == 0)
         return SpawnedProcess{pid, std::move(descriptor)};
     if (pid >= 0) {
-        while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-        }
+        uninterrupted([pid] { return waitpid(pid, nullptr, 0); });
     }
     return task.failure;
 }

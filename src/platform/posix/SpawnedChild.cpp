@@ -10,7 +10,9 @@
 #include <unistd.h>
 
 #include "platform/posix/DescriptorLimit.h"
+#include "platform/posix/Shortage.h"
 #include "platform/posix/SpawnProcess.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
 
@@ -35,12 +37,6 @@ std::vector<char*> pointersTo(const std::string* first, const std::vector<std::s
     return pointers;
 }
 
-// errno that the kernel gives when it is out of something, whatever we asked it for.
-bool isShortage(int errorNumber) {
-    return errorNumber == EAGAIN || errorNumber == ENOMEM || errorNumber == EMFILE ||
-           errorNumber == ENFILE;
-}
-
 LaunchError launchError(const SpawnFailure& failure, const ChildCommand& command) {
     if (failure.step == SpawnFailure::Step::create || isShortage(failure.errorNumber))
         return prepareError(failure.errorNumber);
@@ -50,9 +46,9 @@ LaunchError launchError(const SpawnFailure& failure, const ChildCommand& command
 }
 
 void killAndReap(pid_t pid) {
-    kill(pid, SIGKILL);
-    while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    // One that has taken another user's rights meanwhile may go on for ever; waiting is not.
+    if (kill(pid, SIGKILL) == 0)
+        uninterrupted([pid] { return waitpid(pid, nullptr, 0); });
 }
 
 }  // namespace

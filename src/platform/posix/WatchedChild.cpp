@@ -13,6 +13,18 @@
 
 namespace valdorn {
 
+namespace {
+
+// What can be read at this moment; where the kernel does not tell, as much as a pipe may hold.
+std::size_t bytesIn(const Descriptor& pipe) {
+    int readable = 0;
+    if (ioctl(pipe.number(), FIONREAD, &readable) != 0)
+        return LargePipes::largeBytes;
+    return static_cast<std::size_t>(readable);
+}
+
+}  // namespace
+
 WatchedChild::WatchedChild(SpawnedChild child, ChildHandlers handlers,
                            std::shared_ptr<OutputBudget> budget, LargePipes& largePipes)
     : child_(std::move(child)),
@@ -38,9 +50,8 @@ void WatchedChild::noteEnd() {
     if (exit_)
         return;
     exit_ = child_.process->reap();
-    int readable = 0;
-    if (exit_ && child_.output && ioctl(child_.output.number(), FIONREAD, &readable) == 0)
-        leftAtExitBytes_ = static_cast<std::size_t>(readable);
+    if (exit_ && child_.output)
+        leftAtExitBytes_ = bytesIn(child_.output);
 }
 
 // A read that falls short is not the last one: if the writers were gone already by then, the kernel

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cerrno>
+
+namespace valdorn {
+
+// Any thread. Makes a call of the C library, again for as long as a signal gets in its way: signals
+// are for whoever handles them, and not to be noticed by anybody else. `call` answers -1 and errno
+// on failure. Not for close(): Linux has closed by then.
+template <typename Call>
+auto uninterrupted(const Call& call) {
+    auto answer = call();
+    while (answer == -1 && errno == EINTR)
+        answer = call();
+    return answer;
+}
+
+}  // namespace valdorn

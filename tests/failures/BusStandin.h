@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <thread>
+
+namespace valdorn {
+
+// A session bus that lets one guest in, on a thread of its own.
+class BusStandin {
+public:
+    explicit BusStandin(const std::string& path);
+    BusStandin(const BusStandin&) = delete;
+    BusStandin& operator=(const BusStandin&) = delete;
+    // Ends also where no guest has come.
+    ~BusStandin();
+
+private:
+    void serve() const;
+
+    int listening_ = -1;
+    std::thread thread_;
+};
+
+}  // namespace valdorn

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "FailingCalls.h"
+#include "Instance.h"
+#include "support/TemporaryFolder.h"
+
+namespace valdorn {
+
+// What was to be seen in one part of a journey.
+struct Chapter {
+    std::string name;
+    std::vector<std::string> facts;
+    bool hasFailed = false;  // a planned failure has come in it or before it
+};
+
+struct Story {
+    std::vector<Chapter> chapters;
+    std::vector<std::string> wrongs;  // what must never be, whatever has failed
+    bool hasFailed = false;           // the first planned failure has come
+};
+
+// One life of the program with all that it has to do with the kernel: it starts after a crash that
+// has left a daemon behind, runs a runner that prints a lot, dies and is relaunched, follows its
+// log, edits a record, registers a second runner, stops, removes, quits, and starts and quits again.
+//
+// Each chapter ends in the same state, whatever has failed in it: what did not work is tried once
+// more, and then has to.
+class Journey {
+public:
+    explicit Journey(const std::vector<failing::Fault>& faults);
+    Journey(const Journey&) = delete;
+    Journey& operator=(const Journey&) = delete;
+    ~Journey();
+
+    // Once.
+    Story tell();
+
+private:
+    using RunnerRef = const std::shared_ptr<RunnerManager>&;
+
+    void prepareHome();
+    void leaveDaemonBehind();
+    void live();
+    void chapter(const char* name, void (Journey::*part)());
+
+    void begin();
+    void load();
+    void run();
+    void followLog();
+    void die();
+    void edit();
+    void login();
+    void registerRunner();
+    void greetBus();
+    void stop();
+    void runAgain();
+    void remove();
+    void say();
+    void quit();
+    void startAndQuitInHaste();
+
+    void fact(const std::string& text);
+    void wrong(const std::string& text);
+    // For what may be so only when a failure has come in this chapter.
+    void expect(bool isAsPlanned, const std::string& what);
+    bool hasFailedBefore() const;
+    bool hasFailed() const;
+    // By a failure that need not go unnoticed; of one of those calls.
+    bool mayBeHurt() const;
+    bool mayBeHurt(std::initializer_list<failing::Call> calls) const;
+
+    bool isUp(RunnerRef runner) const;
+    void settle(RunnerRef runner);
+    void bringUp(RunnerRef runner);
+    void awaitEndOfDaemons(RunnerRef runner);
+    bool edited(const std::string& name);
+    void tryToRegister();
+    void writeLine();
+    void endAbandoned() const;
+    void missAStream();
+    void removeBelowAFile();
+    void checkLeftover();
+    std::vector<pid_t> notedDaemons() const;
+    bool doesLedgerAgree();
+    RunnerRef legacy() const { return now_->store->first(); }
+    std::string support() const;
+    std::vector<pid_t> allDaemons() const;
+
+    void checkLog();
+    void checkNames();
+
+    const std::vector<failing::Fault>& faults_;
+    TemporaryFolder home_;
+    std::unique_ptr<Instance> now_;
+    std::shared_ptr<RunnerManager> second_;
+    std::vector<pid_t> died_;
+    pid_t leftBehind_ = -1;
+    bool isOver_ = false;  // the program could not go on, and has said so
+    bool wasFailedBefore_ = false;
+    Story story_;
+};
+
+}  // namespace valdorn

@@ -1,0 +1,109 @@
+#include "Seen.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include <signal.h>
+#include <sys/wait.h>
+
+#include "FailingCalls.h"
+
+namespace valdorn::seen {
+
+namespace {
+
+std::size_t entriesOf(const char* folder) {
+    const failing::Quiet quiet;
+    const std::filesystem::directory_iterator all(folder);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+}  // namespace
+
+std::size_t descriptors() {
+    return entriesOf("/proc/self/fd");
+}
+
+std::size_t threads() {
+    return entriesOf("/proc/self/task");
+}
+
+bool isChild(pid_t pid) {
+    const failing::Quiet quiet;
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+bool isRunningChild(pid_t pid) {
+    const failing::Quiet quiet;
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == 0;
+}
+
+bool hasAnyChild() {
+    const failing::Quiet quiet;
+    siginfo_t info{};
+    return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+int waitFor(pid_t pid) {
+    const failing::Quiet quiet;
+    siginfo_t info{};
+    waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED);
+    return info.si_code == CLD_EXITED ? info.si_status : -info.si_status;
+}
+
+std::size_t endAll(const std::vector<pid_t>& pids) {
+    const failing::Quiet quiet;
+    for (const pid_t pid : pids) {
+        if (isChild(pid))
+            kill(pid, SIGKILL);
+    }
+    std::size_t left = 0;
+    siginfo_t info{};
+    while (waitid(P_ALL, 0, &info, WEXITED) == 0)
+        ++left;
+    return left;
+}
+
+std::string content(const std::string& path) {
+    const failing::Quiet quiet;
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> lines(const std::string& path) {
+    std::istringstream text(content(path));
+    std::vector<std::string> all;
+    for (std::string line; std::getline(text, line);)
+        all.push_back(line);
+    return all;
+}
+
+std::vector<pid_t> launches(const std::string& folder) {
+    std::vector<pid_t> pids;
+    for (const std::string& line : lines(folder + "/launches"))
+        pids.push_back(static_cast<pid_t>(std::stol(line)));
+    return pids;
+}
+
+pid_t daemonIn(const std::string& folder) {
+    const auto all = launches(folder);
+    const auto last = std::find_if(all.rbegin(), all.rend(), isRunningChild);
+    return last == all.rend() ? -1 : *last;
+}
+
+std::vector<std::string> namesBelow(const std::string& folder) {
+    const failing::Quiet quiet;
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        names.push_back(entry.path().filename());
+    return names;
+}
+
+}  // namespace valdorn::seen
