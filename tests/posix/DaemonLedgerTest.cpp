@@ -283,6 +283,9 @@ TEST_F(UnnotedDaemonTest, WithANoteThatWasCutShortIsLeftAlone) {
 TEST_F(UnnotedDaemonTest, IsLaunchedThoughTheNoteCannotBeWritten) {
     std::filesystem::create_directory(birthPath());
     EXPECT_TRUE(startUnnoted().isRunning());
+    std::filesystem::remove(birthPath());
+    ASSERT_EQ(mkfifo(birthPath().c_str(), 0600), 0);
+    EXPECT_TRUE(startUnnoted().isRunning());
 }
 
 TEST_F(UnnotedDaemonTest, WritesDownNothingOfAForegroundRun) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -31,7 +32,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // A sanitizer makes each launch slow, and keeps memory for itself.
-constexpr bool isSanitized = VALDORN_SANITIZED != 0;
+constexpr bool isSanitized = !std::string_view(VALDORN_SANITIZE).empty();
 constexpr std::size_t runnerCount = 10;
 
 // Buffers find their size within the first thousands. The smallest leak of each relaunch would be

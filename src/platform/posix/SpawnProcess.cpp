@@ -79,14 +79,14 @@ void setCoreDumpLimit(const SpawnRequest& request) {
 // A process has a short name, and everything else there is numbers.
 constexpr std::size_t statBytes = 1024;
 
-// A note that cannot be written costs only the tidying up after a crash.
+// A note that cannot be written costs only the tidying up after a crash. Nobody is waited for.
 void writeBirth(const BirthNote& note) {
     std::array<char, statBytes> stat;
     const long self = syscall(SYS_openat, AT_FDCWD, "/proc/self/stat", O_RDONLY | O_CLOEXEC, 0);
     const long got = syscall(SYS_read, self, stat.data(), stat.size());
-    const long file =
-        syscall(SYS_openat, AT_FDCWD, note.path.c_str(),
-                O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    const long file = syscall(SYS_openat, AT_FDCWD, note.path.c_str(),
+                              O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                              S_IRUSR | S_IWUSR);
     if (got > 0 && file >= 0) {
         syscall(SYS_write, file, note.heading.data(), note.heading.size());
         syscall(SYS_write, file, stat.data(), got);

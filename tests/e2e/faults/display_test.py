@@ -53,7 +53,7 @@ class KilledServerAtAStartTest(KilledServerTest):
     def test_while_it_starts(self):
         chance = dice(self.id())
         puppets = self.puppet_runners({}, {}, {})
-        for _ in range(amount(50, 5, 1)):
+        for _ in range(amount(50, 3, 1)):
             desktop = Desktop()
             self.addCleanup(desktop.close)
             program = self.start(desktop=desktop)

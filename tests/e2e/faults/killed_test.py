@@ -87,7 +87,7 @@ class KilledCase(FaultCase):
 
 class KilledTest(KilledCase):
     def test_while_it_starts(self):
-        kills = amount(70, 14, 4)
+        kills = amount(70, 10, 4)
         for _ in range(kills):
             self.kill_within(self.start(), amount(0.25, 0.25, 3))
             if self.dice.random() < 0.4:
@@ -96,7 +96,7 @@ class KilledTest(KilledCase):
         self.say(kills)
 
     def test_while_it_runs(self):
-        kills = amount(30, 5, 2)
+        kills = amount(30, 3, 2)
         for _ in range(kills):
             self.kill_within(self.settle(), 0.5)
         self.settle()
@@ -115,7 +115,7 @@ class KilledTest(KilledCase):
         self.say(kills)
 
     def test_while_its_logs_grow(self):
-        kills = amount(30, 6, 2)
+        kills = amount(30, 3, 2)
         self.are_speaking = True
         said = []
         for number in range(kills):
@@ -149,7 +149,7 @@ class KilledWhileEditedTest(KilledCase):
     TEXT = "a-name-that-somebody-types-in-a-hurry"
 
     def test_while_the_list_is_edited(self):
-        kills = amount(25, 4, 1)
+        kills = amount(25, 3, 1)
         names = []
         for _ in range(kills):
             names.append(self.kill_while_typing())
@@ -189,7 +189,7 @@ class KilledWhileRegisteringTest(KilledCase):
     has_windows = True
 
     def test_while_it_registers(self):
-        kills = amount(15, 2, 1)
+        kills = amount(15, 1)
         registered = sum(self.kill_while_registering() for _ in range(kills))
         self.settle()
         self.say(kills)
