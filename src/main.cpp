@@ -1,6 +1,7 @@
 // Answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
+#include <QPixmapCache>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -20,6 +21,11 @@
 
 namespace valdorn {
 namespace {
+
+// Qt's style keeps pictures of buttons by the palette they were drawn with. A form that is made anew
+// for another runner brings new palettes, so the old pictures would only be kept: up to 10 MiB of
+// them, twice of what all the rest takes. This holds all windows of ours, on a sharp screen as well.
+constexpr int pictureCacheKilobytes = 1024;
 
 // Where the instance keeps its lock and ledger; on failure the reason is on standard error.
 std::optional<InstancePlace> findPlace(const HostInfo& host) {
@@ -55,6 +61,7 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     std::optional<TemporaryVariable> picturesBySocket(std::in_place, "QT_XCB_NO_MITSHM", "1");
     QApplication application(argumentCount, &programName);
     picturesBySocket.reset();
+    QPixmapCache::setCacheLimit(pictureCacheKilobytes);
     qInstallMessageHandler(usual);
     guard.reset();
     QApplication::setApplicationName(QStringLiteral("Valdorn"));

@@ -33,13 +33,16 @@ public:
     // Calls `callback` on each notify() until the subscription is dropped.
     [[nodiscard]] Subscription subscribe(Callback callback) VALDORN_ON_MAIN_THREAD {
         auto entry = std::make_shared<Callback>(std::move(callback));
+        // Before the list grows: what is never notified may be subscribed to again and again.
+        if (entries_.size() == entries_.capacity())
+            forgetThoseThatLeft();
         entries_.push_back(entry);
         return Subscription(std::move(entry));
     }
 
     // Calls every observer once, with the same arguments. An observer may destroy this list.
     void notify(Arguments... arguments) VALDORN_ON_MAIN_THREAD {
-        std::erase_if(entries_, [](const Entry& entry) { return entry.expired(); });
+        forgetThoseThatLeft();
         const std::vector<Entry> round = entries_;
         for (const Entry& entry : round) {
             if (const auto callback = entry.lock())
@@ -49,6 +52,11 @@ public:
 
 private:
     using Entry = std::weak_ptr<Callback>;
+
+    void forgetThoseThatLeft() VALDORN_ON_MAIN_THREAD {
+        std::erase_if(entries_, [](const Entry& entry) { return entry.expired(); });
+    }
+
     std::vector<Entry> entries_ VALDORN_MAIN_THREAD_ONLY;
 };
 

@@ -27,6 +27,8 @@ COMMANDS = {
     "./dev bench": RunBy("tests/docs/dev_test.py", '"bench"'),
     "./dev bench --short": RunBy("tests/docs/dev_test.py", '"bench", "--short"'),
     "./dev soak": RunBy("tests/docs/dev_test.py", '"soak"'),
+    "./dev soak simulation": RunBy("tests/docs/dev_test.py", '"soak", "simulation"'),
+    "./dev soak program": RunBy("tests/docs/dev_test.py", '"soak", "program"'),
     "./dev faults": RunBy("tests/docs/dev_test.py", '"faults"'),
     "./dev demo": RunBy("tests/docs/dev_test.py", '"demo"'),
     "./dev fuzz": RunBy("tests/docs/dev_test.py", '"fuzz"'),

@@ -77,13 +77,24 @@ class CommandTest(DevCase):
                                              "python3 bench/two.py build/dev --short"])
         self.assertFalse([call for call in self.calls() if call.endswith(" peer")])
 
-    def test_soak_plays_a_million_situations_from_a_seed_that_is_told(self):
+    def test_soak_plays_a_million_situations_and_then_watches_the_program_for_an_hour(self):
         self.sandbox.write("tree/build/dev/bin/simulation_tests", _NOTE, executable=True)
+        self.add_program("ctest", _NOTE + 'echo "for $VALDORN_SOAK_SECONDS s" >>"$HOME/calls"\n')
         self.dev("soak")
-        self.assertRegex(self.calls()[-1], r"^simulation_tests --soak=1000000 --seed=\d{10,}$")
-        self.dev("soak", "500", "7")
+        simulation, _, _, watched, seconds = self.calls()[-5:]
+        self.assertRegex(simulation, r"^simulation_tests --soak=1000000 --seed=\d{10,}$")
+        self.assertRegex(watched, r"^ctest --preset dev .*soak_test.* --timeout 4200 ")
+        self.assertEqual(seconds, "for 3600 s")
+
+    def test_each_soak_has_its_size(self):
+        self.sandbox.write("tree/build/dev/bin/simulation_tests", _NOTE, executable=True)
+        self.dev("soak", "simulation", "500", "7")
         self.assertEqual(self.calls()[-2:], ["cmake --build --preset dev --target simulation_tests",
                                              "simulation_tests --soak=500 --seed=7"])
+        self.dev("soak", "program", "60")
+        self.assertIn("cmake --build --preset dev --target valdorn demo_runner", self.calls())
+        self.assertIn(" --timeout 660 ", self.calls()[-1])
+        self.assertIn('no soak "500"', self.dev("soak", "500", status=2))
 
     def test_faults_are_done_in_full(self):
         self.add_program("ctest", _NOTE + 'echo "$VALDORN_FAULTS" >>"$HOME/calls"\n')

@@ -8,7 +8,7 @@ build_packages=(
 test_packages=(
     xvfb dbus openbox xdotool x11-utils xclip trayer xfce4-panel lxqt-panel
     qt6-wayland sway weston grim at-spi2-core desktop-file-utils imagemagick
-    python3 python3-dbus python3-gi libglib2.0-bin git
+    python3 python3-dbus python3-gi python3-xlib libglib2.0-bin git
     fonts-dejavu-core
 )
 bench_packages=(

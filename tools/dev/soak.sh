@@ -7,3 +7,27 @@ soak_simulation() {
     build dev simulation_tests || return
     build/dev/bin/simulation_tests --soak="$count" --seed="$seed"
 }
+
+# soak_program [SECONDS]: the finished program with ten busy runners. The samples of what it holds
+# are in build/dev/artefacts/soak.
+soak_program() {
+    local seconds=${1:-3600}
+    build dev valdorn demo_runner || return
+    VALDORN_SOAK_SECONDS=$seconds run_tests dev --tests-regex '^e2e\.soak_test$' \
+        --timeout $((seconds + 600)) --verbose
+}
+
+# soak [simulation [COUNT [SEED]] | program [SECONDS]]: both when none is named.
+soak() {
+    case "${1-}" in
+        "")
+            soak_simulation && soak_program
+            ;;
+        simulation) soak_simulation "${@:2}" ;;
+        program) soak_program "${@:2}" ;;
+        *)
+            echo "./dev: there is no soak \"$1\"" >&2
+            return 2
+            ;;
+    esac
+}

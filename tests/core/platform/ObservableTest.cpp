@@ -2,6 +2,7 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "platform/Observable.h"
 
@@ -183,6 +184,14 @@ TEST(ObserverListTest, ANotificationInsideANotificationReachesEveryone) {
         list.subscribe([&](int depth) { log += "b" + std::to_string(depth); });
     list.notify(0);
     EXPECT_EQ(log, "a0a1b1b0");
+}
+
+TEST(ObservableTest, KeepsNothingOfObserversThatLeaveWhileNothingChanges) {
+    Counter counter;
+    const std::size_t before = mallinfo2().uordblks;
+    for (int i = 0; i < 10'000; ++i)
+        const Subscription subscription = counter.onWillChange([] {});
+    EXPECT_LT(mallinfo2().uordblks, before + 10'000);
 }
 
 }  // namespace

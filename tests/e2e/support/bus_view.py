@@ -13,11 +13,11 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 def told_by(bus, pid):
     """Texts: of each object on each of its connections, the description, all properties, and what
     is in it, if it is a menu."""
-    for name in _connections_of(bus, pid):
+    for name in connections_of(bus, pid):
         yield from _told_below(bus, name, "/")
 
 
-def _connections_of(bus, pid):
+def connections_of(bus, pid):
     daemon = bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False)
     for name in daemon.ListNames():
         with contextlib.suppress(dbus.exceptions.DBusException):  # it may just have left
