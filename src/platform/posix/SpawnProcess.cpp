@@ -70,13 +70,13 @@ void setCoreDumpLimit(const SpawnRequest& request) {
     syscall(SYS_prlimit64, 0, RLIMIT_CORE, softAndHard.data(), nullptr);
 }
 
+// Gives what the child ends with.
 int fail(Task& task, Step step) {
     task.failure = {step, errno};
-    syscall(SYS_exit_group, 0);
     return 0;
 }
 
-// The child's own part: from its first moment to its executable.
+// The child's own part: from its first moment to its executable. Returning ends it.
 int runChild(void* argument) {
     Task& task = *static_cast<Task*>(argument);
     const SpawnRequest& request = task.request;
