@@ -11,9 +11,8 @@ public:
           task_(std::make_shared<MainQueue::Task>(std::move(task))) {}
 
     void cancel() override {
-        if (const auto queue = queue_.lock(); queue && armed)
-            (*queue)->armed_.erase(*armed);
-        armed.reset();
+        if (const auto queue = queue_.lock())
+            (*queue)->armed_.erase(armed);
         task_.reset();
     }
 
@@ -24,7 +23,7 @@ public:
     }
 
     const std::optional<std::chrono::milliseconds> period;
-    std::optional<Key> armed;
+    Key armed;  // the last place in the queue; no other task ever gets it
 
 private:
     std::weak_ptr<DeadlineQueue*> queue_;
@@ -62,7 +61,6 @@ std::vector<MainQueue::Task> DeadlineQueue::takeDue(TimePoint now) {
     while (!armed_.empty() && armed_.begin()->first.first <= now) {
         const auto entry = armed_.begin()->second;
         armed_.erase(armed_.begin());
-        entry->armed.reset();
         // Counted from now, not from the missed deadline: what was missed is not made up for.
         if (entry->period)
             insert(now + *entry->period, entry);

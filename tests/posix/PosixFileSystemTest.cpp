@@ -269,6 +269,17 @@ TEST_F(PosixFileSystemTest, ATemporaryFileOfAKilledProcessIsSteppedOver) {
     EXPECT_EQ(content(stale), "somebody's");
 }
 
+TEST_F(PosixFileSystemTest, AHundredNamesAreTriedForATemporaryFile) {
+    const std::string stale = ".valdorn-" + std::to_string(getpid()) + "-";
+    for (int name = 0; name < 100; ++name)
+        put(stale + std::to_string(name), "somebody's");
+    PosixFileSystem other;
+    EXPECT_EQ(number(other.replaceAtomically(folder / "file", "new")), EEXIST);
+    std::filesystem::remove(folder / (stale + "99"));
+    EXPECT_FALSE(files.replaceAtomically(folder / "file", "new"));
+    EXPECT_EQ(content("file"), "new");
+}
+
 TEST_F(PosixFileSystemTest, AFailingRenameLeavesNoTemporaryFile) {
     const std::string tooLong(256, 'n');
     EXPECT_EQ(number(files.replaceAtomically(folder / tooLong, "x")), ENAMETOOLONG);

@@ -50,6 +50,16 @@ TEST(PlainTextTest, CutsBetweenCharacters) {
     }
 }
 
+TEST(PlainTextTest, CutsARowOfFlagsBetweenTwo) {
+    // Which two letters are a flag is told by the beginning of the row only.
+    constexpr char16_t flag[] = u"\U0001F1F3\U0001F1F4";
+    const QString text =
+        repeated(u"a", 970) + repeated(flag, 10) + repeated(u"x", 10) + repeated(flag, 10);
+    EXPECT_EQ(PlainText::shortened(text + repeated(u"b", 990)),
+              repeated(u"a", 970) + repeated(flag, 7) + QChar(0x2026) + repeated(flag, 2) +
+                  repeated(u"b", 990));
+}
+
 TEST(PlainTextTest, CutsACharacterWithoutEnd) {
     for (const char16_t* const mark : {u"\u0301", u"\U0001F3FB"}) {
         const QString endless = u'a' + repeated(mark, 5000);

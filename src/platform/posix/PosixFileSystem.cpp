@@ -253,7 +253,7 @@ FileOutcome PosixFileSystem::replaceAtomically(const std::string& path, std::str
         path.substr(0, path.rfind('/') + 1) + ".valdorn-" + std::to_string(::getpid()) + "-";
     std::string temporary;
     Descriptor file;
-    for (int attempt = 0; !file; ++attempt) {
+    for (int attempt = 1; !file; ++attempt) {
         temporary = prefix + std::to_string(temporaries_++);
         file = Descriptor(openRetrying(temporary, O_WRONLY | O_CREAT | O_EXCL));
         if (!file && (errno != EEXIST || attempt == maxTemporaryNames))

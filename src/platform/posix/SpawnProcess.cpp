@@ -93,13 +93,13 @@ void writeBirth(const BirthNote& note) {
     }
 }
 
+// Gives what the child ends with.
 int fail(Task& task, Step step) {
     task.failure = {step, errno};
-    syscall(SYS_exit_group, 0);
     return 0;
 }
 
-// The child's own part: from its first moment to its executable.
+// The child's own part: from its first moment to its executable. Returning ends it.
 int runChild(void* argument) {
     Task& task = *static_cast<Task*>(argument);
     const SpawnRequest& request = task.request;

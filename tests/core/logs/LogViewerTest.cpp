@@ -1,5 +1,6 @@
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <random>
 #include <string>
@@ -17,6 +18,13 @@ namespace {
 
 using Scrolling = LogViewer::Scrolling;
 using Texts = std::vector<std::string>;
+
+// What this thread has computed so far, however busy the machine is.
+std::chrono::nanoseconds computed() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
 class LogViewerTest : public testing::Test {
 protected:
@@ -225,6 +233,21 @@ TEST_F(LogViewerTest, EqualValuesAndEqualResultsTellNobody) {
     EXPECT_TRUE(told.empty());  // the new line waits for its turn
     queue.runPosted();
     EXPECT_EQ(told, (std::vector{Scrolling::toLast}));
+}
+
+TEST_F(LogViewerTest, AddedLineCostsFarLessThanAllLines) {
+    // Marks make a line dear to look at.
+    for (std::size_t line = 0; line < LogTailer::maxLines; ++line)
+        write("Re\xCC\x81sume\xCC\x81 " + std::to_string(line) + "\n");
+    poll();
+    auto start = computed();
+    viewer->setQuery("sume");
+    const auto all = computed() - start;
+    write("one more, for which the first goes\n");
+    tailer->poll();
+    start = computed();
+    queue.runPosted();
+    EXPECT_LT(4 * (computed() - start), all);
 }
 
 TEST_F(LogViewerTest, ManyChangesInOneTurnAreTakenInOnce) {

@@ -89,6 +89,16 @@ TEST_F(RegistrationTest, FloodWithoutLineEndsKeepsOnlyTheTail) {
     EXPECT_TRUE(message.ends_with("xxxthe end"));
 }
 
+TEST_F(RegistrationTest, LineIsCutToItsEndWhenItIsOneByteTooLong) {
+    const std::string longest(RegistrationOutput::maxLineBytes, 'x');
+    RegistrationOutput output;
+    output.append(longest);
+    EXPECT_TRUE(output.message(1) == longest);
+    output.append("y");
+    const std::string tail(RegistrationOutput::keptTailCharacters - 1, 'x');
+    EXPECT_EQ(output.message(1), tail + "y");
+}
+
 TEST_F(RegistrationTest, FloodIsStillJudgedAsUtf8) {
     std::string dashes;
     for (int count = 0; count < 700000; ++count)

@@ -260,6 +260,13 @@ TEST(CaseFoldTest, HeapOfMarksIsFoundAndFoldedInStretches) {
     EXPECT_LT(key.find("\u0301"), 100U);
 }
 
+TEST(CaseFoldTest, StretchesOfAHeapOfMarksEndBetweenCodePoints) {
+    for (std::size_t before = 0; before < 130; ++before) {
+        const std::u32string text = U"e" + std::u32string(before, U'\u0301') + U"\U0001D165";
+        EXPECT_EQ(common.key(utf8(text)).text.find("\xEF\xBF\xBD"), std::string::npos) << before;
+    }
+}
+
 TEST(CaseFoldTest, EveryCharacterIsFoundInItsOtherCasesAndSpellings) {
     UErrorCode status = U_ZERO_ERROR;
     const auto* const composed = icu::Normalizer2::getNFCInstance(status);

@@ -1,4 +1,5 @@
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -90,6 +91,14 @@ TEST(Utf8Test, ACutOffCharacterIsReplacedOnce) {
     for (const std::string part : {"\xC3", "\xE2", "\xE2\x82", "\xE0\xA0", "\xED\x9F", "\xF0",
                                    "\xF0\x9F", "\xF0\x9F\x90", "\xF4\x8F", "\xF4\x8F\xBF"})
         EXPECT_EQ(replacementsOf(part), 1) << part.size();
+}
+
+TEST(Utf8Test, WhatStandsBehindTheBytesIsNoPartOfThem) {
+    for (const std::string_view whole : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x90\xA6"}) {
+        const std::string_view part = whole.substr(0, whole.size() - 1);
+        EXPECT_FALSE(isWellFormedUtf8(part));
+        EXPECT_EQ(decodedUtf8(part), "\xEF\xBF\xBD");
+    }
 }
 
 TEST(Utf8Test, OverlongFormsAreReplacedByteByByte) {
