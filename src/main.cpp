@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "app/CommandLine.h"
@@ -102,5 +103,11 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     valdorn::openMissingStandardStreams();
-    return valdorn::run(argc, argv);
+    try {
+        return valdorn::run(argc, argv);
+    } catch (const std::system_error& shortage) {
+        // Without a thread, or a descriptor to be woken by, there is nothing to run with.
+        std::fprintf(stderr, "valdorn: %s\n", shortage.what());
+        return EXIT_FAILURE;
+    }
 }

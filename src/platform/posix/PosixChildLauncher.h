@@ -33,7 +33,7 @@ public:
 
 private:
     const ChildSettings settings_;
-    const Descriptor null_;      // every child's input; there is nothing in it that one could take
+    const Descriptor null_;  // every child's input; there is nothing in it that one could take
     std::atomic<bool> isQuitting_ = false;
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;

@@ -59,6 +59,7 @@ bool withdraw() {
 
 QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onExit)
     : onQuit_(std::move(onQuit)), onExit_(std::move(onExit)) {
+    openPipe();  // may throw; then nobody is to be told of the end by one who never was
     {
         const std::lock_guard lock(presence);
         assert(!present);
@@ -68,7 +69,6 @@ QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onE
         if (present)
             present->leave();
     });
-    openPipe();
     installHandlers();
     // Known before ours is called, which may be at once: Qt's threads speak, too.
     handlerBefore = qInstallMessageHandler(nullptr);
