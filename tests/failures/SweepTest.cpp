@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <ostream>
@@ -98,27 +99,33 @@ protected:
         compare(story, fault.failure.isTransparent && !companion);
         return story.hasFailed;
     }
+
+    static void failAtEachPlace(const std::vector<Failure>& failures) {
+        bool isReached = true;
+        for (unsigned nth = 1; isReached; ++nth) {
+            isReached = false;
+            for (std::size_t at = 0; at < failures.size(); ++at) {
+                if (isEverythingAskedFor() || at == nth % failures.size())
+                    isReached = survives({GetParam(), nth, failures[at]}) || isReached;
+            }
+        }
+    }
 };
 
-// One failure at each place; everything that can fail there by turns, or all of it when asked for.
+// One failure at each place. What can be refused there comes by turns, or all of it when asked for;
+// a signal comes each time at once, which reaches every place, too.
 TEST_P(SweepTest, LeavesNothingWrong) {
     std::vector<Failure> refusals;
     for (const Failure* one = failing::kindOf(GetParam()).failures; one->error >= 0; ++one) {
-        if (!one->isTransparent || isEverythingAskedFor())
+        if (one->manner == Manner::shorten)
+            failAtEachPlace({*one});
+        else if (one->error == EINTR && !isEverythingAskedFor())
+            survives({GetParam(), 1, *one, true});
+        else
             refusals.push_back(*one);
-        for (const unsigned first : {1u, 2u}) {
-            if (one->isTransparent)
-                survives({GetParam(), first, *one, true});
-        }
     }
-    bool isReached = !refusals.empty();
-    for (unsigned nth = 1; isReached; ++nth) {
-        isReached = false;
-        for (std::size_t at = 0; at < refusals.size(); ++at) {
-            if (isEverythingAskedFor() || at == nth % refusals.size())
-                isReached = survives({GetParam(), nth, refusals[at]}) || isReached;
-        }
-    }
+    if (!refusals.empty())
+        failAtEachPlace(refusals);
 }
 
 std::string nameOf(const testing::TestParamInfo<Call>& info) {

@@ -46,10 +46,11 @@ auto* next(const char* name) {
     return found.load();
 }
 
-// Makes the call, or fails with what the function answers then.
+// Makes the call, or fails with what the function answers then. Part of the function that stands
+// before the other, so that whoever has called that is known.
 template <typename Make, typename Answer>
-Answer tell(Call call, Answer failed, const Make& make) {
-    const Verdict verdict = consult(call);
+[[gnu::always_inline]] inline Answer tell(Call call, Answer failed, const Make& make) {
+    const Verdict verdict = consult(call, __builtin_return_address(0));
     if (!verdict.fails)
         return make();
     if (verdict.failure.manner == Manner::refuseLate)
@@ -60,15 +61,15 @@ Answer tell(Call call, Answer failed, const Make& make) {
 
 // The same for functions that answer with the errno itself.
 template <typename Make>
-int tellNumber(Call call, const Make& make) {
-    const Verdict verdict = consult(call);
+[[gnu::always_inline]] inline int tellNumber(Call call, const Make& make) {
+    const Verdict verdict = consult(call, __builtin_return_address(0));
     return verdict.fails ? verdict.failure.error : make();
 }
 
 // The same for functions that move bytes; `make` is given how many.
 template <typename Make>
-ssize_t tellBytes(Call call, size_t bytes, const Make& make) {
-    const Verdict verdict = consult(call);
+[[gnu::always_inline]] inline ssize_t tellBytes(Call call, size_t bytes, const Make& make) {
+    const Verdict verdict = consult(call, __builtin_return_address(0));
     if (!verdict.fails)
         return make(bytes);
     if (verdict.failure.manner == Manner::shorten)

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
+#include <functional>
 
 namespace valdorn::failing {
 
@@ -10,8 +12,12 @@ namespace {
 std::atomic<bool> isArmed = false;
 thread_local int quietScopes = 0;
 
+const void* codeBegin = nullptr;
+const void* codeEnd = reinterpret_cast<const void*>(~std::uintptr_t{0});
+
 std::array<Fault, maxFaults> planned{};
 std::size_t plannedCount = 0;
+unsigned* report = nullptr;
 std::array<std::atomic<bool>, maxFaults> fired{};
 std::array<std::atomic<unsigned>, maxFaults> lastCut{};
 std::array<std::atomic<unsigned>, callCount> made{};
@@ -28,6 +34,8 @@ Verdict judge(std::size_t index, unsigned nth) {
     if (!isDue(fault, nth))
         return {};
     fired[index] = true;
+    if (report != nullptr)
+        report[callCount] = fired[0] ? 1 : 0;
     lastCut[index] = nth;
     return {true, fault.failure};
 }
@@ -45,6 +53,11 @@ void arm(const Fault* faults, std::size_t count) {
     isArmed = true;
 }
 
+void lookOnlyAt(const void* begin, const void* end) {
+    codeBegin = begin;
+    codeEnd = end;
+}
+
 void disarm() {
     isArmed = false;
 }
@@ -57,14 +70,20 @@ bool hasFired(std::size_t fault) {
     return fired[fault];
 }
 
+void reportIn(unsigned* numbers) {
+    report = numbers;
+}
+
 bool isLookedAt() {
     return isArmed && quietScopes == 0;
 }
 
-Verdict consult(Call call) {
-    if (!isLookedAt())
+Verdict consult(Call call, const void* caller) {
+    if (!isLookedAt() || std::less()(caller, codeBegin) || !std::less()(caller, codeEnd))
         return {};
     const unsigned nth = ++made[static_cast<std::size_t>(call)];
+    if (report != nullptr)
+        report[static_cast<std::size_t>(call)] = nth;
     for (std::size_t index = 0; index < plannedCount; ++index) {
         if (planned[index].call != call)
             continue;

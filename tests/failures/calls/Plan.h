@@ -10,8 +10,14 @@ struct Verdict {
     Failure failure{};
 };
 
-// Counts the call.
-Verdict consult(Call call);
+// Counts the call that is made from there.
+Verdict consult(Call call, const void* caller);
+
+// From here on only what is called from there is looked at.
+void lookOnlyAt(const void* begin, const void* end);
+
+// Counts and tells there as well: one number for each call, and whether the first fault has come.
+void reportIn(unsigned* numbers);
 
 bool isLookedAt();
 
