@@ -15,7 +15,7 @@ from support.program import is_alive
 from support.real_runner import REAL_RUNNER, build_or_skip
 from support.release_service import ReleaseService
 from support.settings_page import REGISTERED, SettingsPage
-from support.waiting import stays_true, wait_until
+from support.waiting import PATIENCE, stays_true, wait_until
 from support.window_case import WindowCase
 from support.windows import LOG, ONBOARDING, SETTINGS, STATUS
 
@@ -32,9 +32,12 @@ STATUS_PLACE = (644, 49)
 STATUS_SIZE = (480, 310)
 ASIDE = ("1000", "640")  # where the pointer brings up no tooltip
 
+# What passes by itself has to last longer where everything is slow.
+SLOWNESS = min(PATIENCE, 3)
+
 # In ms, of the server, so that the eye can follow: while it registers, and while it starts.
-SLOW_ANSWER = 700
-SLOWER_ANSWER = 2000
+SLOW_ANSWER = round(700 * SLOWNESS)
+SLOWER_ANSWER = round(2000 * SLOWNESS)
 NEXT_RELEASE = "v1.1.0"
 FILM_BYTES = 1_500_000
 STILL_BYTES = 150_000
@@ -186,7 +189,8 @@ class JourneyTest(WindowCase):
         self.close_window()
 
     def give_job(self, runner, seconds):
-        return self.server.give_job("acme/site", WORKFLOW.format(seconds=seconds), runner)
+        workflow = WORKFLOW.format(seconds=round(seconds * SLOWNESS))
+        return self.server.give_job("acme/site", workflow, runner)
 
     def add_another_runner(self):
         self.click(self.page.add_button())

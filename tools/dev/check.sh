@@ -16,6 +16,22 @@ check_benchmarks() {
     run_benchmarks dev --short
 }
 
+# Ten times is what an optimised program may be slower there when the machine does other things, too.
+check_heap() {
+    heading "valgrind: the program on its journey, with the build that the tests have made"
+    local logs=$PWD/build/dev/artefacts/valgrind
+    rm -rf "$logs"
+    mkdir -p "$logs"
+    build dev valdorn demo_runner register_runner pidfd_send_signal
+    local under="env LD_PRELOAD='$PWD/build/dev/bin/pidfd_send_signal.so'
+        valgrind --quiet --leak-check=full --num-callers=40 --error-exitcode=99
+        --suppressions='$PWD/tests/e2e/valgrind.supp' --log-file='$logs/%p.txt'"
+    VALDORN_UNDER=$under VALDORN_PATIENCE=10 run_tests dev --tests-regex '^e2e\.journey_test$' || {
+        cat "$logs"/*
+        return 1
+    }
+}
+
 check_tidy() {
     heading "clang: warnings, thread-safety analysis, clang-tidy"
     build tidy
@@ -53,6 +69,7 @@ check_memory() {
 check_all() {
     check_format
     check_benchmarks
+    check_heap
     check_tidy
     check_threads
     check_fuzzing

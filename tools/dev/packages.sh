@@ -21,6 +21,7 @@ package_packages=(librsvg2-bin dpkg-dev file git)
 check_packages=(
     clang-14 libclang-rt-14-dev clang-format-14 clang-tidy-14
     desktop-file-utils appstream mandoc lintian mmdebstrap uidmap git
+    valgrind
 )
 fuzz_packages=(clang-14 libclang-rt-14-dev python3)
 coverage_packages=(clang-14 libclang-rt-14-dev llvm-14 python3)

@@ -3,7 +3,7 @@
 import unittest
 
 from .desktop import Desktop
-from .program import Home, Program, run_once
+from .program import FOUND, UNDER, Home, Program, run_once
 from .puppet import DECLARED, PUPPET, Puppets
 from .tray import TrayHost
 from .waiting import AT_ONCE, wait_until
@@ -57,6 +57,7 @@ class ProgramCase(unittest.TestCase):
     def _close(self, program):
         try:
             program.quit()
+            self.assertFalse(UNDER and program.process.returncode == FOUND, " ".join(UNDER))
             if program not in self._outspoken:
                 self.assertEqual(program.stderr(), "")
         finally:

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shlex
 import shutil
 import signal
 import subprocess
@@ -12,6 +13,11 @@ from .waiting import pump, turns, wait_until
 
 VALDORN = os.environ["VALDORN_PROGRAM"]
 DEMO_RUNNER = os.environ["VALDORN_DEMO_RUNNER"]
+
+# A command that watches Valdorn while it runs, and ends with that status when it has found something:
+# valgrind with its options.
+UNDER = shlex.split(os.environ.get("VALDORN_UNDER", ""))
+FOUND = 99
 
 
 class Home:
@@ -113,7 +119,7 @@ class Program:
 
     def __init__(self, desktop, home, *arguments, command=(), **more):
         self._stderr = tempfile.TemporaryFile("w+")
-        self.process = subprocess.Popen([*command, VALDORN, *arguments],
+        self.process = subprocess.Popen([*command, *UNDER, VALDORN, *arguments],
                                         env=environment(desktop, home, **more),
                                         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                         stderr=self._stderr)

@@ -1,10 +1,14 @@
 """Waiting for something to become true, while the tray host of this process goes on answering."""
 
 import contextlib
+import os
 import threading
 import time
 
 from gi.repository import GLib
+
+# By how much longer everything may take, for a program that is made to run slowly.
+PATIENCE = float(os.environ.get("VALDORN_PATIENCE", 1))
 
 # Seconds that nobody takes for a wait.
 AT_ONCE = 2.0
@@ -50,6 +54,7 @@ def pump():
 
 def wait_until(condition, what, seconds=20.0):
     """Returns the first truthy answer of `condition`, looked at every 20 ms."""
+    seconds *= PATIENCE
     deadline = time.monotonic() + seconds
     while True:
         pump()
