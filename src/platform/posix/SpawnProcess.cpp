@@ -103,6 +103,9 @@ int fail(Task& task, Step step) {
 int runChild(void* argument) {
     Task& task = *static_cast<Task*>(argument);
     const SpawnRequest& request = task.request;
+    // While a limit on the size of files is ignored, as it is by us: the child would die of it.
+    if (request.birthNote)
+        writeBirth(*request.birthNote);
     resetDispositions();
     // A group of its own keeps a Ctrl-C in our terminal from it.
     if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(request))
@@ -112,8 +115,6 @@ int runChild(void* argument) {
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);
     setCoreDumpLimit(request);
-    if (request.birthNote)
-        writeBirth(*request.birthNote);
     setMask({}, nullptr);
     syscall(SYS_execve, request.executable, request.arguments, request.environment);
     return fail(task, Step::execute);
