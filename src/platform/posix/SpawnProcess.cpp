@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <utility>
 
 #include <fcntl.h>
@@ -76,10 +77,20 @@ void setCoreDumpLimit(const SpawnRequest& request) {
     syscall(SYS_prlimit64, 0, RLIMIT_CORE, softAndHard.data(), nullptr);
 }
 
+// Takes back a signal that waits to be let through.
+void discard(int signal) {
+    SignalSet only{};
+    const auto bit = static_cast<unsigned>(signal - 1);
+    only[bit / 8] = static_cast<unsigned char>(1U << bit % 8);
+    constexpr timespec atOnce{};
+    syscall(SYS_rt_sigtimedwait, only.data(), nullptr, &atOnce, signalSetBytes);
+}
+
 // A process has a short name, and everything else there is numbers.
 constexpr std::size_t statBytes = 1024;
 
-// A note that cannot be written costs only the tidying up after a crash. Nobody is waited for.
+// A note that cannot be written, as no file may be so large, costs only the tidying up after a crash.
+// Nobody is waited for.
 void writeBirth(const BirthNote& note) {
     std::array<char, statBytes> stat;
     const long self = syscall(SYS_openat, AT_FDCWD, "/proc/self/stat", O_RDONLY | O_CLOEXEC, 0);
@@ -90,6 +101,7 @@ void writeBirth(const BirthNote& note) {
     if (got > 0 && file >= 0) {
         syscall(SYS_write, file, note.heading.data(), note.heading.size());
         syscall(SYS_write, file, stat.data(), got);
+        discard(SIGXFSZ);
     }
 }
 
@@ -103,9 +115,6 @@ int fail(Task& task, Step step) {
 int runChild(void* argument) {
     Task& task = *static_cast<Task*>(argument);
     const SpawnRequest& request = task.request;
-    // While a limit on the size of files is ignored, as it is by us: the child would die of it.
-    if (request.birthNote)
-        writeBirth(*request.birthNote);
     resetDispositions();
     // A group of its own keeps a Ctrl-C in our terminal from it.
     if (syscall(SYS_setpgid, 0, 0) != 0 || !placeDescriptors(request))
@@ -115,6 +124,8 @@ int runChild(void* argument) {
     if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) != 0)
         return fail(task, Step::create);
     setCoreDumpLimit(request);
+    if (request.birthNote)
+        writeBirth(*request.birthNote);
     setMask({}, nullptr);
     syscall(SYS_execve, request.executable, request.arguments, request.environment);
     return fail(task, Step::execute);
