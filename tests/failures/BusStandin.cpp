@@ -1,4 +1,4 @@
-#include "BusStandin.h"
+#include "failures/BusStandin.h"
 
 #include <array>
 #include <cstring>
@@ -9,7 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "FailingCalls.h"
+#include "failures/calls/FailingCalls.h"
 
 namespace valdorn {
 

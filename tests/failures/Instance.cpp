@@ -1,4 +1,4 @@
-#include "Instance.h"
+#include "failures/Instance.h"
 
 namespace valdorn {
 

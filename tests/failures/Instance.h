@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "AwaitedQueue.h"
 #include "fleet/RunnersStore.h"
 #include "platform/posix/AutostartRegistry.h"
 #include "platform/posix/DaemonLedger.h"
@@ -19,6 +18,7 @@
 #include "platform/posix/RecordingChildLauncher.h"
 #include "platform/posix/ThreadBackgroundQueue.h"
 #include "runner/RegistrationForm.h"
+#include "support/AwaitedQueue.h"
 #include "support/MemoryUserDefaults.h"
 
 namespace valdorn {

@@ -1,4 +1,4 @@
-#include "Journey.h"
+#include "failures/Journey.h"
 
 #include <algorithm>
 #include <array>
@@ -14,9 +14,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "BusStandin.h"
-#include "KeptLines.h"
-#include "Seen.h"
+#include "failures/BusStandin.h"
+#include "failures/KeptLines.h"
+#include "failures/Seen.h"
 #include "fleet/RunnerRecords.h"
 #include "logs/LogTailer.h"
 #include "platform/posix/DaemonRecords.h"

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "FailingCalls.h"
-#include "Instance.h"
+#include "failures/Instance.h"
+#include "failures/calls/FailingCalls.h"
 #include "support/TemporaryFolder.h"
 
 namespace valdorn {

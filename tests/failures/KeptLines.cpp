@@ -1,4 +1,4 @@
-#include "KeptLines.h"
+#include "failures/KeptLines.h"
 
 #include <algorithm>
 #include <cstdio>

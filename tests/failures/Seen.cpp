@@ -1,4 +1,4 @@
-#include "Seen.h"
+#include "failures/Seen.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -9,7 +9,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include "FailingCalls.h"
+#include "failures/calls/FailingCalls.h"
 
 namespace valdorn::seen {
 

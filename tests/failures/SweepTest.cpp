@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "FailingCalls.h"
-#include "Journey.h"
+#include "failures/Journey.h"
+#include "failures/calls/FailingCalls.h"
 
 namespace valdorn {
 namespace {

@@ -1,11 +1,9 @@
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -19,12 +17,12 @@
 #include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/PosixStage.h"
+#include "support/AwaitedQueue.h"
 #include "support/FixedBundleResources.h"
 #include "support/FixedHostInfo.h"
 #include "support/ManualBackgroundQueue.h"
 #include "support/MemoryUserDefaults.h"
 #include "support/TemporaryFolder.h"
-#include "support/VirtualMainQueue.h"
 
 namespace valdorn {
 namespace {
@@ -47,35 +45,6 @@ std::size_t wantedRounds() {
 
 // The lines of a child of tests/children/crash.cpp.
 const std::string complaint = "time=\"2026-11-21T08:00:00Z\" level=error msg=\"cannot go on\"\n";
-
-// Plays the main thread while a real reader thread posts to it.
-class StormQueue : public VirtualMainQueue {
-public:
-    void post(Task task) override {
-        VirtualMainQueue::post(std::move(task));
-        const std::lock_guard lock(mutex_);
-        isPosted_ = true;
-        posted_.notify_one();
-    }
-
-    // Runs what is posted until so many relaunches are due; false when that takes too long.
-    bool runUntilArmed(std::size_t count) {
-        while (armed() < count) {
-            std::unique_lock lock(mutex_);
-            if (!posted_.wait_for(lock, 60s, [this] { return isPosted_; }))
-                return false;
-            isPosted_ = false;
-            lock.unlock();
-            runPosted();
-        }
-        return true;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable posted_;
-    bool isPosted_ = false;  // guarded by mutex_
-};
 
 std::size_t openDescriptors() {
     const std::filesystem::directory_iterator listing("/proc/self/fd");
@@ -117,6 +86,11 @@ protected:
                R"(","name":"","instanceURL":"","labels":"","extraPath":"","legacy":false})";
     }
 
+    // Every runner has crashed and is to be relaunched.
+    bool areAllDue() {
+        return queue.runUntil([this] { return queue.armed() >= runnerCount; });
+    }
+
     // From one crash of all to the next. Nobody is launched a millisecond early.
     bool passRound() {
         const auto before = fleet->first()->startedAt();
@@ -124,12 +98,12 @@ protected:
         if (queue.armed() != runnerCount || fleet->first()->startedAt() != before)
             return false;
         queue.advance(1ms);
-        return fleet->first()->startedAt() == queue.now() && queue.runUntilArmed(runnerCount);
+        return fleet->first()->startedAt() == queue.now() && areAllDue();
     }
 
     TemporaryFolder home;
     const std::string support = home / "Library/Application Support/Valdorn";
-    StormQueue queue;
+    AwaitedQueue queue;
     ManualBackgroundQueue background;
     PosixFileSystem files;
     MemoryUserDefaults defaults;
@@ -145,7 +119,7 @@ TEST_F(RelaunchStormTest, LeavesNothingBehindButItsLog) {
     const std::size_t roundCount = wantedRounds();
     const std::string list = files.read(support + "/runners.json").value();
     fleet->startAllRegistered();
-    ASSERT_TRUE(queue.runUntilArmed(runnerCount));
+    ASSERT_TRUE(areAllDue());
     ASSERT_TRUE(passRound()) << "once, so that each thread and buffer is there";
     const std::size_t descriptors = openDescriptors();
     const std::size_t memoryBytes = usedMemoryBytes();

@@ -1,9 +1,6 @@
-#include <chrono>
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,44 +8,15 @@
 #include "platform/posix/PosixChildLauncher.h"
 #include "platform/posix/PosixFileSystem.h"
 #include "runner/RunnerManager.h"
+#include "support/AwaitedQueue.h"
 #include "support/FixedBundleResources.h"
 #include "support/FixedHostInfo.h"
 #include "support/ManualBackgroundQueue.h"
 #include "support/MemoryUserDefaults.h"
 #include "support/TemporaryFolder.h"
-#include "support/VirtualMainQueue.h"
 
 namespace valdorn {
 namespace {
-
-// Plays the main thread while a real reader thread posts to it.
-class AwaitedQueue : public VirtualMainQueue {
-public:
-    void post(Task task) override {
-        VirtualMainQueue::post(std::move(task));
-        const std::lock_guard lock(mutex_);
-        isPosted_ = true;
-        posted_.notify_one();
-    }
-
-    // Runs what is posted until something is armed; false when that takes too long.
-    bool runUntilArmed() {
-        while (armed() == 0) {
-            std::unique_lock lock(mutex_);
-            if (!posted_.wait_for(lock, std::chrono::seconds(60), [this] { return isPosted_; }))
-                return false;
-            isPosted_ = false;
-            lock.unlock();
-            runPosted();
-        }
-        return true;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable posted_;
-    bool isPosted_ = false;  // guarded by mutex_
-};
 
 // A runner whose act_runner is a script, with the kernel's pipes and files between them.
 class RunnerOverPipeTest : public testing::Test {
@@ -94,7 +62,7 @@ TEST_F(RunnerOverPipeTest, EveryLineOfAFloodIsKeptAndReadBeforeTheExitIs) {
     int changes = 0;
     const Subscription subscription = runner->onWillChange([&changes] { ++changes; });
     runner->start();
-    ASSERT_TRUE(queue.runUntilArmed()) << "no relaunch is due";
+    ASSERT_TRUE(queue.runUntil([this] { return queue.armed() > 0; })) << "no relaunch is due";
 
     std::string kept;
     for (int number = 1; number <= lines; ++number)

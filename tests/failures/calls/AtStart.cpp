@@ -17,7 +17,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "Plan.h"
+#include "failures/calls/Plan.h"
 
 namespace valdorn::failing {
 

@@ -1,7 +1,7 @@
 #include <array>
 #include <cerrno>
 
-#include "FailingCalls.h"
+#include "failures/calls/FailingCalls.h"
 
 namespace valdorn::failing {
 

@@ -29,7 +29,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "Plan.h"
+#include "failures/calls/Plan.h"
 
 using namespace valdorn::failing;
 

@@ -1,4 +1,4 @@
-#include "Plan.h"
+#include "failures/calls/Plan.h"
 
 #include <array>
 #include <atomic>

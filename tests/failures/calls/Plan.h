@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FailingCalls.h"
+#include "failures/calls/FailingCalls.h"
 
 namespace valdorn::failing {
 

@@ -23,7 +23,7 @@ public:
     // is looked at again after each post only.
     template <typename Condition>
     bool runUntil(const Condition& condition) {
-        constexpr std::chrono::seconds patience{15};
+        constexpr std::chrono::seconds patience{60};
         for (runPosted(); !condition(); runPosted()) {
             std::unique_lock lock(mutex_);
             if (!posted_.wait_for(lock, patience, [this] { return isPosted_; }))
