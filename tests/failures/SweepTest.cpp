@@ -128,6 +128,11 @@ TEST_P(SweepTest, LeavesNothingWrong) {
         failAtEachPlace(refusals);
 }
 
+// For gtest, which lists the tests with it.
+[[maybe_unused]] void PrintTo(Call call, std::ostream* stream) {
+    *stream << failing::kindOf(call).name;
+}
+
 std::string nameOf(const testing::TestParamInfo<Call>& info) {
     return failing::kindOf(info.param).name;
 }

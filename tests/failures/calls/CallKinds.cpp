@@ -37,6 +37,8 @@ constexpr std::array memory{refused(ENOMEM), end};
 constexpr std::array locks{interrupted, refused(ENOLCK), refused(EWOULDBLOCK), end};
 constexpr std::array looks{refused(EACCES), refused(ENOMEM), refused(EIO), end};
 constexpr std::array truncations{interrupted, refused(EIO), refused(EACCES), end};
+constexpr std::array reservations{interrupted, refused(ENOSPC), refused(EDQUOT),
+                                  Failure{Manner::refuse, EOPNOTSUPP, true}, end};
 constexpr std::array names{refused(ENAMETOOLONG), end};
 constexpr std::array accounts{interrupted, refused(EIO), refused(EMFILE), refused(ENOMEM), end};
 constexpr std::array limits{refused(EPERM), refused(EINVAL), end};
@@ -78,6 +80,7 @@ constexpr std::array<CallKind, callCount> kinds{{
     {"eventfd", descriptors.data()},
     {"eventfd_read", counters.data()},
     {"eventfd_write", counters.data()},
+    {"fallocate", reservations.data()},
     {"fchmod", permissions.data()},
     {"fclose", quietCloses.data()},
     {"fcntl_F_DUPFD_CLOEXEC", duplicates.data()},

@@ -22,6 +22,7 @@ enum class Call : int {
     eventfd,
     eventfdRead,
     eventfdWrite,
+    fallocate,
     fchmod,
     fclose,
     fcntlDuplicate,

@@ -267,6 +267,11 @@ int fchmod(int descriptor, mode_t mode) noexcept {
     return tell(Call::fchmod, -1, [&] { return next<&::fchmod>("fchmod")(descriptor, mode); });
 }
 
+int fallocate(int descriptor, int mode, off_t offset, off_t length) {
+    return tell(Call::fallocate, -1,
+                [&] { return next<&::fallocate>("fallocate")(descriptor, mode, offset, length); });
+}
+
 int ftruncate(int descriptor, off_t size) noexcept {
     return tell(Call::ftruncate, -1,
                 [&] { return next<&::ftruncate>("ftruncate")(descriptor, size); });
