@@ -474,9 +474,11 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNobodyElseUnderTheIdOfAnEndedChil
     const auto ledger = newLedger();
     RecordingChildLauncher recording(hasty, *ledger);
     ChildRecorder recorder;
+    ASSERT_FALSE(files.replaceContent(path() + ".birth", "its own"));
     ASSERT_TRUE(recording.launch({}, recorder.handlers()).ok());
     EXPECT_TRUE(recorder.waitForExit());
     EXPECT_FALSE(files.exists(path()));
+    EXPECT_FALSE(files.exists(path() + ".birth"));
 }
 
 TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
@@ -485,8 +487,10 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     DaemonLedger ledger(memory, "/ledger");
     RecordingChildLauncher recording(inner, ledger);
     ChildRecorder recorder;
+    ASSERT_FALSE(memory.replaceContent("/ledger.birth", "of the child that failed"));
     inner.failNextLaunch = LaunchError{LaunchError::Step::execute, ENOENT, "/x"};
     EXPECT_FALSE(recording.launch({}, recorder.handlers()).ok());
+    EXPECT_FALSE(memory.exists("/ledger.birth"));
     EXPECT_TRUE(recording.run({}, [](std::string_view) {}).ok());
     recording.shutDown();
     EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());

@@ -39,6 +39,9 @@ public:
     // A child that has ended already is not written down. Blocks for a small write.
     Entry note(std::int64_t pid);
 
+    // The child that was launched last needs no note: it has ended already, or never came to be.
+    void forgetBirth();
+
     // The child was asked to end by whoever launched it.
     void noteAsked(Entry entry);
 
@@ -72,7 +75,6 @@ private:
     };
 
     void write();  // mutex_ is held
-    void forgetBirth();
 
     FileSystem& files_;
     const std::string path_;

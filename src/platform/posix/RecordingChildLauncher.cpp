@@ -16,7 +16,9 @@ public:
 
     void begin(std::int64_t pid) {
         const std::lock_guard lock(mutex_);
-        if (!hasEnded_)
+        if (hasEnded_)
+            ledger_.forgetBirth();
+        else
             entry_ = ledger_.note(pid);
     }
 
@@ -70,8 +72,10 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> RecordingChildLauncher::launc
         onExit(exit);
     };
     auto launched = launcher_.launch(command, std::move(handlers));
-    if (!launched)
+    if (!launched) {
+        ledger_.forgetBirth();
         return launched.error();
+    }
     entry->begin(launched.value()->id());
     return std::unique_ptr<ChildProcess>(
         std::make_unique<RecordedChild>(std::move(launched.value()), entry));
