@@ -1,4 +1,5 @@
 #include <QDBusConnectionInterface>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,9 @@ protected:
     SessionBus::Connect connector() {
         return [this](const QString& name) {
             ++attempts;
-            return bus.connect(name);
+            auto connection = bus.connect(name);
+            whileConnecting();
+            return connection;
         };
     }
 
@@ -56,6 +59,7 @@ protected:
     VirtualMainQueue queue;
     ManualBackgroundQueue background;
     int attempts = 0;
+    std::function<void()> whileConnecting = [] {};
     std::string log;
     QDBusConnection connected{QStringLiteral("none yet")};
     std::optional<SessionBus> session;
@@ -127,6 +131,19 @@ TEST_F(SessionBusTest, BusThatIsFoundTooLateForUsIsLeftAgain) {
     queue.runPosted();
     EXPECT_EQ(log, "up down ");
     EXPECT_FALSE(QDBusConnection(QStringLiteral("valdorn-session")).isConnected());
+}
+
+// Whoever drops a connection that Qt is just handing over has it freed while it is in use.
+TEST_F(SessionBusTest, LookThatIsUnderWayAtTheEndIsLeftAlone) {
+    session->start();
+    loseBus();
+    bus.begin();
+    queue.advance(SessionBus::period);
+    whileConnecting = [this] { session.reset(); };
+    background.runAll();
+    EXPECT_TRUE(SessionBus::connection().isConnected());
+    queue.runPosted();
+    EXPECT_FALSE(SessionBus::connection().isConnected());
 }
 
 TEST_F(SessionBusTest, BusThatIsLostBeforeItIsHeardOfIsLookedForAgain) {

@@ -22,7 +22,8 @@ SessionBus::SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, C
       self_(std::make_shared<SessionBus*>(this)) {}
 
 SessionBus::~SessionBus() {
-    QDBusConnection::disconnectFromBus(connectionName());
+    if (!isLooking_)
+        QDBusConnection::disconnectFromBus(connectionName());
 }
 
 QDBusConnection SessionBus::connection() {
@@ -34,6 +35,7 @@ void SessionBus::start() {
 }
 
 void SessionBus::look() {
+    isLooking_ = true;
     backgroundQueue_.run(
         [&queue = mainQueue_, connect = connect_, weak = std::weak_ptr<SessionBus*>(self_)] {
             QDBusConnection bus = connect(connectionName());
@@ -47,6 +49,7 @@ void SessionBus::look() {
 }
 
 void SessionBus::onLooked(QDBusConnection bus) {
+    isLooking_ = false;
     // The connection itself says when it has lost the bus.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,

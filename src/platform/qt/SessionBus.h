@@ -37,7 +37,8 @@ public:
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
                Callbacks callbacks, WithoutBus withoutBus);
-    // Waits for a look that is under way.
+    // A look that is under way is left alone, and leaves the bus by itself: Qt's connections of one
+    // name are not made and dropped at the same time.
     ~SessionBus() override;
 
     // Connects here and now, so that hosts and a second start find us as soon as they can; later
@@ -63,6 +64,7 @@ private:
     const Callbacks callbacks_;
     const WithoutBus withoutBus_;
     State state_ = State::neverUp;
+    bool isLooking_ = false;
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };
