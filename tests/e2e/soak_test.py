@@ -26,7 +26,7 @@ RUNNERS = 10
 LOOKS = 5  # at each of the windows, in each round
 FOLDER = os.path.join(looks.ARTEFACTS, "soak")
 
-# The median of the last third less that of the first, after the warm-up.
+# The least in the last third less that in the first, after the warm-up.
 ALLOWED = {
     # Those of the children are taken off; what remains is the same to the last one, apart from the
     # pipes that a crashed runner's own children hold for a while.
