@@ -77,10 +77,11 @@ public:
         const std::string& path) const = 0;
 
     // Replaces the content in place, creating the file when it is missing; its folder must exist.
-    // Not atomic: a failure half-way leaves a part of the new content. Only a disk without room for
-    // it is noticed before, where the file system can tell; then the old content stays. For text of
-    // a few KiB: a program that is killed meanwhile leaves the old one, or the new one, perhaps with
-    // blanks behind it.
+    // Not atomic: a failure half-way leaves a part of the new content, one before the first byte the
+    // old content. A disk without room for all of it is noticed before, where the file system can
+    // tell. For text only: a program that is killed meanwhile leaves the old content or the new, perhaps
+    // with blanks behind it, where neither is longer than a page of memory (4 KiB); a longer one may
+    // be left half old, half new.
     [[nodiscard]] virtual FileOutcome replaceContent(const std::string& path,
                                                      std::string_view bytes) = 0;
 

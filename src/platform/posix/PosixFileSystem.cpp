@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -24,6 +25,9 @@ constexpr mode_t folderMode = 0700;
 
 // One call reads at most this much: large enough that a log's tail takes a few calls only.
 constexpr std::size_t readBytes = std::size_t{64} * 1024;
+
+// A longer text is none that we have written: no memory is spent to write blanks over it.
+constexpr off_t maxCoveredBytes = off_t{1024} * 1024;
 
 // A stale temporary file of a killed process is stepped over; so many cannot be by accident.
 constexpr int maxTemporaryNames = 100;
@@ -93,20 +97,26 @@ int reserve(int descriptor, std::size_t bytes) {
 std::string covering(std::string_view bytes, int descriptor) {
     struct stat old {};
     std::string text(bytes);
-    if (::fstat(descriptor, &old) == 0 && static_cast<std::size_t>(old.st_size) > bytes.size())
+    const bool isKnown = ::fstat(descriptor, &old) == 0 && old.st_size <= maxCoveredBytes;
+    if (isKnown && static_cast<std::size_t>(old.st_size) > bytes.size())
         text.resize(static_cast<std::size_t>(old.st_size), ' ');
     return text;
 }
 
 // Writes from the beginning and cuts off what is left of the old content, also behind a part that
-// was all that could be written. Returns 0 or the first errno.
+// was all that could be written; if that is nothing, the old content stays. Returns 0 or errno.
 int overwrite(int descriptor, std::string_view bytes) {
+    const auto whole = static_cast<off_t>(bytes.size());
     const int written = writeAll(descriptor, covering(bytes, descriptor));
     const off_t reached = ::lseek(descriptor, 0, SEEK_CUR);
-    const off_t end = std::min(reached, static_cast<off_t>(bytes.size()));
-    const auto cutOff = [=] { return ::ftruncate(descriptor, end); };
-    const int cut = end >= 0 && uninterrupted(cutOff) == 0 ? 0 : errno;
-    return written != 0 ? written : cut;
+    if (reached < 0)
+        return written != 0 ? written : errno;
+    if (reached == 0 && whole > 0)
+        return written;
+    const off_t end = std::min(reached, whole);
+    const int cut = uninterrupted([=] { return ::ftruncate(descriptor, end); }) == 0 ? 0 : errno;
+    // Nobody needs the blanks.
+    return reached < whole ? written : cut;
 }
 
 // Returns 0 or errno. A disk may refuse as late as here; EINTR is no refusal, Linux has closed the
@@ -160,13 +170,15 @@ public:
         std::string bytes(std::min<std::uint64_t>(maxBytes, there), '\0');
         std::size_t had = 0;
         while (had < bytes.size()) {
-            const ssize_t got = ::pread(file_.number(), bytes.data() + had, bytes.size() - had,
-                                        static_cast<off_t>(offset + had));
-            if (got < 0 && errno != EINTR)
+            const ssize_t got = uninterrupted([&] {
+                return ::pread(file_.number(), bytes.data() + had, bytes.size() - had,
+                               static_cast<off_t>(offset + had));
+            });
+            if (got < 0)
                 return FileError{errno, path_};
             if (got == 0)
                 break;  // it has become shorter meanwhile
-            had += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+            had += static_cast<std::size_t>(got);
         }
         bytes.resize(had);
         return bytes;
@@ -199,7 +211,7 @@ PosixFileSystem::PosixFileSystem() {
     surviveTheSizeLimit();
 }
 
-Result<std::string, FileError> PosixFileSystem::read(const std::string& path) const {
+Result<std::string, FileError> PosixFileSystem::read(const std::string& path) const try {
     auto opened = openRegular(path, O_RDONLY);
     if (!opened.ok())
         return opened.error();
@@ -207,14 +219,16 @@ Result<std::string, FileError> PosixFileSystem::read(const std::string& path) co
     while (true) {
         const std::size_t had = content.size();
         content.resize(had + readBytes);
-        const ssize_t got = ::read(opened.value().number(), content.data() + had, readBytes);
-        const int error = errno;
-        content.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const ssize_t got = uninterrupted(
+            [&] { return ::read(opened.value().number(), content.data() + had, readBytes); });
+        if (got < 0)
+            return FileError{errno, path};
+        content.resize(had + static_cast<std::size_t>(got));
         if (got == 0)
             return content;
-        if (got < 0 && error != EINTR)
-            return FileError{error, path};
     }
+} catch (const std::bad_alloc&) {
+    return FileError{ENOMEM, path};  // larger than what there is room for: not to be read
 }
 
 Result<std::unique_ptr<ReadHandle>, FileError> PosixFileSystem::openForReading(

@@ -4,9 +4,9 @@
 
 namespace valdorn {
 
-// Any thread. Makes a call of the C library, again for as long as a signal gets in its way: signals
-// are for whoever handles them, and not to be noticed by anybody else. `call` answers -1 and errno
-// on failure. Not for close(): Linux has closed by then.
+// Any thread. Makes a call, and makes it again while a signal interrupts it: signals are for whoever
+// handles them, and not to be noticed by anybody else. `call` answers -1 and errno on failure. Not for
+// close(): Linux has closed by then.
 template <typename Call>
 auto uninterrupted(const Call& call) {
     auto answer = call();
