@@ -15,9 +15,9 @@ const char* act(LaunchError::Step step) {
         case LaunchError::Step::execute:
             return "The executable could not be started";
         case LaunchError::Step::interrupted:
-            return "The program is quitting";
+            break;
     }
-    return "The process could not be launched";
+    return "The program is quitting";
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Leaves a process behind that keeps the output open, says "grandchild PID" and exits with 3. With
 // the argument "chatter" the one left behind writes on as fast as it can.
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,8 @@
 int main(int count, char** arguments) {
     const bool isChatty = count > 1 && std::string_view(arguments[1]) == "chatter";
     const pid_t grandchild = fork();
+    if (grandchild < 0)
+        std::exit(1);
     if (grandchild == 0) {
         alarm(children::lifetimeSeconds);
         while (isChatty)

@@ -23,6 +23,8 @@ void await() {
 
 void leave(const std::string& text) {
     const pid_t grandchild = fork();
+    if (grandchild < 0)
+        std::exit(1);
     if (grandchild == 0) {
         alarm(children::lifetimeSeconds);
         await();

@@ -26,6 +26,10 @@ protected:
         const rlimit dumping{wanted, before.rlim_max};
         EXPECT_EQ(setrlimit(RLIMIT_CORE, &dumping), 0);
     }
+    void SetUp() override {
+        if (before.rlim_max == 0)
+            GTEST_SKIP() << "no core may be dumped here, whoever asks";
+    }
     ~CoreDumpLimitTest() override { setrlimit(RLIMIT_CORE, &before); }
 
     static ChildCommand showLimits() { return {"/bin/cat", {"/proc/self/limits"}, "/", {}}; }

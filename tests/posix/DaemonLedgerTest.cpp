@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -6,63 +5,27 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/posix/DaemonLedger.h"
-#include "platform/posix/DaemonRecords.h"
-#include "platform/posix/PosixFileSystem.h"
 #include "platform/posix/RecordingChildLauncher.h"
-#include "posix/PosixStage.h"
-#include "support/ChildRecorder.h"
+#include "posix/LedgerStage.h"
 #include "support/MemoryChildLauncher.h"
 #include "support/MemoryFileSystem.h"
-#include "support/TemporaryFolder.h"
 
 namespace valdorn {
 
 namespace {
 
 using namespace std::chrono_literals;
-constexpr auto longEnough = 60s;
 
-// A ledger is made anew on the same file where an instance was killed and another one started.
-class DaemonLedgerTest : public testing::Test {
+class DaemonLedgerTest : public LedgerStage {
 protected:
-    ~DaemonLedgerTest() override {
-        for (const auto& child : children)
-            kill(static_cast<pid_t>(child->id()), SIGKILL);
-        for (const auto& recorder : recorders)
-            EXPECT_TRUE(recorder->waitForRelease());
-    }
-
-    ChildProcess& start(const ChildCommand& command) {
-        recorders.push_back(std::make_unique<ChildRecorder>());
-        auto child = launcher.launch(command, recorders.back()->handlers());
-        EXPECT_TRUE(child.ok());
-        EXPECT_TRUE(recorders.back()->waitForText("ready"));
-        children.push_back(std::move(child.value()));
-        return *children.back();
-    }
-
-    ChildProcess& startHanging() { return start(childCommand("hang")); }
-
-    std::unique_ptr<DaemonLedger> newLedger() {
-        return std::make_unique<DaemonLedger>(files, path());
-    }
-
-    std::string path() const { return folder / "ledger"; }
-
-    DaemonRecords written() const {
-        const auto text = files.read(path());
-        return text ? daemonRecordsIn(text.value()).value() : DaemonRecords{};
-    }
-
     // Changes what the killed instance has written about its one daemon.
     void forge(const std::function<void(DaemonRecords&)>& change) {
         DaemonRecords records = written();
@@ -80,12 +43,6 @@ protected:
         EXPECT_TRUE(stranger.isRunning());
         EXPECT_FALSE(files.exists(path())) << "the record is dropped";
     }
-
-    TemporaryFolder folder;
-    PosixFileSystem files;
-    std::vector<std::unique_ptr<ChildRecorder>> recorders;
-    PosixChildLauncher launcher;
-    std::vector<std::unique_ptr<ChildProcess>> children;
 };
 
 TEST_F(DaemonLedgerTest, EndsWhatAKilledInstanceHasLeft) {
@@ -186,124 +143,6 @@ TEST_F(DaemonLedgerTest, RecognisesAScriptByItsInterpreter) {
     newLedger()->note(start({script, {}, folder.path(), {}}).id());
     EXPECT_EQ(written().daemons.at(0).workingFolder, folder.path());
     EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
-}
-
-// Killed between the launch and the line in the ledger.
-class UnnotedDaemonTest : public DaemonLedgerTest {
-protected:
-    ChildProcess& startUnnoted(const std::string& name = "hang") {
-        recorders.push_back(std::make_unique<ChildRecorder>());
-        auto child = noting.launch(childCommand(name), recorders.back()->handlers());
-        EXPECT_TRUE(child.ok());
-        EXPECT_TRUE(recorders.back()->waitForText("ready"));
-        children.push_back(std::move(child.value()));
-        return *children.back();
-    }
-
-    void expectUntouchedWith(const std::string& note) {
-        ChildProcess& child = startUnnoted();
-        ASSERT_FALSE(files.replaceContent(birthPath(), note));
-        EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
-        EXPECT_TRUE(child.isRunning());
-        EXPECT_FALSE(files.exists(birthPath()));
-    }
-
-    std::string birthPath() const { return path() + ".birth"; }
-    std::string birth() const { return files.read(birthPath()).value(); }
-
-    PosixChildLauncher noting{{.coreDumpLimit = {}, .birthNote = newLedger()->birthNote()}};
-};
-
-TEST_F(UnnotedDaemonTest, IsEnded) {
-    ChildProcess& child = startUnnoted();
-    const auto outcome = newLedger()->endLeftovers(longEnough);
-    EXPECT_EQ(outcome.asked, 1u);
-    EXPECT_EQ(outcome.ended, 1u);
-    ASSERT_TRUE(recorders[0]->waitForExit());
-    EXPECT_EQ(recorders[0]->exit(), (ChildExit{ChildExit::Kind::signalled, SIGTERM}));
-    EXPECT_FALSE(files.exists(birthPath()));
-    EXPECT_FALSE(child.isRunning());
-}
-
-TEST_F(UnnotedDaemonTest, IsEndedBesideThoseThatWereNoted) {
-    newLedger()->note(startUnnoted().id());
-    startUnnoted();
-    EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 2u);
-}
-
-TEST_F(UnnotedDaemonTest, IsAskedOnceWhenItWasNotedAfterAll) {
-    const auto killed = newLedger();
-    ChildProcess& stubborn = startUnnoted("ignore_term");
-    const std::string note = birth();
-    killed->note(stubborn.id());
-    EXPECT_FALSE(files.exists(birthPath()));
-    ASSERT_FALSE(files.replaceContent(birthPath(), note));
-    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 1u);
-    EXPECT_EQ(written().daemons.size(), 1u);
-}
-
-TEST_F(UnnotedDaemonTest, IsNotedAgainWhenItDoesNotEnd) {
-    ChildProcess& stubborn = startUnnoted("ignore_term");
-    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 1u);
-    ASSERT_EQ(written().daemons.size(), 1u);
-    EXPECT_EQ(written().daemons[0].pid, stubborn.id());
-}
-
-TEST_F(UnnotedDaemonTest, IsNotLookedForAfterAPoliteQuit) {
-    const auto ledger = newLedger();
-    ChildProcess& stubborn = startUnnoted("ignore_term");
-    ledger->clear();
-    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 0u);
-    EXPECT_TRUE(stubborn.isRunning());
-}
-
-TEST_F(UnnotedDaemonTest, WithTheBirthOfAnotherIsLeftAlone) {
-    startUnnoted();
-    std::string note = birth();
-    const std::string ticks =
-        std::to_string(factsAbout(static_cast<pid_t>(children[0]->id()))->startTicks);
-    note.replace(note.find(' ' + ticks + ' ') + 1, 1, ticks[0] == '9' ? "8" : "9");
-    ASSERT_FALSE(files.replaceContent(birthPath(), note));
-    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
-    EXPECT_TRUE(children[0]->isRunning());
-}
-
-TEST_F(UnnotedDaemonTest, OfAnotherBootIsLeftAlone) {
-    startUnnoted();
-    expectUntouchedWith("boot another\n" + birth().substr(birth().find('\n') + 1));
-}
-
-TEST_F(UnnotedDaemonTest, WithANoteThatWasCutShortIsLeftAlone) {
-    startUnnoted();
-    const std::string note = birth();
-    for (const std::size_t length : {std::size_t{0}, note.find('\n') + 1, note.find(')')})
-        expectUntouchedWith(note.substr(0, length));
-}
-
-TEST_F(UnnotedDaemonTest, IsLaunchedThoughTheNoteCannotBeWritten) {
-    std::filesystem::create_directory(birthPath());
-    EXPECT_TRUE(startUnnoted().isRunning());
-    std::filesystem::remove(birthPath());
-    ASSERT_EQ(mkfifo(birthPath().c_str(), 0600), 0);
-    EXPECT_TRUE(startUnnoted().isRunning());
-}
-
-TEST_F(UnnotedDaemonTest, WritesDownNothingOfAForegroundRun) {
-    const auto ended = noting.run(childCommand("echo"), [](std::string_view) {});
-    ASSERT_TRUE(ended.ok());
-    EXPECT_FALSE(files.exists(birthPath()));
-}
-
-TEST_F(UnnotedDaemonTest, InheritsNothingFromTheNote) {
-    ChildRecorder plain;
-    ASSERT_TRUE(launcher.launch(childCommand("print_descriptors"), plain.handlers()).ok());
-    ChildRecorder noted;
-    ASSERT_TRUE(noting.launch(childCommand("print_descriptors"), noted.handlers()).ok());
-    ASSERT_TRUE(plain.waitForRelease() && noted.waitForRelease());
-    const auto count = [](const std::string& text) {
-        return std::count(text.begin(), text.end(), '\n');
-    };
-    EXPECT_EQ(count(noted.output()), count(plain.output()));
 }
 
 TEST_F(DaemonLedgerTest, IgnoresAFileThatMakesNoSense) {
@@ -495,6 +334,61 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     recording.shutDown();
     EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());
     EXPECT_TRUE(memory.atomicReplacements.empty());
+}
+
+// Takes the descriptors away until the end of the scope: what is open stays, nothing more can be had.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const rlimit none{0, before_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+// A sanitizer looks at objects through a pipe of its own.
+constexpr bool canDoWithoutDescriptors = std::string_view(VALDORN_SANITIZE).empty();
+
+TEST_F(DaemonLedgerTest, ADaemonThatCannotBeLookedAtKeepsTheNoteOfItsBirthUntilItEnds) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP();
+    MemoryFileSystem memory;
+    DaemonLedger ledger(memory, "/ledger");
+    ASSERT_FALSE(memory.replaceContent("/ledger.birth", "its own"));
+    const auto pid = startHanging().id();
+    DaemonLedger::Entry entry = 0;
+    {
+        const NoDescriptors none;
+        entry = ledger.note(pid);
+    }
+    EXPECT_TRUE(memory.exists("/ledger.birth"));
+    ledger.forget(entry);
+    EXPECT_FALSE(memory.exists("/ledger.birth"));
+}
+
+TEST_F(DaemonLedgerTest, APoliteQuitLeavesWrittenDownWhatItCouldNotAsk) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP();
+    MemoryFileSystem memory;
+    DaemonLedger ledger(memory, "/ledger");
+    ledger.note(startHanging().id());
+    {
+        const NoDescriptors none;
+        ledger.clear();
+    }
+    EXPECT_TRUE(memory.exists("/ledger"));
+    EXPECT_EQ(DaemonLedger(memory, "/ledger").endLeftovers(longEnough).ended, 1u);
+}
+
+// The first process is, nearly everywhere, one that we may not look at.
+TEST_F(DaemonLedgerTest, ForgetsARecordWhoseIdHasGoneToAnotherUsersProcess) {
+    expectUntouchedAfter([](DaemonRecords& records) { records.daemons[0].pid = 1; });
 }
 
 }  // namespace

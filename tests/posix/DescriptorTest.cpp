@@ -36,6 +36,8 @@ int outcomeOfPipe() {
 // are free: the error, 0 for a pipe above them, and `wrong` for anything else.
 int outcomeOfPipe(int freeNumbers) {
     const pid_t child = fork();
+    if (child < 0)
+        return wrong;
     if (child == 0) {
         leaveFree(freeNumbers);
         close(STDIN_FILENO);

@@ -60,6 +60,7 @@ TEST_F(InstanceLockTest, IsNoObstacleOnceItsHolderWasKilled) {
     ASSERT_EQ(pipe2(ready, O_CLOEXEC), 0);
     const std::string where = path();
     const pid_t holder = fork();
+    ASSERT_GE(holder, 0);
     if (holder == 0) {
         const auto lock = InstanceLock::acquire(where);
         const char answer = lock.ok() ? 'y' : 'n';

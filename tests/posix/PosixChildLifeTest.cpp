@@ -1,6 +1,5 @@
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <future>
 #include <memory>
@@ -17,6 +16,7 @@
 
 #include "children/ChildTools.h"
 #include "posix/PosixStage.h"
+#include "posix/ToldGrandchild.h"
 #include "support/ChildRecorder.h"
 
 namespace valdorn {
@@ -74,10 +74,6 @@ protected:
     // Far below the half second that a spinning thread takes, far above what sleeping takes.
     static constexpr std::chrono::milliseconds allowedIdleCost{100};
 
-    static std::int64_t grandchildIn(const std::string& output) {
-        return std::strtoll(output.c_str() + std::string("grandchild ").size(), nullptr, 10);
-    }
-
     std::vector<std::unique_ptr<ChildRecorder>> recorders;  // outlive the launcher
     std::unique_ptr<PosixChildLauncher> launcher = std::make_unique<PosixChildLauncher>();
     std::vector<std::int64_t> strangers;  // processes that no launcher ends
@@ -88,7 +84,7 @@ TEST_F(PosixChildLifeTest, ExitIsReportedWhileAGrandchildKeepsThePipe) {
     const auto child = launch(childCommand("leave_grandchild"), recorder);
     ASSERT_TRUE(recorder.waitForExit());
     EXPECT_EQ(recorder.exit(), (ChildExit{ChildExit::Kind::exited, 3}));
-    strangers.push_back(grandchildIn(recorder.output()));
+    strangers.push_back(toldGrandchild(recorder.output()));
     EXPECT_FALSE(isGone(strangers.back()));
 }
 
@@ -96,11 +92,7 @@ TEST_F(PosixChildLifeTest, AChattyGrandchildCannotPutOffTheExit) {
     ChildRecorder& recorder = newRecorder(Credits::dropAtOnce);
     const auto child = launch(childCommand("leave_grandchild", {"chatter"}), recorder);
     ASSERT_TRUE(recorder.waitForExit());
-    const std::string output = recorder.output();
-    const std::string mark = "grandchild ";
-    const auto at = output.find(mark);
-    ASSERT_NE(at, std::string::npos);
-    const std::int64_t grandchild = grandchildIn(output.substr(at));
+    const pid_t grandchild = toldGrandchild(recorder.output());
     // Nobody reads any more: it dies of SIGPIPE.
     EXPECT_TRUE(waitForEndOf(grandchild));
     EXPECT_EQ(recorder.callsAfterExit(), 0);
@@ -146,11 +138,11 @@ TEST_F(PosixChildLifeTest, WhatAGrandchildWritesAfterTheExitIsDiscarded) {
     const auto child = launch(
         childCommand("play", {"leave:too late", "fill:262145", "await", "print:end"}), recorder);
     ASSERT_TRUE(recorder.waitForBytes(262145));
-    const std::int64_t grandchild = grandchildIn(recorder.output());
+    const pid_t grandchild = toldGrandchild(recorder.output());
     kill(static_cast<pid_t>(child->id()), SIGUSR1);
     ASSERT_TRUE(waitForEndOf(child->id()));
     letTheReaderGoRound();
-    kill(static_cast<pid_t>(grandchild), SIGUSR1);
+    kill(grandchild, SIGUSR1);
     ASSERT_TRUE(waitForEndOf(grandchild));
     recorder.dropCredits();
     ASSERT_TRUE(recorder.waitForExit());
@@ -248,13 +240,11 @@ TEST_F(PosixChildLifeTest, AChildThatIgnoresTheRequestIsNotForced) {
 TEST_F(PosixChildLifeTest, TheRequestGoesToTheChildAndNotToItsDescendants) {
     ChildRecorder& recorder = newRecorder();
     ChildCommand command{
-        "/bin/sh", {"-c", childPath("hang") + " & echo started $!; wait"}, "/", {}};
+        "/bin/sh", {"-c", childPath("hang") + " & echo grandchild $!; wait"}, "/", {}};
     const auto child = launch(command, recorder);
-    ASSERT_TRUE(recorder.waitForText("started "));
+    ASSERT_TRUE(recorder.waitForText("grandchild "));
     ASSERT_TRUE(recorder.waitForText("ready\n"));
-    const std::string output = recorder.output();
-    const auto at = output.find("started ") + 8;
-    strangers.push_back(std::strtoll(output.c_str() + at, nullptr, 10));
+    strangers.push_back(toldGrandchild(recorder.output()));
     child->terminate();
     ASSERT_TRUE(recorder.waitForExit());
     EXPECT_FALSE(isGone(strangers.back()));

@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <cstdlib>
 #include <future>
 #include <string>
 #include <thread>
@@ -10,6 +9,7 @@
 
 #include "children/ChildTools.h"
 #include "posix/PosixStage.h"
+#include "posix/ToldGrandchild.h"
 
 namespace valdorn {
 
@@ -19,10 +19,6 @@ namespace {
 class PosixChildRunTest : public testing::Test {
 protected:
     using Outcome = Result<ChildExit, LaunchError>;
-
-    static std::int64_t numberIn(const std::string& text, const std::string& mark) {
-        return std::strtoll(text.c_str() + text.find(mark) + mark.size(), nullptr, 10);
-    }
 
     PosixChildLauncher launcher;
     std::string output;
@@ -52,13 +48,13 @@ TEST_F(PosixChildRunTest, FailedLaunchesSayWhy) {
 }
 
 TEST_F(PosixChildRunTest, ReadsOnAfterTheExitWhileAGrandchildKeepsThePipe) {
-    std::int64_t grandchild = 0;
+    pid_t grandchild = 0;
     // The end of the stream is what counts here, and it comes with the end of the grandchild.
     const auto outcome =
         launcher.run(childCommand("leave_grandchild"), [&](std::string_view chunk) {
             output += chunk;
-            grandchild = numberIn(output, "grandchild ");
-            kill(static_cast<pid_t>(grandchild), SIGTERM);
+            grandchild = toldGrandchild(output);
+            kill(grandchild, SIGTERM);
         });
     ASSERT_TRUE(outcome.ok());
     EXPECT_EQ(outcome.value(), (ChildExit{ChildExit::Kind::exited, 3}));

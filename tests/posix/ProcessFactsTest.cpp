@@ -78,6 +78,13 @@ TEST(ProcessFactsTest, TheBootHasAName) {
     EXPECT_EQ(bootId(), bootId());
 }
 
+TEST(ProcessFactsTest, BirthAgreesWithTheOtherFacts) {
+    const auto birth = birthOf(getpid());
+    ASSERT_TRUE(birth);
+    EXPECT_TRUE(birth->hasSameBirthAs(*factsAbout(getpid())));
+    EXPECT_FALSE(birthOf(0x3fffffff));
+}
+
 }  // namespace
 
 }  // namespace valdorn

@@ -22,6 +22,7 @@
 #include "support/FixedHostInfo.h"
 #include "support/ManualBackgroundQueue.h"
 #include "support/MemoryUserDefaults.h"
+#include "support/OpenDescriptors.h"
 #include "support/TemporaryFolder.h"
 
 namespace valdorn {
@@ -45,11 +46,6 @@ std::size_t wantedRounds() {
 
 // The lines of a child of tests/children/crash.cpp.
 const std::string complaint = "time=\"2026-11-21T08:00:00Z\" level=error msg=\"cannot go on\"\n";
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator listing("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
-}
 
 std::size_t usedMemoryBytes() {
     return mallinfo2().uordblks;

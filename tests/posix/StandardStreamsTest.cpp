@@ -18,6 +18,8 @@ bool isOpen(int number) {
 // nothing beyond them has been left open.
 bool areMended(int closed, int alsoClosed) {
     const pid_t child = fork();
+    if (child < 0)
+        return false;
     if (child == 0) {
         const int next = dup(STDERR_FILENO);  // the lowest number that is free
         close(next);

@@ -5,23 +5,16 @@
 
 #include <unistd.h>
 
+#include "platform/posix/DaemonRecords.h"
+
 namespace valdorn {
 
-namespace {
-
-std::string headingFor(const std::string& boot) {
-    return "boot " + boot + '\n';
+BirthNote BirthNote::at(std::string path, const std::string& boot) {
+    return {std::move(path), bootLine(boot)};
 }
 
-}  // namespace
-
-BirthNote BirthNote::at(std::string path) {
-    return {std::move(path), headingFor(bootId())};
-}
-
-std::optional<ProcessFacts> livingProcessOf(const std::string& birthNote) {
-    const std::string boot = bootId();
-    const std::string heading = headingFor(boot);
+std::optional<ProcessFacts> livingProcessOf(const std::string& birthNote, const std::string& boot) {
+    const std::string heading = bootLine(boot);
     if (boot.empty() || !birthNote.starts_with(heading))
         return std::nullopt;
     const std::string stat = birthNote.substr(heading.size());

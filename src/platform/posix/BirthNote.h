@@ -15,11 +15,12 @@ struct BirthNote {
     std::string path;
     std::string heading;  // the first line
 
-    // For children of this boot.
-    static BirthNote at(std::string path);
+    // Pure; any thread. For children of that boot, the present one.
+    static BirthNote at(std::string path, const std::string& boot);
 };
 
-// Any thread. The process that has written the text, if it lives, in this boot, and is this user's.
-std::optional<ProcessFacts> livingProcessOf(const std::string& birthNote);
+// Any thread; reads /proc. The process that has written the text in `boot`, the present one. Nothing
+// when the text is cut short or of another boot, or its process has ended or is another user's.
+std::optional<ProcessFacts> livingProcessOf(const std::string& birthNote, const std::string& boot);
 
 }  // namespace valdorn

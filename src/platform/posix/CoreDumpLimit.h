@@ -11,8 +11,8 @@ namespace valdorn {
 // of the process's life.
 //
 // Only the soft limit goes down: whoever wants a dump of a running instance raises it again from
-// outside (prlimit). A process that the kernel does not let be dumped at all would be one that its
-// user and the desktop cannot look at in /proc either.
+// outside (prlimit). Not PR_SET_DUMPABLE: its user and the desktop could then not look at the process
+// in /proc either.
 //
 // What a dump handler does with the limit is its own affair: that of systemd keeps to it.
 class CoreDumpLimit {

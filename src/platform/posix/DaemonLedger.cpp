@@ -33,7 +33,7 @@ std::vector<ProcessFacts> leftBehind(const FileSystem& files, const std::string&
                                      const std::string& birthPath, const std::string& boot) {
     auto daemons = noted(files, path, boot);
     const auto note = files.read(birthPath);
-    const auto last = note ? livingProcessOf(note.value()) : std::nullopt;
+    const auto last = note ? livingProcessOf(note.value(), boot) : std::nullopt;
     const auto isLast = [&last](const ProcessFacts& one) { return last->hasSameBirthAs(one); };
     if (last && std::none_of(daemons.begin(), daemons.end(), isLast))
         daemons.push_back(*last);
@@ -55,6 +55,12 @@ struct Sight {
     bool mayBeThere = false;                 // it could not be looked at
 };
 
+// True also where that cannot be seen.
+bool mayBeBornAs(const ProcessFacts& record) {
+    const auto birth = birthOf(record.pid);
+    return !birth || birth->hasSameBirthAs(record);
+}
+
 // The descriptor is opened first and the process looked at then: if it ends meanwhile and its id
 // goes to another, the descriptor still means the old one, and nobody is hit.
 Sight lookFor(const ProcessFacts& record, Likeness isLike) {
@@ -64,7 +70,7 @@ Sight lookFor(const ProcessFacts& record, Likeness isLike) {
     auto process = std::make_unique<PidDescriptor>(record.pid, std::move(descriptor.value()));
     const auto facts = factsAbout(record.pid);
     if (!facts)
-        return {nullptr, process->isRunning()};
+        return {nullptr, mayBeBornAs(record) && process->isRunning()};
     if (!((*facts).*isLike)(record))
         return {};
     return {std::move(process)};
@@ -120,11 +126,11 @@ DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
     const auto facts = factsAbout(static_cast<pid_t>(pid));
     const std::lock_guard lock(mutex_);
     const Entry entry = ++lastEntry_;
-    if (facts) {
-        noted_.emplace(entry, Noted{*facts});
-        write();
-    }
-    forgetBirth();
+    if (!facts)
+        return entry;
+    noted_.emplace(entry, Noted{*facts});
+    if (write())
+        forgetBirth();
     return entry;
 }
 
@@ -138,6 +144,8 @@ void DaemonLedger::forget(Entry entry) {
     const std::lock_guard lock(mutex_);
     if (noted_.erase(entry) > 0)
         write();
+    else if (entry == lastEntry_)
+        forgetBirth();  // its own: it could not be looked at
 }
 
 DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds patience) {
@@ -157,8 +165,8 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
     }
     const std::lock_guard lock(mutex_);
     leftovers_ = remaining;
-    write();
-    forgetBirth();
+    if (write())
+        forgetBirth();
     return {asked.size(), ended};
 }
 
@@ -170,7 +178,8 @@ void DaemonLedger::clear() {
             unasked.push_back(daemon.facts);
     }
     // A wrapper may have become the real program since it was noted.
-    askToEnd(unasked, &ProcessFacts::hasSameBirthAs);
+    const Asking asking = askToEnd(unasked, &ProcessFacts::hasSameBirthAs);
+    leftovers_.insert(leftovers_.end(), asking.unasked.begin(), asking.unasked.end());
     noted_.clear();
     write();
     forgetBirth();
@@ -182,12 +191,13 @@ void DaemonLedger::forgetBirth() {
 }
 
 // Nobody to tell when it fails, and nothing to do about it: the daemons run just as well.
-void DaemonLedger::write() {
+bool DaemonLedger::write() {
     DaemonRecords records{boot_, leftovers_};
     for (const auto& [entry, daemon] : noted_)
         records.daemons.push_back(daemon.facts);
-    const auto ignored = records.daemons.empty() ? files_.removeTree(path_)
-                                                 : files_.replaceAtomically(path_, textOf(records));
+    const auto failed = records.daemons.empty() ? files_.removeTree(path_)
+                                                : files_.replaceAtomically(path_, textOf(records));
+    return !failed;
 }
 
 }  // namespace valdorn

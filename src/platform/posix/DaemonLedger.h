@@ -32,11 +32,13 @@ public:
     DaemonLedger(FileSystem& files, std::string path);
 
     // What the launcher's children are to write their births into: one at a time is enough, as each
-    // launch is noted before the next.
-    BirthNote birthNote() const { return BirthNote::at(birthPath_); }
+    // launch of the one thread that launches is noted before the next.
+    BirthNote birthNote() const { return BirthNote::at(birthPath_, boot_); }
 
     // Notes a child that has just been launched: its executable is the one that the kernel runs.
-    // A child that has ended already is not written down. Blocks for a small write.
+    // A child that has ended already is not written down. One that cannot be written down, or not
+    // be looked at, keeps the note of its birth until it ends or the next one is born. Blocks for a
+    // small write.
     Entry note(std::int64_t pid);
 
     // The child that was launched last needs no note: it has ended already, or never came to be.
@@ -57,13 +59,13 @@ public:
     // Asks each daemon left by an earlier instance to end (SIGTERM, never more) and waits up to
     // `patience` for all of them together. Only a process that agrees with its record in id, start
     // time, owner, executable and folder, within the same boot, is asked; other records are
-    // dropped. What has not ended in time, or could not be looked at or asked, stays written down,
-    // so that the next start asks again.
+    // dropped. What has not ended in time, or could not be looked at or asked though nothing speaks
+    // against it, stays written down, so that the next start asks again.
     Leftovers endLeftovers(std::chrono::milliseconds patience);
 
     // The program quits politely: asks those of its daemons to end that nobody has asked (a runner
-    // that was launched twice has lost sight of its first daemon), and forgets them all. Leftovers
-    // that have not ended stay.
+    // that was launched twice has lost sight of its first daemon), and forgets them all. Those that
+    // could not be looked at or asked stay written down, and so do leftovers that have not ended.
     void clear();
 
 private:
@@ -74,7 +76,7 @@ private:
         bool isAsked = false;
     };
 
-    void write();  // mutex_ is held
+    bool write();  // mutex_ is held; false when it could not be written
 
     FileSystem& files_;
     const std::string path_;

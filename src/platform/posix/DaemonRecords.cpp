@@ -97,9 +97,13 @@ std::optional<ProcessFacts> daemonIn(std::string_view line) {
 
 }  // namespace
 
+std::string bootLine(const std::string& boot) {
+    return std::string(bootMark) + boot + '\n';
+}
+
 std::string textOf(const DaemonRecords& records) {
     std::string text = std::string(heading) + '\n';
-    text += std::string(bootMark) + records.boot + '\n';
+    text += bootLine(records.boot);
     for (const ProcessFacts& daemon : records.daemons)
         text += lineOf(daemon);
     return text + std::string(ending) + '\n';

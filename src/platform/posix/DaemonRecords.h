@@ -23,6 +23,9 @@ struct DaemonRecords {
     std::vector<ProcessFacts> daemons;
 };
 
+// The line that names the boot, with its end. Birth notes begin with it, too.
+std::string bootLine(const std::string& boot);
+
 std::string textOf(const DaemonRecords& records);
 
 // Nothing unless the text is whole and every line of it makes sense.

@@ -6,6 +6,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "platform/posix/Uninterrupted.h"
+
 namespace valdorn {
 
 ForegroundRun::ForegroundRun(SpawnedChild& child, const Descriptor& interrupt,
@@ -30,8 +32,7 @@ Result<ChildExit, LaunchError> ForegroundRun::wait() {
 // Waits. False when the waiting is to end instead, which comes first when both are so.
 bool ForegroundRun::isReadable(int number) {
     std::array<pollfd, 2> waits{{{interrupt_.number(), POLLIN, 0}, {number, POLLIN, 0}}};
-    while (poll(waits.data(), waits.size(), -1) < 0 && errno == EINTR) {
-    }
+    uninterrupted([&waits] { return poll(waits.data(), waits.size(), -1); });
     return waits[0].revents == 0;
 }
 

@@ -29,7 +29,6 @@ void leaveToDrain(int output) {
         .folder = "/",
         .input = output,
         .output = nowhere.value().number(),
-        .birthNote = nullptr,
     });
 }
 

@@ -101,7 +101,8 @@ Result<ChildExit, LaunchError> PosixChildLauncher::run(
 
 void PosixChildLauncher::shutDown() {
     isQuitting_ = true;
-    uninterrupted([this] { return eventfd_write(quitting_.number(), 1); });
+    // Refused only when it is full, and so readable.
+    std::ignore = uninterrupted([this] { return eventfd_write(quitting_.number(), 1); });
 }
 
 }  // namespace valdorn

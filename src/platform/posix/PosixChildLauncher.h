@@ -34,6 +34,7 @@ public:
 private:
     const ChildSettings settings_;
     const Descriptor null_;  // every child's input; there is nothing in it that one could take
+    // Set before quitting_; to look at it cannot fail, as a poll may.
     std::atomic<bool> isQuitting_ = false;
     const Descriptor quitting_;  // an eventfd, readable for ever once we shut down
     ChildReader reader_;

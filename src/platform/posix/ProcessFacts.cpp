@@ -13,6 +13,10 @@ namespace valdorn {
 
 namespace {
 
+std::string folderOf(pid_t pid) {
+    return "/proc/" + std::to_string(pid);
+}
+
 // Up to the end of the text or a zero byte: the kernel's answers are single lines, but a process
 // may have a line feed in its name.
 std::string contentOf(const std::string& path) {
@@ -65,15 +69,24 @@ std::optional<std::uint64_t> startTicksIn(const std::string& stat) {
     return ticks;
 }
 
-std::optional<ProcessFacts> factsAbout(pid_t pid) {
-    const std::string folder = "/proc/" + std::to_string(pid);
+std::optional<ProcessFacts> birthOf(pid_t pid) {
+    const std::string folder = folderOf(pid);
     struct stat status {};
     const auto startTicks = startTicksIn(contentOf(folder + "/stat"));
-    const auto executable = targetOf(folder + "/exe");
-    const auto workingFolder = targetOf(folder + "/cwd");
-    if (!startTicks || !executable || !workingFolder || stat(folder.c_str(), &status) != 0)
+    if (!startTicks || stat(folder.c_str(), &status) != 0)
         return std::nullopt;
-    return ProcessFacts{pid, *startTicks, status.st_uid, *executable, *workingFolder};
+    return ProcessFacts{pid, *startTicks, status.st_uid, {}, {}};
+}
+
+std::optional<ProcessFacts> factsAbout(pid_t pid) {
+    auto facts = birthOf(pid);
+    const auto executable = targetOf(folderOf(pid) + "/exe");
+    const auto workingFolder = targetOf(folderOf(pid) + "/cwd");
+    if (!facts || !executable || !workingFolder)
+        return std::nullopt;
+    facts->executable = *executable;
+    facts->workingFolder = *workingFolder;
+    return facts;
 }
 
 std::string bootId() {

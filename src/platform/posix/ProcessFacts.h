@@ -30,7 +30,10 @@ struct ProcessFacts {
 // Any thread. The facts about a process, or nothing when it has ended or is not ours to look at.
 std::optional<ProcessFacts> factsAbout(pid_t pid);
 
-// Field 22 of a text as in /proc/PID/stat; nothing when there is none.
+// Any thread. The same without executable and folder, for anybody's process.
+std::optional<ProcessFacts> birthOf(pid_t pid);
+
+// Any thread. Field 22 of a text as in /proc/PID/stat; nothing when there is none.
 std::optional<std::uint64_t> startTicksIn(const std::string& stat);
 
 // Any thread. Names the present boot of this computer: process ids and start times mean something

@@ -7,7 +7,8 @@ namespace valdorn {
 
 // Notes in a ledger each child that another launcher launches, until it has ended. Runs in the
 // foreground are not noted: they are over when the program is. Borrows both; the ledger outlives
-// the other launcher, whose thread forgets the children.
+// the other launcher, whose thread forgets the children. launch(): one thread at a time, as all
+// children write their births into one file.
 class RecordingChildLauncher : public ChildLauncher {
 public:
     RecordingChildLauncher(ChildLauncher& launcher, DaemonLedger& ledger);

@@ -90,7 +90,8 @@ public:
     Conversation(const Descriptor& connection, milliseconds patience)
         : connection_(connection), end_(std::chrono::steady_clock::now() + patience) {}
 
-    // False when it has hung up.
+    // False when it has hung up, and when its buffer is full, which our few words do not fill: then
+    // it counts as refusing.
     bool say(const std::string& words) const {
         std::string_view rest = words;
         while (!rest.empty()) {

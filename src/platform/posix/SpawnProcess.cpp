@@ -20,6 +20,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/posix/BirthNote.h"
 #include "platform/posix/Uninterrupted.h"
 
 // clone(), by the C library's other name for it, which no sanitizer stands before.
@@ -68,7 +69,8 @@ bool placeDescriptors(const SpawnRequest& request) {
            place(request.output, STDERR_FILENO);
 }
 
-// No more than the child had a right to anyway, so it is not refused.
+// No more than we were started with: refused only if somebody has lowered our hard limit since, and
+// then ours stays.
 void setCoreDumpLimit(const SpawnRequest& request) {
     const rlimit* const limit = request.coreDumpLimit;
     if (!limit)
@@ -89,8 +91,10 @@ void discard(int signal) {
 // A process has a short name, and everything else there is numbers.
 constexpr std::size_t statBytes = 1024;
 
-// A note that cannot be written, as no file may be so large, costs only the tidying up after a crash.
-// Nobody is waited for.
+// All signals are blocked here. A write beyond the limit on file sizes leaves a SIGXFSZ waiting, and
+// one to a named pipe that nobody reads any more a SIGPIPE; either would kill the child as soon as
+// signals are let through. A note that cannot be written costs only the tidying up after a crash. A
+// named pipe in its place is not waited for.
 void writeBirth(const BirthNote& note) {
     std::array<char, statBytes> stat;
     const long self = syscall(SYS_openat, AT_FDCWD, "/proc/self/stat", O_RDONLY | O_CLOEXEC, 0);
@@ -102,6 +106,7 @@ void writeBirth(const BirthNote& note) {
         syscall(SYS_write, file, note.heading.data(), note.heading.size());
         syscall(SYS_write, file, stat.data(), got);
         discard(SIGXFSZ);
+        discard(SIGPIPE);
     }
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
-#include <sys/resource.h>
 #include <sys/types.h>
 
 #include "platform/Result.h"
-#include "platform/posix/BirthNote.h"
 #include "platform/posix/Descriptor.h"
 
+struct rlimit;
+
 namespace valdorn {
+
+struct BirthNote;
 
 // Whom a new process runs, and with what. Everything is borrowed until it runs.
 struct SpawnRequest {
@@ -37,7 +39,8 @@ struct SpawnFailure {
     int errorNumber = 0;
 };
 
-// Any thread; returns when the child runs its executable. It has an empty signal mask, default
+// Any thread; returns when the child runs its executable, and so waits for the disk where there is a
+// birth note to write. The child has an empty signal mask, default
 // dispositions and a group of its own. A failure leaves no child behind.
 //
 // posix_spawn would do the same, but does not say which step has failed, and whom its pid names is

@@ -46,7 +46,7 @@ LaunchError launchError(const SpawnFailure& failure, const ChildCommand& command
 }
 
 void killAndReap(pid_t pid) {
-    // One that has taken another user's rights meanwhile may go on for ever; waiting is not.
+    // One that has taken another user's rights meanwhile cannot be killed, and is not waited for.
     if (kill(pid, SIGKILL) == 0)
         uninterrupted([pid] { return waitpid(pid, nullptr, 0); });
 }

@@ -22,7 +22,8 @@ Result<SpawnedChild, LaunchError> spawnChild(const ChildCommand& command, const 
                                              const ChildSettings& settings = {});
 
 // Kills and reaps a child that nobody has heard of yet, because something that it needs could not
-// be had. A child that somebody knows of is never killed.
+// be had. One that has taken another user's rights meanwhile goes on by itself. A child that somebody
+// knows of is never killed.
 void abandon(const PidDescriptor& process);
 
 }  // namespace valdorn
