@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "contracts/UserDefaultsContract.h"
+#include "platform/posix/PosixFileSystem.h"
 #include "platform/qt/IniUserDefaults.h"
 
 namespace valdorn {
@@ -20,11 +21,13 @@ public:
     IniDomain() { reopen(); }
     UserDefaults& defaults() { return *defaults_; }
     void reopen() {
-        defaults_.emplace(folder_.filePath(QStringLiteral("valdorn/valdorn.ini")).toStdString());
+        defaults_.emplace(files_,
+                          folder_.filePath(QStringLiteral("valdorn/valdorn.ini")).toStdString());
     }
 
 private:
     const QTemporaryDir folder_;
+    PosixFileSystem files_;
     std::optional<IniUserDefaults> defaults_;
 };
 
@@ -56,38 +59,40 @@ protected:
     }
 
     const QTemporaryDir folder_;
+    PosixFileSystem files_;
 };
 
 TEST_F(IniUserDefaultsTest, MissingFileHoldsNothingAndIsNotMade) {
-    const IniUserDefaults defaults(path());
+    const IniUserDefaults defaults(files_, path());
     EXPECT_EQ(defaults.string("labels"), std::nullopt);
     EXPECT_FALSE(defaults.boolean("hasConnected"));
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path())));
 }
 
 TEST_F(IniUserDefaultsTest, WrittenValueIsOnTheDiskAtOnce) {
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     defaults.setString("labels", "a,b; c=d \"e\" \\ —");
     defaults.setBoolean("hasConnected", true);
-    const IniUserDefaults again(path());
+    const IniUserDefaults again(files_, path());
     EXPECT_EQ(again.string("labels"), "a,b; c=d \"e\" \\ —");
     EXPECT_TRUE(again.boolean("hasConnected"));
 }
 
 TEST_F(IniUserDefaultsTest, CommasWrittenByHandStayPartOfTheText) {
     writeByHand("[General]\nlabels=ubuntu-latest:docker://node:20,host:host\n");
-    EXPECT_EQ(IniUserDefaults(path()).string("labels"), "ubuntu-latest:docker://node:20,host:host");
+    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"),
+              "ubuntu-latest:docker://node:20,host:host");
 }
 
 TEST_F(IniUserDefaultsTest, KeysBeforeAnySectionAreRead) {
     writeByHand("hasConnected=true\ninstanceURL=https://git.example\n");
-    const IniUserDefaults defaults(path());
+    const IniUserDefaults defaults(files_, path());
     EXPECT_TRUE(defaults.boolean("hasConnected"));
     EXPECT_EQ(defaults.string("instanceURL"), "https://git.example");
 }
 
 TEST_F(IniUserDefaultsTest, EqualValueIsNotWrittenAgain) {
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     defaults.setString("labels", "a");
     defaults.setBoolean("hasConnected", true);
     ASSERT_TRUE(QFile::remove(QString::fromStdString(path())));
@@ -97,7 +102,7 @@ TEST_F(IniUserDefaultsTest, EqualValueIsNotWrittenAgain) {
 }
 
 TEST_F(IniUserDefaultsTest, FallbacksLiveInMemoryOnly) {
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     defaults.registerFallbacks({{"labels", "fallback"}});
     defaults.setString("instanceURL", "x");
     EXPECT_TRUE(content().contains("instanceURL=x"));
@@ -106,7 +111,7 @@ TEST_F(IniUserDefaultsTest, FallbacksLiveInMemoryOnly) {
 
 TEST_F(IniUserDefaultsTest, OthersKeysInTheFileAreKept) {
     writeByHand("[General]\nforeign=1\n\n[Other]\nkey=value\n");
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     defaults.setString("labels", "a");
     EXPECT_TRUE(content().contains("foreign=1"));
     EXPECT_TRUE(content().contains("key=value"));
@@ -115,7 +120,7 @@ TEST_F(IniUserDefaultsTest, OthersKeysInTheFileAreKept) {
 TEST_F(IniUserDefaultsTest, ValueHoldsInMemoryWhenTheDiskRefuses) {
     QFile inTheWay(folder_.filePath(QStringLiteral("v")));
     ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     defaults.setString("labels", "a");
     defaults.setBoolean("hasConnected", true);
     EXPECT_EQ(defaults.string("labels"), "a");
@@ -125,7 +130,7 @@ TEST_F(IniUserDefaultsTest, ValueHoldsInMemoryWhenTheDiskRefuses) {
 TEST_F(IniUserDefaultsTest, NamedPipeIsNotWaitedFor) {
     QDir(folder_.path()).mkpath(QStringLiteral("v"));
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     EXPECT_EQ(defaults.string("labels"), std::nullopt);
     defaults.setString("labels", "a");
     defaults.setBoolean("hasConnected", true);
@@ -135,7 +140,7 @@ TEST_F(IniUserDefaultsTest, NamedPipeIsNotWaitedFor) {
 
 TEST_F(IniUserDefaultsTest, NamedPipeThatComesLaterIsNotWaitedFor) {
     writeByHand("[General]\nforeign=1\n");
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     ASSERT_EQ(defaults.string("foreign"), "1");
     ASSERT_EQ(unlink(path().c_str()), 0);
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
@@ -144,10 +149,76 @@ TEST_F(IniUserDefaultsTest, NamedPipeThatComesLaterIsNotWaitedFor) {
     EXPECT_FALSE(QFileInfo(QString::fromStdString(path())).isFile());
 }
 
+// A list within a list and so on, in the form in which Qt streams it.
+QByteArray nestedLists(int depth) {
+    QByteArray lists;
+    for (int level = 0; level < depth; ++level)
+        lists += QByteArray("\0\0\0\x09\0\0\0\x01", 8);
+    return lists;
+}
+
+TEST_F(IniUserDefaultsTest, AFileThatNobodyWroteByHandIsOverlookedAndLeftAsItIs) {
+    const QByteArray known = "[General]\nlabels=a\n";
+    const QByteArray lists = QByteArray(R"(\0\0\0\x9\0\0\0\x1)").repeated(100'000);
+    for (const QByteArray& strange :
+         {known + "other=@Variant(" + lists + ")\n", known + "other=@Variant(\\0\\0\\0\\x7f)\n",
+          known + "other=\"@DateTime(x)\"\n", known + "@Variant()=1\n",
+          known + "runnerName=" + QByteArray(65536, 'x') + "\n"}) {
+        SCOPED_TRACE(strange.left(60).toStdString());
+        writeByHand(strange);
+        IniUserDefaults defaults(files_, path());
+        EXPECT_EQ(defaults.string("labels"), std::nullopt);
+        defaults.setString("labels", "b");
+        EXPECT_EQ(defaults.string("labels"), "b");
+        EXPECT_TRUE(content() == strange);
+    }
+}
+
+TEST_F(IniUserDefaultsTest, AFileThatBecomesStrangeIsNotReadForAWrite) {
+    writeByHand("[General]\nlabels=a\n");
+    IniUserDefaults defaults(files_, path());
+    ASSERT_EQ(defaults.string("labels"), "a");
+    writeByHand("[General]\nother=@Variant(\\0\\0\\0\\x7f)\n");
+    defaults.setString("labels", "b");
+    EXPECT_EQ(defaults.string("labels"), "b");
+    EXPECT_FALSE(content().contains("labels"));
+}
+
+TEST_F(IniUserDefaultsTest, AFileAsLongAsItMayBeIsRead) {
+    QByteArray longest = "[General]\nlabels=a\nother=";
+    longest += QByteArray(65536 - longest.size(), 'x');
+    writeByHand(longest);
+    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "a");
+}
+
+// However it is written, the file is too short for lists that exhaust the stack.
+TEST_F(IniUserDefaultsTest, TheDeepestListsThatPassUnseenDoNoHarm) {
+    QByteArray deepest = "[General]\nlabels=a\nother=\"\\x40Variant(";
+    deepest += nestedLists((65536 - static_cast<int>(deepest.size()) - 2) / 8) + ")\"";
+    writeByHand(deepest);
+    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "a");
+}
+
+TEST_F(IniUserDefaultsTest, TextThatLooksLikeAValueOfQtIsText) {
+    for (const std::string text : {"@Variant(\\0)", "@DateTime(x)", "@@Variant(x)"}) {
+        IniUserDefaults(files_, path()).setString("labels", text);
+        EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), text);
+    }
+}
+
+TEST_F(IniUserDefaultsTest, APathThatIsNotUtf8IsNotTakenForAnother) {
+    const std::string odd = folder_.path().toStdString() + "/h\xff";
+    IniUserDefaults defaults(files_, odd + "/valdorn.ini");
+    defaults.setString("labels", "a");
+    EXPECT_EQ(defaults.string("labels"), "a");
+    EXPECT_EQ(QDir(folder_.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList());
+}
+
 TEST_F(IniUserDefaultsTest, WhatIsNoLockIsNotWaitedForInItsPlace) {
     writeByHand("");
     const std::string lock = path() + ".lock";
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     ASSERT_EQ(mkfifo(lock.c_str(), 0600), 0);
     setInMemoryOnly(defaults);
     ASSERT_EQ(unlink(lock.c_str()), 0);
@@ -161,14 +232,46 @@ TEST_F(IniUserDefaultsTest, ALockThatSomebodyKeepsIsNotWaitedForWithoutEnd) {
     writeByHand("");
     QLockFile kept(QString::fromStdString(path() + ".lock"));
     ASSERT_TRUE(kept.lock());
-    IniUserDefaults defaults(path());
+    IniUserDefaults defaults(files_, path());
     setInMemoryOnly(defaults);
     kept.unlock();
     // A later value is written, and is the one that counts.
     defaults.setString("labels", "b");
     EXPECT_EQ(defaults.string("labels"), "b");
-    EXPECT_EQ(IniUserDefaults(path()).string("labels"), "b");
+    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "b");
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path() + ".lock")));
+}
+
+TEST_F(IniUserDefaultsTest, WhatALockKeptFromTheDiskIsWrittenWhenItIsSetAgain) {
+    writeByHand("");
+    QLockFile kept(QString::fromStdString(path() + ".lock"));
+    ASSERT_TRUE(kept.lock());
+    IniUserDefaults defaults(files_, path());
+    setInMemoryOnly(defaults);
+    kept.unlock();
+    defaults.setString("labels", "a");
+    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "a");
+}
+
+TEST_F(IniUserDefaultsTest, WhatALockKeptFromTheDiskIsWrittenWithTheNextValue) {
+    writeByHand("");
+    QLockFile kept(QString::fromStdString(path() + ".lock"));
+    ASSERT_TRUE(kept.lock());
+    IniUserDefaults defaults(files_, path());
+    setInMemoryOnly(defaults);
+    kept.unlock();
+    defaults.setBoolean("hasConnected", true);
+    const IniUserDefaults again(files_, path());
+    EXPECT_EQ(again.string("labels"), "a");
+    EXPECT_TRUE(again.boolean("hasConnected"));
+}
+
+TEST_F(IniUserDefaultsTest, TheFolderThatItMakesIsClosedToOthers) {
+    IniUserDefaults defaults(files_, path());
+    defaults.setBoolean("hasConnected", true);
+    struct stat folder {};
+    ASSERT_EQ(stat(folder_.filePath(QStringLiteral("v")).toUtf8().constData(), &folder), 0);
+    EXPECT_EQ(folder.st_mode & 07777U, 0700U);
 }
 
 }  // namespace

@@ -1,42 +1,74 @@
 #include "platform/qt/IniUserDefaults.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QStringList>
 #include <QVariant>
+#include <tuple>
+#include <utility>
+
+#include "platform/FileSystem.h"
 
 namespace valdorn {
 
 namespace {
-
-// Whoever else writes the settings is done sooner.
-constexpr int lockPatienceMilliseconds = 200;
 
 bool isFileOrNothing(const QString& path) {
     const QFileInfo file(path);
     return !file.exists() || file.isFile();
 }
 
-// QSettings waits without end for its lock, whatever stands there.
+// Far more than the settings take. Qt reads a list within a list by recursion, eight bytes for
+// each: the stack is deep enough for a file full of them.
+constexpr qint64 maxFileBytes = qint64{64} * 1024;
+
+// Whether text stands there that means a value of Qt's own making: it would be read as anything
+// that Qt can stream. A text of ours that begins like that is written with another "@" before it.
+bool holdsStreamed(const QByteArray& content, const QByteArray& type) {
+    for (qsizetype at = content.indexOf(type); at >= 0; at = content.indexOf(type, at + 1)) {
+        if (at == 0 || content[at - 1] != '@')
+            return true;
+    }
+    return false;
+}
+
+// Whether QSettings may look at what stands there, which it does for each write as well.
+bool isFitOrNothing(const QString& path) {
+    if (!isFileOrNothing(path))
+        return false;
+    QFile file(path);
+    if (!file.open(QFile::ReadOnly))
+        return true;  // as nothing: Qt cannot read it either
+    const QByteArray content = file.read(maxFileBytes + 1);
+    return content.size() <= maxFileBytes && !holdsStreamed(content, "@Variant(") &&
+           !holdsStreamed(content, "@DateTime(");
+}
+
+// QSettings waits for its lock: until one that somebody keeps is 30 seconds old, and without end for
+// what is no file.
 bool canBeLocked(const QString& path) {
     const QString lockPath = path + QStringLiteral(".lock");
     if (!isFileOrNothing(lockPath))
         return false;
     QLockFile lock(lockPath);
-    return lock.tryLock(lockPatienceMilliseconds) || lock.error() != QLockFile::LockFailedError;
+    return lock.tryLock() || lock.error() != QLockFile::LockFailedError;
 }
 
 }  // namespace
 
-IniUserDefaults::IniUserDefaults(const std::string& path) {
+IniUserDefaults::IniUserDefaults(FileSystem& files, const std::string& path)
+    : files_(files), folder_(path.substr(0, path.rfind('/'))) {
     const QString file = QString::fromStdString(path);
-    if (isFileOrNothing(file))
+    // Qt would take a path that is not UTF-8 for another one, which is nobody's.
+    const bool isNamed = QFile::encodeName(file).toStdString() == path;
+    if (isNamed && isFitOrNothing(file))
         settings_.emplace(file, QSettings::IniFormat);
 }
 
 bool IniUserDefaults::canBeWritten() const {
-    return settings_ && isFileOrNothing(settings_->fileName()) &&
-           canBeLocked(settings_->fileName());
+    return settings_ && isFitOrNothing(settings_->fileName()) && canBeLocked(settings_->fileName());
 }
 
 std::optional<QString> IniUserDefaults::stored(const std::string& key) const {
@@ -75,16 +107,17 @@ void IniUserDefaults::setBoolean(const std::string& key, bool value) {
 }
 
 void IniUserDefaults::store(const std::string& key, const QString& value) {
-    if (stored(key) == value)
-        return;
     const QString name = QString::fromStdString(key);
-    if (!canBeWritten()) {
-        unsaved_.insert_or_assign(name, value);
+    if (stored(key) == value && !unsaved_.contains(name))
         return;
-    }
-    unsaved_.erase(name);
-    settings_->setValue(name, value);
-    // A refusing disk changes only the settings' status; the value holds in memory.
+    unsaved_.insert_or_assign(name, value);
+    if (!canBeWritten())
+        return;
+    // Qt would make it open to others. Where it cannot be made, nothing can be written either.
+    std::ignore = files_.makeFolders(folder_);
+    for (const auto& [waiting, latest] : std::exchange(unsaved_, {}))
+        settings_->setValue(waiting, latest);
+    // A refusing disk changes only the settings' status; the values hold in memory.
     settings_->sync();
 }
 
