@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/MainQueue.h"
+#include "platform/qt/InternetConnections.h"
 
 namespace valdorn {
 
@@ -49,8 +50,11 @@ bool isCutOff(const QNetworkReply& reply, std::size_t bodyBytes) {
 // One GET under way.
 class Exchange : public QObject, public HttpRequest {
 public:
-    Exchange(const HttpQuery& query, HttpClient::Completion completion)
-        : maxBodyBytes_(query.maxBodyBytes), completion_(std::move(completion)) {}
+    Exchange(const HttpQuery& query, HttpClient::Completion completion,
+             std::shared_ptr<const InternetConnections> connections)
+        : maxBodyBytes_(query.maxBodyBytes),
+          completion_(std::move(completion)),
+          connections_(std::move(connections)) {}
     ~Exchange() override { release(); }
 
     void start(MainQueue& queue, QNetworkAccessManager& manager, const HttpQuery& query) {
@@ -110,31 +114,47 @@ private:
 
     void release() {
         outcome_.cancel();
+        const auto connections = std::exchange(connections_, nullptr);
         QNetworkReply* const reply = reply_.data();
         if (!reply)
             return;
         reply_ = nullptr;
+        const bool isUnderWay = reply->isRunning();
         reply->disconnect(this);
         reply->abort();
         reply->deleteLater();
+        if (isUnderWay && isLast(connections))
+            connections->cut();
+    }
+
+    // Whether only this exchange and the client (which may be gone) still know the connections.
+    static bool isLast(const std::shared_ptr<const InternetConnections>& connections) {
+        return connections && connections.use_count() <= 2;
     }
 
     const std::size_t maxBodyBytes_;
     HttpClient::Completion completion_;
     std::string body_;
+    std::shared_ptr<const InternetConnections> connections_;  // until the end
     ScheduledTask outcome_;          // the failure that comes when nothing else does
     QPointer<QNetworkReply> reply_;  // belongs to the manager until it is released
 };
 
 }  // namespace
 
-NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue) : mainQueue_(mainQueue) {
+NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue)
+    : mainQueue_(mainQueue), connections_(std::make_shared<const InternetConnections>()) {
     // Otherwise Qt asks nobody whether there is a proxy.
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 }
 
+// Qt waits for its thread, five seconds at most.
+NetworkHttpClient::~NetworkHttpClient() {
+    connections_->cut();
+}
+
 std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
-    auto exchange = std::make_unique<Exchange>(query, std::move(completion));
+    auto exchange = std::make_unique<Exchange>(query, std::move(completion), connections_);
     exchange->start(mainQueue_, manager_, query);
     return exchange;
 }

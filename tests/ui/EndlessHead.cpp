@@ -1,0 +1,98 @@
+#include "ui/EndlessHead.h"
+
+#include <array>
+#include <csignal>
+#include <string_view>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace valdorn {
+
+namespace {
+
+constexpr std::size_t much = 1'000'000;
+
+bool sendAll(int connection, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+// In the child of a process with threads: system calls only.
+[[noreturn]] void serve(int listener, int progress, std::string_view begin, std::string_view more) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const int connection = accept(listener, nullptr, nullptr);
+    bool isTaken = sendAll(connection, begin);
+    bool isTold = false;
+    for (std::size_t sent = 0; isTaken; sent += more.size()) {
+        if (sent >= much && !isTold)
+            isTold = write(progress, "x", 1) == 1;
+        isTaken = sendAll(connection, more);
+    }
+    _exit(0);
+}
+
+int listenOnLoopback(int& port) {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const plain = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(bind(listener, plain, size), 0);
+    EXPECT_EQ(listen(listener, 1), 0);
+    EXPECT_EQ(getsockname(listener, plain, &size), 0);
+    port = ntohs(address.sin_port);
+    return listener;
+}
+
+}  // namespace
+
+EndlessHead::EndlessHead(const std::string& begin, const std::string& more) {
+    const int listener = listenOnLoopback(port_);
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    server_ = fork();
+    if (server_ == 0)
+        serve(listener, ends[1], begin, more);
+    EXPECT_GT(server_, 0);
+    progress_ = ends[0];
+    close(ends[1]);
+    close(listener);
+}
+
+EndlessHead::~EndlessHead() {
+    if (!isOver()) {
+        kill(server_, SIGKILL);
+        waitpid(server_, nullptr, 0);
+    }
+    close(progress_);
+}
+
+std::string EndlessHead::url() const {
+    return "http://127.0.0.1:" + std::to_string(port_) + "/";
+}
+
+bool EndlessHead::hasSentMuch() const {
+    pollfd progress{progress_, POLLIN, 0};
+    return poll(&progress, 1, 0) == 1 && (progress.revents & POLLIN) != 0;
+}
+
+bool EndlessHead::isOver() {
+    if (server_ > 0 && waitpid(server_, nullptr, WNOHANG) == server_)
+        server_ = -1;
+    return server_ < 0;
+}
+
+}  // namespace valdorn
