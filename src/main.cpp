@@ -1,18 +1,27 @@
 // Answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QPixmapCache>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
+#include <tuple>
 #include <utility>
+
+#include <unistd.h>
 
 #include "app/CommandLine.h"
 #include "platform/ApplicationId.h"
 #include "platform/posix/InstanceLock.h"
 #include "platform/posix/InstancePlace.h"
+#include "platform/posix/ProcessSignals.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/qt/TemporaryVariable.h"
 #include "program/Application.h"
@@ -24,9 +33,10 @@ namespace valdorn {
 namespace {
 
 // Qt's style keeps pictures of buttons by the palette they were drawn with. A form that is made anew
-// for another runner brings new palettes, so the old pictures would only be kept: up to 10 MiB of
-// them, twice of what all the rest takes. This holds all windows of ours, on a sharp screen as well.
-constexpr int pictureCacheKilobytes = 1024;
+// for another runner brings new palettes, so the old pictures would only be kept; and of each that
+// falls out Qt (6.4) keeps the name for ever, also when the cache is cleared. What does not fit in
+// is not remembered at all.
+constexpr int pictureCacheKilobytes = 0;
 
 // Where the instance keeps its lock and ledger; on failure the reason is on standard error.
 std::optional<InstancePlace> findPlace(const HostInfo& host) {
@@ -49,10 +59,36 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
     std::_Exit(EXIT_FAILURE);
 }
 
+// How long Qt may take to let go of the compositor.
+constexpr unsigned farewellSeconds = 1;
+
+// For when the program has done all of its own and only Qt is left. Once in some hundred ends Qt's
+// Wayland client (6.4) waits for ever for a thread of its own, which waits for another one to read
+// from the compositor; the lock of the instance would stay as long.
+void boundFarewell(int status) {
+    static volatile std::sig_atomic_t statusOfProcess;
+    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        return;
+    statusOfProcess = status;
+    std::signal(SIGALRM, [](int) { std::_Exit(statusOfProcess); });
+    alarm(farewellSeconds);
+}
+
+// Qt makes a thread for the bus at the first question about one, and where there can be no thread it
+// waits for that one for ever. So the question comes first, and only where a thread can be had:
+// otherwise throws std::system_error. And what the thread knows types from is made before it: when
+// Qt ends the process by std::exit(), the later one is destroyed first.
+void makeThreadOfBus() {
+    std::ignore = QDBusMetaType::typeToSignature(QMetaType::fromType<QDBusVariant>());
+    std::thread([] {}).join();
+    QDBusConnection(QStringLiteral("none"));
+}
+
 // `ledger`: see Application. Of the arguments Qt gets to see the program's name only: the others
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
+    makeThreadOfBus();
     std::optional<SilentBusGuard> guard(ground);
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
@@ -69,7 +105,9 @@ int runApplication(Ground& ground, const std::optional<std::string>& ledger, cha
     QApplication::setApplicationVersion(QStringLiteral(VALDORN_VERSION));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
     QApplication::setQuitOnLastWindowClosed(false);
-    return Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
+    const int status = Application(ground, instanceKeyOf(ground.host.homeFolder()), ledger).run();
+    boundFarewell(status);
+    return status;
 }
 
 int run(int argc, char** argv) {
@@ -103,10 +141,12 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     valdorn::openMissingStandardStreams();
+    valdorn::takeUsualSignals();
     try {
         return valdorn::run(argc, argv);
     } catch (const std::system_error& shortage) {
-        // Without a thread, or a descriptor to be woken by, there is nothing to run with.
+        // Without a thread, or a descriptor to be woken by, there is nothing to run with. What is
+        // thrown later ends the program, too, and the next start ends the daemons.
         std::fprintf(stderr, "valdorn: %s\n", shortage.what());
         return EXIT_FAILURE;
     }

@@ -142,7 +142,8 @@ void Application::terminate() {
     launcher().shutDown();
     if (ledger_)
         ledger_->clear();
-    QCoreApplication::quit();
+    if (!quitSignals_.isPastEventLoop())
+        QCoreApplication::quit();
 }
 
 void Application::onHostMissing() {

@@ -77,6 +77,7 @@ private:
     std::optional<RecordingChildLauncher> recorder_;
     ThreadBackgroundQueue backgroundQueue_;
     IniUserDefaults defaults_{
+        ground_.files,
         appendPathComponent(XdgFolders::configuration(ground_.host), "valdorn/valdorn.ini")};
     InstalledResources resources_{ground_.executable};
     const Services services_;

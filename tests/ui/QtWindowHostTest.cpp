@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QTest>
+#include <QWindow>
 #include <map>
 
 #include <gtest/gtest.h>
@@ -224,6 +225,35 @@ TEST_F(QtWindowHostTest, EmptyTokenTakesNothingAway) {
     host.useActivationToken("");
     host.show(log);
     EXPECT_EQ(view->tokenWhenShown, "leave-to-raise");
+}
+
+// As when the desktop says late that a window has the focus, and it has been closed meanwhile.
+class LateFocusTest : public QtWindowHostTest {
+protected:
+    LateFocusTest() {
+        host.show(log);
+        host.show(settings);
+        EXPECT_TRUE(runUntil([] { return window("settingsWindow")->isActiveWindow(); }));
+        window("logWindow")->activateWindow();
+        EXPECT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
+        window("settingsWindow")->activateWindow();
+        host.close(WindowKind::settings);
+        runReadyEvents();
+        EXPECT_NE(QGuiApplication::focusWindow(), nullptr);
+        EXPECT_EQ(QGuiApplication::focusWindow()->handle(), nullptr);
+    }
+};
+
+TEST_F(LateFocusTest, NoActivationIsAskedForInItsName) {
+    host.show(log);
+    runReadyEvents();
+    EXPECT_FALSE(window("logWindow")->isActiveWindow());
+}
+
+TEST_F(LateFocusTest, ATokenActivatesAllTheSame) {
+    host.useActivationToken("leave-to-raise");
+    host.show(log);
+    EXPECT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
 }
 
 }  // namespace

@@ -9,9 +9,11 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include "platform/MenuModel.h"
 #include "platform/qt/MenuRenderer.h"
+#include "platform/qt/XlibAnswers.h"
 
 namespace valdorn {
 
@@ -36,6 +38,14 @@ Qt::WindowFlags flagsFor(bool resizable) {
     const Qt::WindowFlags closable = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                      Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
     return resizable ? closable | Qt::WindowMinMaxButtonsHint : closable;
+}
+
+// Without a token Qt's Wayland client (6.4) asks on behalf of the window that has the focus, and
+// crashes when that one has been closed: it may be told of the focus too late. A window that is just
+// shown is given the focus all the same.
+bool canBeActivated() {
+    const QWindow* const focused = QGuiApplication::focusWindow();
+    return !focused || focused->handle() || qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN");
 }
 
 // To a screen reader Qt's plain widgets are stuffing, in a window of their own, too: it would not
@@ -102,7 +112,9 @@ void HostedWindow::present() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
-    activateWindow();
+    if (canBeActivated())
+        activateWindow();
+    readXlibAnswers();
 }
 
 void HostedWindow::setMenu(MenuModel* menu) {

@@ -59,7 +59,8 @@ bool withdraw() {
 
 QuitSignals::QuitSignals(std::function<void()> onQuit, std::function<void()> onExit)
     : onQuit_(std::move(onQuit)), onExit_(std::move(onExit)) {
-    openPipe();  // may throw; then nobody is to be told of the end by one who never was
+    // First, as it may throw: an object that never was must not stand in `present`.
+    openPipe();
     {
         const std::lock_guard lock(presence);
         assert(!present);
@@ -153,6 +154,7 @@ void QuitSignals::onMessage(QtMsgType type, const QMessageLogContext& context,
 }
 
 void QuitSignals::leave() {
+    isPastEventLoop_ = true;
     tell();
     onExit_();
     // What is still to be destroyed belongs to an event loop that will not come back.

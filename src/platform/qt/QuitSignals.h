@@ -33,6 +33,10 @@ public:
     // change nothing.
     void disarm() { onQuit_ = nullptr; }
 
+    // Whether the process is leaving in one of the other ways: then nothing of Qt's may be asked for
+    // any more, as what it keeps for each thread may be gone.
+    bool isPastEventLoop() const { return isPastEventLoop_; }
+
 private:
     void openPipe();
     void installHandlers();
@@ -43,6 +47,7 @@ private:
     static constexpr std::array<int, 3> signals_{SIGTERM, SIGINT, SIGHUP};
 
     std::function<void()> onQuit_;  // empty once told
+    bool isPastEventLoop_ = false;
     const std::function<void()> onExit_;
     std::array<int, 2> pipe_{-1, -1};
     std::unique_ptr<QSocketNotifier> notifier_;

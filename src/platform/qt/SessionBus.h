@@ -19,7 +19,7 @@ class SessionBus : public QObject {
 
 public:
     // Opens a connection of that name, connected or not. It may block, but not for long: the
-    // destruction waits for it. Any thread.
+    // background queue's end waits for it. Any thread.
     using Connect = std::function<QDBusConnection(const QString& name)>;
 
     struct Callbacks {
@@ -37,8 +37,9 @@ public:
     // The queues outlive this. No callback is called before start().
     SessionBus(MainQueue& mainQueue, BackgroundQueue& backgroundQueue, Connect connect,
                Callbacks callbacks, WithoutBus withoutBus);
-    // A look that is under way is left alone, and leaves the bus by itself: Qt's connections of one
-    // name are not made and dropped at the same time.
+    // A look that is under way is left alone: Qt's connections of one name are not made and dropped
+    // at the same time. What it opens is closed by the main queue's next turn, or else by the end of
+    // the process.
     ~SessionBus() override;
 
     // Connects here and now, so that hosts and a second start find us as soon as they can; later
@@ -64,7 +65,7 @@ private:
     const Callbacks callbacks_;
     const WithoutBus withoutBus_;
     State state_ = State::neverUp;
-    bool isLooking_ = false;
+    bool isLooking_ = false;  // the connection of our name is the background thread's
     ScheduledTask nextLook_;
     const std::shared_ptr<SessionBus*> self_;  // what a look that is under way asks whether we live
 };

@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 
 from .desktop import Desktop
-from .waiting import wait_until
+from .waiting import TimedOut, wait_until
 
 _SWAY_SETTINGS = """
 output HEADLESS-1 mode 1280x800@60Hz position 0 0
@@ -84,7 +84,10 @@ class WaylandDesktop(Desktop):
         return next((view["name"] for view in self._views() if view["focused"]), None)
 
     def wait_for_active(self, title, seconds=20.0):
-        wait_until(lambda: self.focused() == title, f"{title!r} in front", seconds)
+        try:
+            wait_until(lambda: self.focused() == title, f"{title!r} in front", seconds)
+        except TimedOut as late:
+            raise TimedOut(f"{late}; {self.focused()!r} is, of {self.titles()}") from None
 
     def content(self, title):
         """Left, top, width and height of what the window shows."""
