@@ -74,7 +74,7 @@ std::optional<std::string> encode(const std::vector<RunnerConfig>& records) {
 }
 
 std::optional<std::vector<RunnerConfig>> decode(std::string_view json) {
-    // The parser takes a zero byte for the end of the text, which it may be in C only.
+    // The parser stops at a zero byte as if the text ended there; what follows would go unread.
     if (json.find('\0') != std::string_view::npos)
         return std::nullopt;
     const Json array = Json::parse(json, nullptr, /*allow_exceptions=*/false);

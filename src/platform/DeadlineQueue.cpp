@@ -23,7 +23,7 @@ public:
     }
 
     const std::optional<std::chrono::milliseconds> period;
-    Key armed;  // the last place in the queue; no other task ever gets it
+    Key armed;  // its place in the queue, or the last that it had; places are never given twice
 
 private:
     std::weak_ptr<DeadlineQueue*> queue_;

@@ -33,7 +33,7 @@ public:
     // Calls `callback` on each notify() until the subscription is dropped.
     [[nodiscard]] Subscription subscribe(Callback callback) VALDORN_ON_MAIN_THREAD {
         auto entry = std::make_shared<Callback>(std::move(callback));
-        // Before the list grows: what is never notified may be subscribed to again and again.
+        // Before it grows: a list that never notifies would otherwise keep all that have left.
         if (entries_.size() == entries_.capacity())
             forgetThoseThatLeft();
         entries_.push_back(entry);

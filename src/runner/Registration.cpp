@@ -27,10 +27,6 @@ void RegistrationOutput::cutCurrentLine() {
     const std::size_t end = Text::completeLength(currentLine_);
     const std::string_view complete = std::string_view(currentLine_).substr(0, end);
     broken_ = broken_ || !isWellFormedUtf8(complete);
-    if (broken_) {
-        currentLine_.clear();
-        return;
-    }
     currentLine_ =
         std::string(Text::lastCharacters(complete, keptTailCharacters)) + currentLine_.substr(end);
 }

@@ -50,14 +50,6 @@ std::string_view labelOf(std::string_view line) {
     return job.empty() || contains(job, " ") ? std::string_view{} : label;
 }
 
-// True when the label of the line is this one: quicker than finding out what it is, and nearly all
-// labelled lines follow one of the same job.
-bool hasLabel(std::string_view line, std::string_view label) {
-    const std::size_t end = label.size() + 1;
-    return !label.empty() && end < line.size() && line.front() == '[' && line[end] == ']' &&
-           line.substr(1, label.size()) == label;
-}
-
 }  // namespace
 
 RunnerLogEvent RunnerLog::event(std::string_view line) {
@@ -96,22 +88,27 @@ std::optional<std::string> RunnerLog::version(std::string_view line) {
 
 std::vector<RunnerNews> RunnerLog::news(std::span<const std::string_view> lines) {
     std::vector<RunnerNews> all;
-    std::string_view lastJob;  // that still stands after all news so far; empty for none
+    // Of the job that still stands after all news so far, between its brackets; empty for none. To
+    // look for it is quicker than finding out what the label of a line is, and nearly all labelled
+    // lines follow one of the same job.
+    std::string_view lastLabel;
     for (const std::string_view line : lines) {
-        const std::string_view newJob =
-            hasLabel(line, lastJob) ? std::string_view{} : labelOf(line);
+        const bool isOfLastJob = !lastLabel.empty() && line.starts_with(lastLabel);
+        const std::string_view newJob = isOfLastJob ? std::string_view{} : labelOf(line);
         const bool mayTell = LineHints::mayTell(line);
         if (newJob.empty() && !mayTell)
             continue;
         RunnerNews news;
-        if (!newJob.empty())
-            news.job = lastJob = newJob;
+        if (!newJob.empty()) {
+            news.job = newJob;
+            lastLabel = line.substr(0, line.find(']') + 1);
+        }
         if (mayTell) {
             news.version = version(line);
             news.event = event(line);
         }
         if (news.event.kind == Kind::declared)
-            lastJob = {};
+            lastLabel = {};
         if (news != RunnerNews{})
             all.push_back(std::move(news));
     }

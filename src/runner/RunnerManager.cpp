@@ -228,7 +228,6 @@ void RunnerManager::revertToIdle() {
         setStatus(RunnerStatus::connected);
     setBuild(std::nullopt);
     setJob(std::nullopt);
-    idleRevert_.cancel();
 }
 
 void RunnerManager::setStatus(RunnerStatus status) {

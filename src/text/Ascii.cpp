@@ -11,7 +11,7 @@ namespace {
 // Goes on from `at` as long as the next `step` bytes together are ASCII.
 template <std::size_t step>
 std::size_t skipped(std::string_view text, std::size_t at) {
-    // Whole words, or a part of one: more would be read than there is.
+    // Any other step would read past its own end.
     static_assert(step <= sizeof(std::uint64_t) || step % sizeof(std::uint64_t) == 0);
     constexpr std::uint64_t highBits = 0x8080808080808080U;
     for (; at + step <= text.size(); at += step) {

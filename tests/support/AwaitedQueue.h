@@ -19,11 +19,11 @@ public:
         posted_.notify_one();
     }
 
-    // Runs what is posted until the condition holds; false when that takes too long. The condition
-    // is looked at again after each post only.
+    // Runs what is posted until the condition holds; false when nothing is posted for that long. The
+    // condition is looked at again after each post only.
     template <typename Condition>
-    bool runUntil(const Condition& condition) {
-        constexpr std::chrono::seconds patience{60};
+    bool runUntil(const Condition& condition,
+                  std::chrono::seconds patience = std::chrono::seconds(60)) {
         for (runPosted(); !condition(); runPosted()) {
             std::unique_lock lock(mutex_);
             if (!posted_.wait_for(lock, patience, [this] { return isPosted_; }))

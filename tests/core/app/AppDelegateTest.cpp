@@ -114,6 +114,12 @@ TEST_F(AppDelegateTest, HasTheItemShownOnceWithMenuAndPictureBeforeTheFleetIsSta
     EXPECT_EQ(world.launcher.launches.size(), 2U);
 }
 
+TEST_F(AppDelegateTest, ItemIsAsWideAsItsIconFromTheStart) {
+    item.length = 99;
+    launchWith(1);
+    EXPECT_EQ(item.length, -1);
+}
+
 TEST_F(AppDelegateTest, FirstPictureIsOfTheFirstRunner) {
     world.markRegistered("r1");
     world.saveFleet({FakeWorld::record("r0"), FakeWorld::record("r1")});
@@ -216,6 +222,13 @@ TEST_F(AppDelegateTest, FinishedBuildBringsTheIconBack) {
     EXPECT_EQ(item.icon, (StatusIcon{"bird.fill", SystemColor::green, "Valdorn"}));
     EXPECT_TRUE(item.menu->item("buildLine").hidden);
     EXPECT_EQ(title("buildLine"), "Building: acme/site");
+}
+
+TEST_F(AppDelegateTest, WidthIsGivenBackOnlyByASpinnerThatTookIt) {
+    launchWith(1);
+    item.length = 99;
+    prints(0, declaredLine);
+    EXPECT_EQ(item.length, 99);
 }
 
 TEST_F(AppDelegateTest, BuildLineNamesTheFirstRunnerThatBuilds) {
@@ -466,12 +479,17 @@ TEST_F(AppDelegateTest, NothingThatItSubscribedToKeepsItAlive) {
 }
 
 TEST_F(AppDelegateTest, IsGoneBeforeItsFirstLookAtTheFleet) {
+    world.markRegistered("r0");
     world.saveFleet({FakeWorld::record("r0")});
     delegate->applicationDidFinishLaunching();
+    const int changes = item.iconChanges;
     delegate.reset();
     world.queue.runPosted();
     store->add("new");
-    world.queue.runPosted();
+    prints(0, declaredLine);
+    EXPECT_EQ(store->aggregateStatus(), RunnerStatus::connected);
+    EXPECT_EQ(item.iconChanges, changes);
+    EXPECT_EQ(world.queue.pending(), 0U);
 }
 
 TEST_F(AppDelegateTest, EntryOfItsMenuThatIsChosenTooLateDoesNothing) {

@@ -149,6 +149,21 @@ TEST_F(LogTailTest, GivesTheLastLinesOnly) {
     expectNew(Kind::reset, {"y", "z"}, 6);
 }
 
+TEST_F(LogTailTest, GivesTheVeryLastLineOnlyIfNoMoreAreWanted) {
+    tail = LogTail(files, "/log", 1);
+    content() = "a\nb\n";
+    EXPECT_EQ(texts(tail.reload()), (Lines{"b"}));
+    content() += "c\nd";
+    expectNew(Kind::append, {"d"}, 7);
+}
+
+using LogTailDeathTest = LogTailTest;
+
+TEST_F(LogTailDeathTest, WantingNoLinesIsAMistake) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(LogTail(files, "/log", 0), "maxLines");
+}
+
 TEST_F(LogTailTest, CopiesGoOnByThemselves) {
     content() = "a\n";
     LogTail copy = tail;

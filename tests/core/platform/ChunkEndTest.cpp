@@ -33,5 +33,17 @@ TEST(ChunkEnd, WhatIsNoTextIsCutAnywhereButNotToNothing) {
     EXPECT_EQ(chunkEnd(std::string(1, '\xFF')), 1U);
 }
 
+// The lowest and the highest lead byte of each length; those that UTF-8 has no use for, too.
+TEST(ChunkEnd, EachLeadBytePromisesItsLength) {
+    for (const char* whole :
+         {"a\x7F", "a\x80", "a\xBF", "a\xC0\x80", "a\xDF\xBF", "a\xE0\xA0\x80", "a\xEF\xBF\xBF",
+          "a\xF0\x90\x80\x80", "a\xFF\x80\x80\x80", "a\xE2\x7F"})
+        EXPECT_EQ(chunkEnd(whole), std::string_view(whole).size())
+            << std::hex << int{static_cast<unsigned char>(whole[1])};
+    for (const char* begun :
+         {"a\xC0", "a\xDF", "a\xE0\x80", "a\xEF\x80", "a\xF0\x80\x80", "a\xFF\x80\x80"})
+        EXPECT_EQ(chunkEnd(begun), 1U) << std::hex << int{static_cast<unsigned char>(begun[1])};
+}
+
 }  // namespace
 }  // namespace valdorn

@@ -49,6 +49,14 @@ TEST_F(MemoryChildLauncherTest, RecordsEveryLaunchButKeepsChildrenOfSuccessesOnl
     EXPECT_EQ(second.value()->id(), 1000);
 }
 
+TEST_F(MemoryChildLauncherTest, HandsOverAtOnceNoMoreThanAPipeHolds) {
+    const auto child = launch();
+    launcher.child(0).print(std::string(65536, 'x'));
+    EXPECT_EQ(credits.size(), 1U);
+    launcher.child(0).print(std::string(65537, 'x'));
+    EXPECT_EQ(credits.size(), 3U);
+}
+
 TEST_F(MemoryChildLauncherTest, UsesTheNextFailureOnceAndTheLastingOneForEver) {
     launcher.failNextLaunch = missing;
     launcher.failEveryLaunch = shortage;

@@ -242,6 +242,31 @@ TEST_F(RunnerManagerTest, ClosesItsLogWhenTheExitIsHandled) {
     EXPECT_EQ(world.files.openHandles(), 0);
 }
 
+// Keeps the handlers of a launch for itself, longer than any launcher has to.
+class KeepingLauncher : public MemoryChildLauncher {
+public:
+    Result<std::unique_ptr<ChildProcess>, LaunchError> launch(const ChildCommand& command,
+                                                              ChildHandlers handlers) override {
+        kept = handlers;
+        return MemoryChildLauncher::launch(command, std::move(handlers));
+    }
+
+    ChildHandlers kept;
+};
+
+TEST_F(RunnerManagerTest, ClosesItsLogWhoeverHoldsOnToTheHandlers) {
+    KeepingLauncher launcher;
+    runner = RunnerManager::create(FakeWorld::record("abc"),
+                                   {world.queue, world.background, launcher, world.files,
+                                    world.defaults, world.resources, world.host});
+    startRunner();
+    launcher.child(0).end(failure);
+    world.queue.runPosted();
+    EXPECT_TRUE(launcher.kept.onOutput);
+    EXPECT_EQ(world.files.openHandles(), 0);
+    runner.reset();
+}
+
 TEST_F(RunnerManagerTest, LateExitOfAnEarlierChildClosesOnlyItsOwnLog) {
     startRunner();
     runner->stop();

@@ -30,6 +30,13 @@ TEST(RunnerNews, LinesWithoutNewsAreLeftOut) {
     EXPECT_TRUE(newsOf({"", "x", "time=\"x\" level=debug msg=\"Worker pool\"", "[a] b"}).empty());
 }
 
+TEST(RunnerNews, LinesThatOnlyLookLikeNewsAreLeftOut) {
+    for (const char* line : {"hash verified", "a repo is ", "with version: ", "finished ("}) {
+        EXPECT_TRUE(LineHints::mayTell(line)) << line;
+        EXPECT_TRUE(newsOf({line}).empty()) << line;
+    }
+}
+
 TEST(RunnerNews, OneLineMaySayAllAtOnce) {
     EXPECT_EQ(newsOf({"[a/b] with version: v1, declare successfully"}),
               (std::vector<RunnerNews>{{"v1", "a/b", {Kind::declared, {}}}}));
@@ -44,7 +51,7 @@ TEST(RunnerNews, NewsKeepTheirOrder) {
 }
 
 TEST(RunnerNews, JobIsToldOnceForAllItsLines) {
-    EXPECT_EQ(newsOf({"[a/b] x", "between", "[a/b] y", "[a/b] z"}),
+    EXPECT_EQ(newsOf({"[a/b] x", "between", "[a/b] y", "[a/b]z", "[a/b]"}),
               (std::vector<RunnerNews>{job("a/b")}));
 }
 
@@ -107,10 +114,11 @@ TEST(LineHints, OrdinaryLinesAreNotLookedAtTwice) {
 }
 
 TEST(LineHints, LookNeitherBeforeNorBehindTheLine) {
-    const std::string text = "permission denied";
-    for (std::size_t size = 0; size < 40; ++size) {
-        const std::string around = text + std::string(size, 'x') + text;
-        EXPECT_FALSE(LineHints::mayTell(std::string_view(around).substr(text.size(), size)));
+    for (const std::string text : {"permission denied", "n d"}) {
+        for (std::size_t size = 0; size < 40; ++size) {
+            const std::string around = text + std::string(size, 'x') + text;
+            EXPECT_FALSE(LineHints::mayTell(std::string_view(around).substr(text.size(), size)));
+        }
     }
 }
 

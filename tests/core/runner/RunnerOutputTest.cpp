@@ -104,6 +104,30 @@ TEST_F(RunnerOutputTest, KeepsStructuredLinesAndErrors) {
               "Error: unknown flag\ntime=\"x\" level=info msg=a\ntime=\"x\" level=warning msg=b\n");
 }
 
+// Counts the writes that reach it.
+class CountingHandle : public AppendHandle {
+public:
+    explicit CountingHandle(int& writes) : writes_(writes) {}
+
+    FileOutcome append(std::string_view) override {
+        ++writes_;
+        return {};
+    }
+
+private:
+    int& writes_;
+};
+
+TEST(RunnerOutput, WritesOnceForAllLinesOfAChunkAndNotWhenThereAreNone) {
+    int writes = 0;
+    RunnerOutput output(std::make_unique<CountingHandle>(writes));
+    output.ingest("a\n[CI/build] step\n");
+    output.ingest("Error: but no end");
+    EXPECT_EQ(writes, 0);
+    output.ingest(" yet\nError: x\n");
+    EXPECT_EQ(writes, 1);
+}
+
 TEST_F(RunnerOutputTest, KeepsNothingElse) {
     ingest("Worker 2 finished (ok)\n");
     ingest("time=\"x\" level=debug msg=a\n");

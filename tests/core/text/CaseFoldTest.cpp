@@ -35,6 +35,16 @@ bool findsInTurkish(const std::u32string& text, const std::u32string& query) {
     return found(turkish, utf8(text), utf8(query));
 }
 
+// Behind a character of two UTF-16 units, which is one step and not two.
+TEST(CaseFoldTest, SeesTheMarkBehindALargeCharacter) {
+    EXPECT_FALSE(finds(U"\u00C9\U00010400e\u0301", U"e"));
+    EXPECT_TRUE(finds(U"\u00C9\U00010400e\u0301", U"\u00E9"));
+}
+
+TEST(CaseFoldTest, LooksAtAllThatIcuCanCount) {
+    EXPECT_EQ(CaseFold::searchedBytes, 2147483647U);
+}
+
 TEST(CaseFoldTest, FindsAsciiWhateverItsCase) {
     EXPECT_TRUE(finds(U"level=warning job 7", U"JOB"));
     EXPECT_TRUE(finds(U"Starting Runner Daemon", U"runner d"));

@@ -37,5 +37,13 @@ TEST(CharacterBreaksTest, IllFormedBytesStandForThemselves) {
     EXPECT_EQ(breaks.next(), 3U);
 }
 
+TEST(CharacterBreaksDeathTest, MoreTextThanTheyCanCountIsAMistake) {
+    constexpr std::size_t mostOfIcu = 2147483647;
+    EXPECT_EQ(CharacterBreaks::longestBytes, mostOfIcu);
+    const std::string_view beyond("", mostOfIcu + 1);  // never looked into
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(CharacterBreaks{beyond}, "longestBytes");
+}
+
 }  // namespace
 }  // namespace valdorn

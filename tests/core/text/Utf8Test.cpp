@@ -93,6 +93,15 @@ TEST(Utf8Test, ACutOffCharacterIsReplacedOnce) {
         EXPECT_EQ(replacementsOf(part), 1) << part.size();
 }
 
+TEST(Utf8Test, OnlyTrailBytesGoOnWithACharacter) {
+    for (const char* lead : {"\xC3", "\xE2\x82", "\xE0\xA0", "\xF0\x9F\x90", "\xF4\x8F\xBF"}) {
+        for (const char* next : {"\x7F", "\xC0"})
+            EXPECT_FALSE(isWellFormedUtf8(std::string(lead) + next));
+        for (const char* next : {"\x80", "\xBF"})
+            EXPECT_TRUE(isWellFormedUtf8(std::string(lead) + next));
+    }
+}
+
 TEST(Utf8Test, WhatStandsBehindTheBytesIsNoPartOfThem) {
     for (const std::string_view whole : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x90\xA6"}) {
         const std::string_view part = whole.substr(0, whole.size() - 1);
