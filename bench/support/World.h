@@ -17,7 +17,7 @@ struct World {
     PosixFileSystem files;
     PosixHostInfo host;
     ThreadBackgroundQueue background;
-    IniUserDefaults defaults{XdgFolders::configuration(host) + "/valdorn/valdorn.ini"};
+    IniUserDefaults defaults{files, XdgFolders::configuration(host) + "/valdorn/valdorn.ini"};
     InstalledResources resources{host.homeFolder() + "/valdorn"};  // as if installed there: none
 
     Services with(MainQueue& queue, ChildLauncher& launcher) {

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <map>
+#include <set>
+#include <string>
 #include <type_traits>
 
 namespace valdorn::simulation {
@@ -24,8 +27,10 @@ std::string text(RunnerStatus status) {
     return std::string(rawValue(status));
 }
 
-std::string text(WindowKind kind) {
-    return std::to_string(static_cast<int>(kind));
+std::string text(const WindowView& window) {
+    return "window " + text(static_cast<int>(window.kind)) + " " + text(window.title) + " " +
+           text(window.width) + " x " + text(window.height) +
+           (window.isResizable ? " resizable" : "");
 }
 
 template <typename Value>
@@ -58,6 +63,33 @@ std::string text(const IconView& icon) {
 template <typename Item>
 std::string text(const std::vector<Item>& items);
 
+std::string text(const ListView& view) {
+    return "list of runners " + text(view.runners) +
+           (view.coming ? ", coming " + text(*view.coming) : "");
+}
+
+std::string text(const SelectionView& view) {
+    return "selection " + text(view.id);
+}
+
+std::string text(const FormView& view) {
+    return "form " + text(view.number) + " token " + text(view.token) +
+           (view.isBusy ? " busy" : "") + (view.isOk ? " ok" : "") + " message " +
+           text(view.message);
+}
+
+std::string text(const LogView& view) {
+    return "log of " + text(view.count) + " lines, the last " + text(view.last);
+}
+
+std::string text(const ReleaseView& view) {
+    return "release " + text(view.latest);
+}
+
+std::string text(const Announcement& announcement) {
+    return std::visit([](const auto& view) { return text(view); }, announcement);
+}
+
 std::string text(const LaunchRecord& launch) {
     return text(launch.time) + " ms: " + launch.executable + " " + text(launch.arguments) + " in " +
            launch.folder + " with " + text(launch.environment);
@@ -66,6 +98,14 @@ std::string text(const LaunchRecord& launch) {
 std::string text(const ToolCall& call) {
     return call.executable + " " + text(call.arguments) + " in " + call.folder + " with " +
            text(call.environment);
+}
+
+template <typename Value>
+std::string text(const std::map<std::string, Value>& values) {
+    std::string all;
+    for (const auto& [key, value] : values)
+        all += (all.empty() ? "" : ", ") + key + "=" + text(value);
+    return "{" + all + "}";
 }
 
 template <typename Item>
@@ -91,6 +131,7 @@ public:
         compareFiles();
         compareMenu();
         compareWindows();
+        compareDefaults();
         compareRegistration();
         compareOutside();
         compareLog();
@@ -128,7 +169,8 @@ private:
             else if (other)
                 found_.push_back("runner " + text(number) + " is gone");
         }
-        compareList();
+        if (real.size() == expected.size())
+            compareList();
     }
 
     void compareRunner(const RunnerManager& real, const ModelRunner& expected) {
@@ -154,7 +196,7 @@ private:
                     "the list has another order");
         compare("the fleet's status", program_.store->aggregateStatus(),
                 stage_.fleet().aggregate());
-        compare("the selected id", program_.selection->selectedID(), process_.selection->id);
+        compare("the selected id", program_.selection->selectedID(), process_.selection->id());
         if (!real.empty() && real.size() == expected.size())
             require(program_.selection->selected() ==
                         program_.everMade()[process_.selection->selected()->view().number].lock(),
@@ -209,8 +251,18 @@ private:
         }
         if (other != expected.end())
             return reportFileNames();
+        compareFolders();
         compare("how often the list was written", stage_.machine.disk.listWrites(),
                 stage_.model.disk.listWrites());
+    }
+
+    // Also those that hold nothing.
+    void compareFolders() {
+        const std::set<std::string>& real = stage_.machine.files.folders;
+        const std::set<std::string>& expected = stage_.model.disk.folders();
+        if (real != expected)
+            compare("the folders", std::vector(real.begin(), real.end()),
+                    std::vector(expected.begin(), expected.end()));
     }
 
     // From a little before where the two part.
@@ -258,26 +310,34 @@ private:
     }
 
     void compareWindows() {
-        std::vector<WindowKind> real;
+        std::vector<WindowView> real;
         for (const WindowDescription& window : program_.windows.shown)
-            real.push_back(window.kind);
+            real.push_back({window.kind, window.title, window.contentWidthPoints,
+                            window.contentHeightPoints, window.resizable});
         compare("the windows shown", real, process_.shell.shown);
+        program_.windows.shown.clear();
+        process_.shell.shown.clear();
+        require(program_.windows.closed.empty(), "the program has closed a window");
         require(program_.windows.open == process_.shell.open, "other windows are open");
         compare("how often the loop was ended", program_.terminations, process_.shell.terminations);
-        compare("whether a runner has ever connected",
-                stage_.machine.defaults.boolean("hasConnected"),
-                stage_.model.defaults.hasConnected);
+    }
+
+    void compareDefaults() {
+        const MemoryUserDefaults& real = stage_.machine.defaults;
+        const ModelDefaults& expected = stage_.model.defaults;
+        compare("the settings' texts", real.strings, expected.texts);
+        compare("the settings' fallbacks", real.fallbacks, expected.fallbacks);
+        compare("whether a runner has ever connected", real.boolean("hasConnected"),
+                expected.hasConnected);
+        compare("how many truths the settings hold", real.booleans.size(),
+                std::size_t{expected.hasConnected ? 1U : 0U});
     }
 
     void compareRegistration() {
         std::vector<ToolCall> expected;
         for (std::size_t index = 0; index < formCount; ++index) {
-            const RegistrationForm& real = *program_.forms[index];
             ModelForm& form = *process_.forms[index];
-            compare("the token", real.token(), form.token);
-            compare("whether the form is busy", real.busy(), form.busy);
-            compare("the form's message", real.message(), form.message);
-            compare("whether it tells of success", real.ok(), form.ok);
+            compare("a form", viewOf(*program_.forms[index], index), form.view());
             expected.insert(expected.end(), form.calls.begin(), form.calls.end());
             form.calls.clear();
         }
@@ -339,15 +399,17 @@ private:
         const VirtualMainQueue& queue = program_.queue;
         compare("the number of armed tasks", queue.armed(), process_.machine.loop.armed());
         compare("the tasks that wait", queue.pending() - queue.armed(), std::size_t{0});
-        int unended = 0;
         for (std::size_t index = 0; index < program_.launcher.childCount(); ++index) {
             ScriptedChild& child = program_.launcher.child(index);
-            unended += child.isRunning() ? 1 : 0;
             require(child.pendingBytes() == 0 && child.heldBackBytes() == 0,
                     "output is kept for nobody");
         }
-        require(stage_.machine.files.openHandles() <= unended,
-                "more files are open than children run");
+        const auto& children = process_.machine.children;
+        const auto logs = std::count_if(children.begin(), children.end(), [](const auto& child) {
+            return child->isRunning && child->log;
+        });
+        compare("the number of open files", stage_.machine.files.openHandles(),
+                static_cast<int>(logs));
     }
 
     Stage& stage_;

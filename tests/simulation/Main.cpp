@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,17 +24,29 @@ VALDORN_SIMULATION_COUNT=N plays N schedules from there on, or from seed 1 on.
 
 )";
 
+int soak(const std::vector<std::string_view>& arguments) {
+    const auto plan = valdorn::simulation::soakPlan(arguments);
+    if (plan)
+        return valdorn::simulation::soak(*plan) ? 0 : 1;
+    std::fputs(usage, stderr);
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bool asksForHelp = std::any_of(argv, argv + argc, [](const char* argument) {
-        return std::string_view(argument) == "--help";
-    });
+    const std::vector<std::string_view> arguments(argv, argv + argc);
+    const bool asksForHelp =
+        std::find(arguments.begin(), arguments.end(), "--help") != arguments.end();
     if (asksForHelp)
         std::fputs(usage, stdout);
     valdorn::simulation::CrashNote::install();
-    if (const auto plan = valdorn::simulation::soakPlan(argc, argv))
-        return valdorn::simulation::soak(*plan) ? 0 : 1;
+    if (valdorn::simulation::asksForSoak(arguments))
+        return soak(arguments);
     testing::InitGoogleTest(&argc, argv);
+    if (argc > 1 && !asksForHelp) {
+        std::fputs(usage, stderr);
+        return 2;
+    }
     return RUN_ALL_TESTS();
 }

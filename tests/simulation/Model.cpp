@@ -25,13 +25,22 @@ void ModelLoginItem::attempt(bool enabled, int& attempts) {
     log.push_back("Valdorn: login-item toggle failed: " + *refusal);
 }
 
-ModelSelection::ModelSelection(ModelFleet& fleet)
-    : id(fleet.runners().front()->view().config.id), fleet_(fleet) {}
+ModelSelection::ModelSelection(ModelFleet& fleet, Announcements& announcements)
+    : fleet_(fleet),
+      announcements_(announcements),
+      id_(fleet.runners().front()->view().config.id) {}
+
+void ModelSelection::select(const std::optional<std::string>& id) {
+    if (id == id_)
+        return reached<"selected already">();
+    announcements_.push_back(SelectionView{id_});
+    id_ = id;
+}
 
 const std::shared_ptr<ModelRunner>& ModelSelection::selected() const {
     const auto& runners = fleet_.runners();
     const auto found = std::find_if(runners.begin(), runners.end(), [this](const auto& runner) {
-        return runner->view().config.id == id;
+        return runner->view().config.id == id_;
     });
     if (found == runners.end())
         reached<"nothing is selected">();
@@ -40,14 +49,14 @@ const std::shared_ptr<ModelRunner>& ModelSelection::selected() const {
 
 void ModelSelection::add(const std::string& newId) {
     fleet_.add("new-runner", newId);
-    id = newId;
+    select(newId);
 }
 
 void ModelSelection::removeSelected() {
     if (!canRemove())
         return;
     fleet_.remove(std::shared_ptr(selected()));
-    id = fleet_.runners().front()->view().config.id;
+    select(fleet_.runners().front()->view().config.id);
 }
 
 Model::Model() {
@@ -64,9 +73,10 @@ void Model::begin() {
         process.fleet = std::make_unique<ModelFleet>(process.machine, texts, defaults);
         return *process.fleet;
     });
-    process.selection = std::make_unique<ModelSelection>(*process.fleet);
-    for (auto& form : process.forms)
-        form = std::make_unique<ModelForm>(process.machine);
+    process.selection =
+        std::make_unique<ModelSelection>(*process.fleet, process.machine.announcements);
+    for (std::size_t number = 0; number < formCount; ++number)
+        process.forms[number] = std::make_unique<ModelForm>(process.machine, number);
 }
 
 }  // namespace valdorn::simulation

@@ -38,9 +38,11 @@ private:
 // The runner that is looked at, by the rules.
 class ModelSelection {
 public:
-    explicit ModelSelection(ModelFleet& fleet);
+    ModelSelection(ModelFleet& fleet, Announcements& announcements);
 
-    std::optional<std::string> id;
+    const std::optional<std::string>& id() const { return id_; }
+    // Announced when it is another one.
+    void select(const std::optional<std::string>& id);
 
     const std::shared_ptr<ModelRunner>& selected() const;
     bool canRemove() const { return fleet_.runners().size() >= 2; }
@@ -49,6 +51,8 @@ public:
 
 private:
     ModelFleet& fleet_;
+    Announcements& announcements_;
+    std::optional<std::string> id_;
 };
 
 // One run of the program, as the model expects it.
@@ -63,7 +67,7 @@ struct ModelProcess {
     std::unique_ptr<ModelLog> log;  // from the first opening of its window on
     std::array<std::unique_ptr<ModelForm>, formCount> forms;
     std::vector<std::function<void(const ToolScript&)>> background;  // waiting runs of the tool
-    ModelUpdates updates{machine.loop};
+    ModelUpdates updates{machine.loop, machine.announcements};
     ModelTraySearch search{machine.loop};
     ModelGate gate{machine.loop};
 };

@@ -1,13 +1,18 @@
 #include "simulation/ModelDisk.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "simulation/Marks.h"
 
 namespace valdorn::simulation {
 
 namespace {
 
+// "/" is the folder of all, and in none.
 std::string folderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/'));
+    const std::size_t slash = path.rfind('/');
+    return path == "/" ? "" : path.substr(0, std::max<std::size_t>(slash, 1));
 }
 
 bool isAtOrBelow(const std::string& path, const std::string& folder) {

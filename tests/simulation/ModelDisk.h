@@ -24,6 +24,7 @@ public:
 
     bool exists(const std::string& path) const;
     bool isFolder(const std::string& path) const;
+    const std::set<std::string>& folders() const { return folders_; }
 
     // Each as the program does it, faults included.
     void makeFolders(const std::string& path);

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <cstddef>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "simulation/Marks.h"
+#include "simulation/ModelText.h"
 
 namespace valdorn::simulation {
 
@@ -53,6 +56,31 @@ std::string encodedRecord(const RunnerConfig& record) {
            ",\"legacy\":" + (record.legacy ? "true" : "false") + "}";
 }
 
+// What somebody has written into the list by hand must not lead out of the folder of all runners,
+// nor be that folder.
+bool namesOneFolder(const std::string& id) {
+    return !id.empty() && id != "." && id != ".." && id.find('/') == std::string::npos;
+}
+
+// Version 4, which is the random one, in groups of 8-4-4-4-12 digits.
+bool isRandomUuid(const std::string& id) {
+    constexpr std::string_view form = "xxxxxxxx-xxxx-4xxx-vxxx-xxxxxxxxxxxx";
+    const auto fits = [](char letter, char place) {
+        if (place == 'x')
+            return std::string_view("0123456789ABCDEF").find(letter) != std::string_view::npos;
+        return place == 'v' ? std::string_view("89AB").find(letter) != std::string_view::npos
+                            : letter == place;
+    };
+    return std::equal(id.begin(), id.end(), form.begin(), form.end(), fits);
+}
+
+std::vector<std::size_t> numbersOf(const ModelFleet::Runners& runners) {
+    std::vector<std::size_t> numbers;
+    for (const auto& runner : runners)
+        numbers.push_back(runner->view().number);
+    return numbers;
+}
+
 }  // namespace
 
 std::string ModelListTexts::encoded(const std::vector<RunnerConfig>& records) {
@@ -75,9 +103,8 @@ std::string ModelDefaults::text(const std::string& key) const {
 }
 
 void ModelDefaults::registerFallbacks(const std::optional<std::string>& computerName) {
-    std::string name = computerName.value_or("mac");
-    for (char& letter : name)
-        letter = letter == ' ' ? '-' : static_cast<char>(std::tolower(letter));
+    std::string name = ModelText::lowered(computerName.value_or("mac"));
+    std::replace(name.begin(), name.end(), ' ', '-');
     fallbacks = {{"instanceURL", ""}, {"runnerName", name}, {"labels", "macos"}, {"extraPath", ""}};
 }
 
@@ -124,6 +151,13 @@ std::shared_ptr<ModelRunner> ModelFleet::make(const RunnerConfig& record) {
     return runner;
 }
 
+void ModelFleet::replaceList(Runners coming) {
+    machine_.announcements.push_back(ListView{numbersOf(runners_), std::nullopt});
+    machine_.announcements.push_back(ListView{numbersOf(runners_), numbersOf(coming)});
+    listWillChange();
+    runners_ = std::move(coming);
+}
+
 void ModelFleet::save() {
     std::vector<RunnerConfig> records;
     for (const auto& runner : runners_)
@@ -133,10 +167,18 @@ void ModelFleet::save() {
     machine_.disk.writeList(text);
 }
 
+bool ModelFleet::isNewId(const std::string& id) const {
+    return isRandomUuid(id) &&
+           std::none_of(everMade_.begin(), everMade_.end(), [&](const auto& made) {
+               const auto runner = made.lock();
+               return runner && runner->view().config.id == id;
+           });
+}
+
 void ModelFleet::add(const std::string& name, const std::string& id) {
-    const auto runner = make({id, name, "", "macos", "", false});
-    listWillChange();
-    runners_.push_back(runner);
+    Runners extended = runners_;
+    extended.push_back(make({id, name, "", "macos", "", false}));
+    replaceList(std::move(extended));
     save();
 }
 
@@ -144,12 +186,16 @@ void ModelFleet::remove(const std::shared_ptr<ModelRunner>& runner) {
     if (runner->isRunning())
         reached<"removed while running">();
     runner->stop();
-    if (runner->view().config.legacy)
+    const RunnerConfig& record = runner->view().config;
+    if (record.legacy)
         reached<"legacy runner removed">();
+    else if (!namesOneFolder(record.id))
+        reached<"folder kept that is not one runner's own">();
     else
         machine_.disk.removeTree(runner->dataFolder());
-    listWillChange();
-    std::erase(runners_, runner);
+    Runners rest = runners_;
+    std::erase(rest, runner);
+    replaceList(std::move(rest));
     if (runners_.empty())
         reached<"last runner removed">();
     save();

@@ -55,6 +55,8 @@ public:
     // Every runner ever made, by number; the ones that are gone have expired.
     const std::vector<std::weak_ptr<ModelRunner>>& everMade() const { return everMade_; }
 
+    // Whether a new runner may be given that id: a random UUID in capitals that no other has.
+    bool isNewId(const std::string& id) const;
     void add(const std::string& name, const std::string& id);
     void remove(const std::shared_ptr<ModelRunner>& runner);
     void startAll();
@@ -65,6 +67,7 @@ public:
 private:
     std::vector<RunnerConfig> load(const ModelDefaults& defaults);
     std::shared_ptr<ModelRunner> make(const RunnerConfig& record);
+    void replaceList(Runners coming);
     void save();
 
     ModelMachine& machine_;

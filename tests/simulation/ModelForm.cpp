@@ -24,26 +24,38 @@ std::string messageOf(const ToolScript& script) {
 
 }  // namespace
 
+template <typename Value>
+void ModelForm::set(Value FormView::*field, const std::type_identity_t<Value>& value) {
+    machine_.announcements.emplace_back(view_);
+    view_.*field = value;
+}
+
+void ModelForm::setToken(const std::string& token) {
+    set(&FormView::token, token);
+}
+
 bool ModelForm::canRegister(const ModelRunner& runner) const {
     const RunnerConfig& config = runner.view().config;
-    return !busy && !token.empty() && !config.instanceURL.empty() && !config.name.empty();
+    return !view_.isBusy && !view_.token.empty() && !config.instanceURL.empty() &&
+           !config.name.empty();
 }
 
 ToolCall ModelForm::callFor(const ModelRunner& runner) const {
     const RunnerConfig& config = runner.view().config;
-    return {machine_.executable(),
-            {"register", "--no-interactive", "--instance", config.instanceURL, "--token", token,
-             "--name", config.name, "--labels", config.labels.empty() ? "macos" : config.labels},
-            runner.dataFolder(),
-            machine_.environment};
+    return {
+        machine_.executable(),
+        {"register", "--no-interactive", "--instance", config.instanceURL, "--token", view_.token,
+         "--name", config.name, "--labels", config.labels.empty() ? "macos" : config.labels},
+        runner.dataFolder(),
+        machine_.environment};
 }
 
 std::function<void(const ToolScript&)> ModelForm::beginRegistration(
     const std::shared_ptr<ModelRunner>& runner) {
     if (!canRegister(*runner))
         return {};
-    busy = true;
-    message.reset();
+    set(&FormView::isBusy, true);
+    set(&FormView::message, std::nullopt);
     machine_.disk.makeFolders(runner->dataFolder());
     return [this, runner, call = callFor(*runner)](const ToolScript& script) {
         run(runner, call, script);
@@ -67,10 +79,10 @@ void ModelForm::run(const std::shared_ptr<ModelRunner>& runner, const ToolCall& 
 }
 
 void ModelForm::succeed(ModelRunner& runner) {
-    busy = false;
-    ok = true;
-    message = "Registered ✓";
-    token.clear();
+    set(&FormView::isBusy, false);
+    set(&FormView::isOk, true);
+    set(&FormView::message, "Registered ✓");
+    set(&FormView::token, "");
     if (runner.isRegistered())
         reached<"registered">();
     else
@@ -79,9 +91,9 @@ void ModelForm::succeed(ModelRunner& runner) {
 }
 
 void ModelForm::fail(const std::string& description) {
-    busy = false;
-    ok = false;
-    message = description;
+    set(&FormView::isBusy, false);
+    set(&FormView::isOk, false);
+    set(&FormView::message, description);
 }
 
 }  // namespace valdorn::simulation

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <deque>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "simulation/ModelRunner.h"
@@ -29,15 +30,15 @@ struct ToolCall {
     friend bool operator==(const ToolCall&, const ToolCall&) = default;
 };
 
-// The registration form by the rules.
+// The registration form by the rules. What is set is announced, of whatever value.
 class ModelForm {
 public:
-    explicit ModelForm(ModelMachine& machine) : machine_(machine) {}
+    ModelForm(ModelMachine& machine, std::size_t number) : machine_(machine) {
+        view_.number = number;
+    }
 
-    std::string token;
-    bool busy = false;
-    bool ok = false;
-    std::optional<std::string> message;
+    const FormView& view() const { return view_; }
+    void setToken(const std::string& token);
 
     bool canRegister(const ModelRunner& runner) const;
 
@@ -55,8 +56,11 @@ private:
              const ToolScript& script);
     void succeed(ModelRunner& runner);
     void fail(const std::string& description);
+    template <typename Value>
+    void set(Value FormView::*field, const std::type_identity_t<Value>& value);
 
     ModelMachine& machine_;
+    FormView view_;
 };
 
 }  // namespace valdorn::simulation

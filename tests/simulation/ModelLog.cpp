@@ -30,8 +30,11 @@ const char* wordOf(LevelFilter level) {
 
 }  // namespace
 
-ModelLog::ModelLog(ModelLoop& loop, const ModelDisk& disk, std::string path)
-    : loop_(loop), disk_(disk), path_(std::move(path)) {}
+ModelLog::ModelLog(ModelMachine& machine, std::string path)
+    : loop_(machine.loop),
+      disk_(machine.disk),
+      announcements_(machine.announcements),
+      path_(std::move(path)) {}
 
 ModelLog::~ModelLog() {
     stop();
@@ -59,6 +62,7 @@ bool ModelLog::canRead() const {
 void ModelLog::reload() {
     const std::string bytes = canRead() ? *disk_.files.at(path_) : "";
     offset_ = bytes.size();
+    announce();
     lines_.clear();
     take(ModelText::lines(bytes));
 }
@@ -75,8 +79,14 @@ void ModelLog::poll() {
         return;
     const auto added = ModelText::lines(std::string_view(bytes).substr(offset_));
     offset_ = bytes.size();
-    if (!added.empty())
-        take(added);
+    if (added.empty())
+        return;
+    announce();
+    take(added);
+}
+
+void ModelLog::announce() {
+    announcements_.push_back(LogView{lines_.size(), lines_.empty() ? "" : lines_.back()});
 }
 
 void ModelLog::take(std::vector<std::string> lines) {
@@ -96,6 +106,7 @@ std::string ModelLog::text() const {
 }
 
 void ModelLog::clear() {
+    announce();
     lines_.clear();
     filter();
 }

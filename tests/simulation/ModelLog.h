@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "logs/LevelFilter.h"
-#include "simulation/ModelDisk.h"
-#include "simulation/ModelLoop.h"
+#include "simulation/ModelMachine.h"
 
 namespace valdorn::simulation {
 
@@ -14,7 +13,7 @@ namespace valdorn::simulation {
 // them that pass the filters. It reads the whole file each time.
 class ModelLog {
 public:
-    ModelLog(ModelLoop& loop, const ModelDisk& disk, std::string path);
+    ModelLog(ModelMachine& machine, std::string path);
     ~ModelLog();
     ModelLog(const ModelLog&) = delete;
     ModelLog& operator=(const ModelLog&) = delete;
@@ -37,12 +36,14 @@ private:
     bool canRead() const;
     void reload();
     void poll();
+    void announce();
     void take(std::vector<std::string> lines);
     void filter();
     bool passes(const std::string& line) const;
 
     ModelLoop& loop_;
     const ModelDisk& disk_;
+    Announcements& announcements_;
     const std::string path_;
     ModelLoop::Handle timer_;
     std::size_t offset_ = 0;

@@ -1,33 +1,17 @@
 #pragma once
 
-#include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "runner/RunnerConfig.h"
-#include "runner/RunnerStatus.h"
+#include "simulation/Announcement.h"
 #include "simulation/ModelDisk.h"
 #include "simulation/ModelLoop.h"
 
 namespace valdorn::simulation {
 
 class ModelRunner;
-
-// A runner's published fields at one moment.
-struct RunnerView {
-    std::size_t number = 0;  // in the order of making
-    RunnerConfig config;
-    RunnerStatus status = RunnerStatus::stopped;
-    std::optional<std::string> build;
-    std::optional<std::string> job;
-    std::optional<std::string> version;
-    std::optional<Millis> startedAt;
-
-    friend bool operator==(const RunnerView&, const RunnerView&) = default;
-};
 
 // One attempt to launch a daemon.
 struct LaunchRecord {
@@ -64,7 +48,7 @@ struct ModelMachine {
 
     std::vector<LaunchRecord> launches;
     std::vector<std::shared_ptr<ModelChild>> children;
-    std::vector<RunnerView> announcements;  // each with what stood there before
+    Announcements announcements;
 
     std::string executable() const {
         return bundledRunner.value_or("/home/ada/actrunner/act_runner");

@@ -14,6 +14,7 @@ constexpr Millis revertDelay = 4000;
 constexpr std::size_t longestIncompleteBytes = 64000;
 constexpr std::size_t keptCharacters = 8000;
 
+// Those that are not empty.
 std::vector<std::string> piecesOf(const std::string& text, char separator) {
     std::vector<std::string> pieces(1);
     for (const char letter : text) {
@@ -46,8 +47,16 @@ ModelRunner::~ModelRunner() {
 }
 
 std::string ModelRunner::dataFolder() const {
-    const std::string support = ModelDisk::support;
-    return view_.config.legacy ? support : support + "/runners/" + view_.config.id;
+    return dataFolder(view_.config);
+}
+
+std::string ModelRunner::dataFolder(const RunnerConfig& record) {
+    std::string folder = ModelDisk::support;
+    if (record.legacy)
+        return folder;
+    for (const std::string& piece : piecesOf("runners/" + record.id, '/'))
+        folder += "/" + piece;
+    return folder;
 }
 
 bool ModelRunner::isRegistered() const {
@@ -191,6 +200,7 @@ void ModelRunner::end(ModelMachine& machine, const std::shared_ptr<ModelChild>& 
     if (!child->incompleteLine.empty())
         reached<"end within a line">();
     machine.loop.post([child] {
+        child->log.reset();
         if (const auto runner = child->runner.lock())
             runner->childEnded(*child);
         else
@@ -199,7 +209,6 @@ void ModelRunner::end(ModelMachine& machine, const std::shared_ptr<ModelChild>& 
 }
 
 void ModelRunner::childEnded(ModelChild& child) {
-    child.log.reset();
     if (process_.get() != &child)
         reached<"end of a child that was let go">();
     if (!keepRunning_)

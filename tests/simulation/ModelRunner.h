@@ -29,13 +29,13 @@ public:
     bool isRunning() const { return process_ && process_->isRunning; }
     bool isRegistered() const;
     std::string dataFolder() const;
+    static std::string dataFolder(const RunnerConfig& record);
     int relaunchesDue() const { return relaunchesDue_; }
 
     void setConfig(const RunnerConfig& config);
     void start();
     void stop();
     void restart();
-    void setNotRegistered() { setStatus(RunnerStatus::notRegistered); }
 
     // What the daemon prints, and its end, which is told on the main thread.
     static void print(ModelChild& child, std::string_view chunk);

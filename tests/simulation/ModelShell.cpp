@@ -38,6 +38,20 @@ MenuLine separator() {
     return {"", false, true, true, 0};
 }
 
+WindowView windowOf(WindowKind kind) {
+    switch (kind) {
+        case WindowKind::settings:
+            return {kind, "Valdorn", 480, 340, false};
+        case WindowKind::log:
+            return {kind, "Valdorn — Log", 720, 460, true};
+        case WindowKind::status:
+            return {kind, "Valdorn — Runner Status", 480, 260, true};
+        case WindowKind::onboarding:
+            return {kind, "Valdorn", 460, 300, false};
+    }
+    return {};
+}
+
 std::vector<MenuLine> freshMenu() {
     return {text("Valdorn — CI Runner"),
             text("Status: —"),
@@ -166,7 +180,7 @@ void ModelShell::quit() {
 }
 
 void ModelShell::show(WindowKind kind) {
-    shown.push_back(kind);
+    shown.push_back(windowOf(kind));
     open.insert(kind);
 }
 

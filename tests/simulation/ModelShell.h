@@ -24,6 +24,17 @@ struct MenuLine {
     friend bool operator==(const MenuLine&, const MenuLine&) = default;
 };
 
+// A window as it was asked for.
+struct WindowView {
+    WindowKind kind = WindowKind::status;
+    std::string title;
+    int width = 0;
+    int height = 0;
+    bool isResizable = false;
+
+    friend bool operator==(const WindowView&, const WindowView&) = default;
+};
+
 // The status item as people see it.
 struct IconView {
     std::optional<std::string> symbol;
@@ -43,7 +54,7 @@ public:
 
     std::vector<MenuLine> menu;  // empty before the launch
     IconView icon;
-    std::vector<WindowKind> shown;  // in order, each time
+    std::vector<WindowView> shown;  // in order, each time
     std::set<WindowKind> open;
     int terminations = 0;
 

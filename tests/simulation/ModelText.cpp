@@ -69,17 +69,6 @@ bool has(std::string_view line, std::string_view part) {
     return line.find(part) != std::string_view::npos;
 }
 
-char lowered(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string loweredText(std::string_view text) {
-    std::string all(text);
-    for (char& letter : all)
-        letter = lowered(letter);
-    return all;
-}
-
 }  // namespace
 
 bool ModelText::isUtf8(std::string_view bytes) {
@@ -136,8 +125,23 @@ std::string ModelText::lastCharacters(const std::string& text, std::size_t count
     return text.substr(at);
 }
 
+std::string ModelText::lowered(std::string_view text) {
+    std::string all(text);
+    char before = '\0';
+    for (char& letter : all) {
+        const auto code = static_cast<std::uint8_t>(letter);
+        // U+00C0 to U+00DE, all but the multiplication sign.
+        const bool isCapital = before == '\xC3' ? isWithin(code, 0x80, 0x9E) && code != 0x97
+                                                : isWithin(code, 'A', 'Z');
+        if (isCapital)
+            letter = static_cast<char>(code + 0x20);
+        before = letter;
+    }
+    return all;
+}
+
 bool ModelText::containsIgnoringCase(std::string_view line, std::string_view query) {
-    return has(loweredText(line), loweredText(query));
+    return has(lowered(line), lowered(query));
 }
 
 ModelLine::ModelLine(std::string_view line) {

@@ -27,6 +27,9 @@ std::vector<std::string> lines(std::string_view bytes);
 // CR LF pair, a letter with the combining acute, and everything else by itself.
 std::string lastCharacters(const std::string& text, std::size_t count);
 
+// In small letters, for the letters that the simulation uses: those of ASCII and of Latin-1.
+std::string lowered(std::string_view text);
+
 // True when `line` contains `query`, whose letters are ASCII, whatever the case of either.
 bool containsIgnoringCase(std::string_view line, std::string_view query);
 

@@ -66,5 +66,10 @@ TEST(ModelTextTest, ReadsLabelsVersionsAndWhatIsKept) {
     EXPECT_FALSE(ModelLine("time=x").isKept);
 }
 
+TEST(ModelTextTest, LettersWithMarksBecomeSmallToo) {
+    EXPECT_EQ(ModelText::lowered("AZ[ Ünit À Þ"), "az[ ünit à þ");
+    EXPECT_EQ(ModelText::lowered("× ß Ω"), "× ß Ω");
+}
+
 }  // namespace
 }  // namespace valdorn::simulation

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "simulation/Announcement.h"
 #include "simulation/Marks.h"
 #include "simulation/ModelLoop.h"
 
@@ -14,7 +14,8 @@ namespace valdorn::simulation {
 // with ten seconds to be answered.
 class ModelUpdates {
 public:
-    explicit ModelUpdates(ModelLoop& loop) : loop_(loop) {}
+    ModelUpdates(ModelLoop& loop, Announcements& announcements)
+        : loop_(loop), announcements_(announcements) {}
 
     std::optional<std::string> latest;
 
@@ -40,6 +41,7 @@ public:
             return reached<"answer without a tag">();
         if (latest)
             reached<"tag replaced by a later answer">();
+        announcements_.push_back(ReleaseView{latest});
         latest = tag;
     }
 
@@ -52,6 +54,7 @@ public:
 
 private:
     ModelLoop& loop_;
+    Announcements& announcements_;
     std::vector<ModelLoop::Handle> timeouts_;  // empty once answered, timed out or dropped
 };
 

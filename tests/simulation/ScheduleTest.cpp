@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "simulation/Agreement.h"
 #include "simulation/Schedule.h"
+#include "simulation/Stage.h"
 
 namespace valdorn::simulation {
 namespace {
@@ -45,68 +44,6 @@ TEST(ScheduleTest, ShrinkingLeavesTheStepsThatAreNeeded) {
     ASSERT_EQ(least.steps.size(), 2U);
     EXPECT_EQ(least.steps.front().salt, 7U);
     EXPECT_EQ(least.steps.back().salt, 30U);
-}
-
-class DisagreementTest : public testing::Test {
-protected:
-    std::string found() {
-        std::string all;
-        for (const std::string& disagreement : disagreements(stage))
-            all += disagreement + "\n";
-        return all;
-    }
-
-    // A stage on which both agree.
-    void SetUp() override {
-        stage.settle();
-        ASSERT_EQ(found(), "");
-    }
-
-    Stage stage{1};
-};
-
-TEST_F(DisagreementTest, AFileOfOtherBytesIsTold) {
-    stage.machine.files.files[ModelDisk::listPath()] += " ";
-    EXPECT_NE(found().find("file " + ModelDisk::listPath()), std::string::npos);
-}
-
-TEST_F(DisagreementTest, AFileTooManyIsTold) {
-    stage.machine.files.files["/home/ada/stray"] = "";
-    EXPECT_NE(found().find("the files"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, AnEditThatOnlyOneHasGotIsTold) {
-    stage.program().store->runners().front()->setConfig({"x", "y", "", "", "", false});
-    const std::string told = found();
-    EXPECT_NE(told.find("a runner is"), std::string::npos);
-    EXPECT_NE(told.find("what was announced"), std::string::npos);
-    EXPECT_NE(told.find("how often the list was written"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, AnotherTitleIsTold) {
-    stage.process().shell.menu.at(0).title = "Other";
-    EXPECT_NE(found().find("the menu"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, AnotherIconIsTold) {
-    stage.program().statusItem.setLength(99);
-    EXPECT_NE(found().find("the icon"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, AnArmedTaskTooManyIsTold) {
-    const auto task = stage.queue().after(std::chrono::seconds(1), [] {});
-    EXPECT_NE(found().find("the number of armed tasks"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, ALaunchTooManyIsTold) {
-    (void)stage.program().launcher.launch({"x", {}, "/", {}}, {});
-    EXPECT_NE(found().find("what was launched"), std::string::npos);
-}
-
-TEST_F(DisagreementTest, ARunnerThatNobodyShouldHaveIsTold) {
-    const auto added = stage.program().store->add("extra");
-    stage.program().watchRunners();
-    EXPECT_NE(found().find("the number of runners made"), std::string::npos);
 }
 
 TEST(TellingTest, TextForPeopleIsPrintableAndShort) {

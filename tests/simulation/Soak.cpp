@@ -1,13 +1,14 @@
 #include "simulation/Soak.h"
 
+#include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
+#include <limits>
 #include <string>
-#include <string_view>
+#include <system_error>
 #include <thread>
-#include <vector>
 
 #include "simulation/CrashNote.h"
 #include "simulation/Marks.h"
@@ -22,6 +23,7 @@ using Clock = std::chrono::steady_clock;
 // What the threads share.
 struct Progress {
     std::atomic<std::uint64_t> next{0};
+    std::atomic<std::uint64_t> played{0};
     std::atomic<std::uint64_t> steps{0};
     std::atomic<bool> hasFailed{false};
 };
@@ -49,6 +51,7 @@ void playAll(const SoakPlan& plan, Progress& progress) {
         if (turn >= plan.schedules)
             return;
         playTurn(plan, turn, progress);
+        ++progress.played;
         if ((turn + 1) % 100000 == 0)
             say(std::to_string(turn + 1) + " schedules");
     }
@@ -62,14 +65,32 @@ bool tellMarks() {
     return neverReached().empty();
 }
 
-std::optional<std::string> valueOf(std::string_view argument, std::string_view name) {
-    if (!argument.starts_with(name))
+constexpr std::string_view countOption = "--soak=";
+constexpr std::uint64_t mostThreads = 1000;  // far more than anybody has processors
+
+// The number that follows the option, if it is one that fits and nothing else.
+std::optional<std::uint64_t> numberBehind(std::string_view argument, std::string_view option,
+                                          std::uint64_t most) {
+    if (!argument.starts_with(option))
         return std::nullopt;
-    return std::string(argument.substr(name.size()));
+    const std::string_view digits = argument.substr(option.size());
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number);
+    const bool isRight = error == std::errc() && end == digits.end() && number <= most;
+    return isRight ? std::optional(number) : std::nullopt;
 }
 
-std::uint64_t numberIn(const std::string& text) {
-    return std::strtoull(text.c_str(), nullptr, 10);
+bool take(std::string_view argument, SoakPlan& plan) {
+    constexpr auto most = std::numeric_limits<std::uint64_t>::max();
+    if (const auto schedules = numberBehind(argument, countOption, most))
+        plan.schedules = *schedules;
+    else if (const auto seed = numberBehind(argument, "--seed=", most))
+        plan.firstSeed = *seed;
+    else if (const auto threads = numberBehind(argument, "--threads=", mostThreads))
+        plan.threads = static_cast<unsigned>(*threads);
+    else
+        return false;
+    return plan.schedules > 0 && plan.threads > 0;
 }
 
 }  // namespace
@@ -86,28 +107,29 @@ bool soak(const SoakPlan& plan) {
         thread.join();
     const std::chrono::duration<double> taken = Clock::now() - start;
     const auto speed =
-        static_cast<std::uint64_t>(static_cast<double>(plan.schedules) / taken.count());
-    say(std::to_string(progress.steps) + " steps, " + std::to_string(speed) +
-        " schedules a second");
+        static_cast<std::uint64_t>(static_cast<double>(progress.played) / taken.count());
+    say(std::to_string(progress.played) + " schedules of " + std::to_string(progress.steps) +
+        " steps, " + std::to_string(speed) + " schedules a second");
     return !progress.hasFailed && tellMarks();
 }
 
-std::optional<SoakPlan> soakPlan(int count, char** arguments) {
+bool asksForSoak(const std::vector<std::string_view>& arguments) {
+    return std::any_of(arguments.begin(), arguments.end(), [](std::string_view argument) {
+        return argument.starts_with("--soak") || argument.starts_with("--seed") ||
+               argument.starts_with("--threads");
+    });
+}
+
+std::optional<SoakPlan> soakPlan(const std::vector<std::string_view>& arguments) {
     SoakPlan plan;
     plan.threads = std::max(1U, std::thread::hardware_concurrency());
-    bool isWanted = false;
-    for (int index = 1; index < count; ++index) {
-        const std::string_view argument = arguments[index];
-        if (const auto schedules = valueOf(argument, "--soak=")) {
-            isWanted = true;
-            plan.schedules = numberIn(*schedules);
-        } else if (const auto seed = valueOf(argument, "--seed=")) {
-            plan.firstSeed = numberIn(*seed);
-        } else if (const auto threads = valueOf(argument, "--threads=")) {
-            plan.threads = static_cast<unsigned>(numberIn(*threads));
-        }
-    }
-    return isWanted ? std::optional(plan) : std::nullopt;
+    const bool isRight =
+        std::all_of(arguments.begin() + 1, arguments.end(),
+                    [&](std::string_view argument) { return take(argument, plan); });
+    const bool hasCount =
+        std::any_of(arguments.begin() + 1, arguments.end(),
+                    [](std::string_view argument) { return argument.starts_with(countOption); });
+    return isRight && hasCount ? std::optional(plan) : std::nullopt;
 }
 
 }  // namespace valdorn::simulation

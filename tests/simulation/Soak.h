@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 namespace valdorn::simulation {
 
@@ -16,7 +18,11 @@ struct SoakPlan {
 // goes. False when a schedule failed, which is told, or when a mark was never reached.
 bool soak(const SoakPlan& plan);
 
-// The plan that the arguments ask for; nothing when they ask for something else.
-std::optional<SoakPlan> soakPlan(int count, char** arguments);
+// Whether any of the arguments, of which the first names the program, is of a soak.
+bool asksForSoak(const std::vector<std::string_view>& arguments);
+
+// The plan that the arguments ask for; nothing when one of them is unknown, or has no number, or a 0
+// that would mean that nothing is played.
+std::optional<SoakPlan> soakPlan(const std::vector<std::string_view>& arguments);
 
 }  // namespace valdorn::simulation

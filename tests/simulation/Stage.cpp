@@ -20,7 +20,7 @@ RunnerConfig anyRecord(Random& random, std::size_t number) {
                         "",
                         false};
     if (random.chance(10))
-        record.id = random.pick({"runner-0", "two words", "é漢"});
+        record.id = random.pick({"runner-0", "two words", "é漢", "", ".", "..", "a", "a/b", "/a"});
     if (random.chance(20))
         record.name = Grammar::field(random);
     if (random.chance(20))
@@ -61,7 +61,7 @@ void Stage::setUpHost(Random& random) {
         model.environment.emplace_back("PATH=/somewhere:/else");
     model.environment.emplace_back("XPATH=kept");
     if (random.chance(70))
-        model.computerName = random.pick({"My Mac", "box", "A  B", ""});
+        model.computerName = random.pick({"My Mac", "box", "A  B", "Ünit 7", ""});
     if (random.chance(30))
         model.bundledRunner = "/opt/valdorn/act_runner";
     machine.host.variables = model.environment;
@@ -82,7 +82,7 @@ void Stage::setUpDefaults(Random& random) {
 }
 
 void Stage::setUpList(Random& random) {
-    machine.files.folders.insert("/home/ada");
+    (void)machine.files.makeFolders("/home/ada");
     const std::size_t count = random.chance(15) ? 0 : 1 + random.below(4);
     if (count == 0 && random.chance(50))
         return;
@@ -93,12 +93,12 @@ void Stage::setUpList(Random& random) {
     model.texts.teach(text, records);
     model.disk.plantFolder(ModelDisk::support);
     model.disk.overwrite(ModelDisk::listPath(), text);
+    (void)machine.files.makeFolders(ModelDisk::support);
     machine.files.files[ModelDisk::listPath()] = text;
     for (const RunnerConfig& record : records) {
         if (!random.chance(80))
             continue;
-        const std::string support = ModelDisk::support;
-        const std::string folder = record.legacy ? support : support + "/runners/" + record.id;
+        const std::string folder = ModelRunner::dataFolder(record);
         model.disk.plantFolder(folder);
         model.disk.plantFile(folder + "/.runner", "");
         (void)machine.files.makeFolders(folder);

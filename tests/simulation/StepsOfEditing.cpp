@@ -32,8 +32,10 @@ void adds(Stage& stage, Random&) {
     if (stage.fleet().runners().size() >= 6)
         return;
     stage.program().selection->add();
-    stage.program().watchRunners();
-    stage.process().selection->add(stage.program().store->runners().back()->id());
+    const std::string& id = stage.program().store->runners().back()->id();
+    if (!stage.fleet().isNewId(id))
+        stage.fail("a new runner has the id " + shown(id));
+    stage.process().selection->add(id);
     stage.tell("a runner is added");
 }
 
@@ -64,7 +66,7 @@ void selects(Stage& stage, Random& random) {
     else if (random.chance(50))
         id = "nobody";
     stage.program().selection->select(id);
-    stage.process().selection->id = id;
+    stage.process().selection->select(id);
     stage.tell("another runner is selected");
 }
 

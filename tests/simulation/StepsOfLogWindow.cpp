@@ -11,9 +11,8 @@ namespace {
 
 void makeWindow(Stage& stage) {
     stage.program().makeViewer();
-    stage.process().log =
-        std::make_unique<ModelLog>(stage.process().machine.loop, stage.model.disk,
-                                   stage.fleet().runners().front()->dataFolder() + "/valdorn.log");
+    stage.process().log = std::make_unique<ModelLog>(
+        stage.process().machine, stage.fleet().runners().front()->dataFolder() + "/valdorn.log");
 }
 
 void opens(Stage& stage, Random&) {

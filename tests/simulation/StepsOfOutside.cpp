@@ -119,9 +119,13 @@ Numbers anyVersion(Random& random) {
 
 std::string textOf(Random& random, const Numbers& numbers) {
     std::string text = random.pick({"", "v", "vv", "v."});
-    for (const std::size_t number : numbers)
-        text += random.pick({"", "", "0"}) + std::to_string(number) + random.pick({".", ".", ".."});
-    return text + random.pick({"", "", "-rc1", " beta", "x9"});
+    for (const std::size_t number : numbers) {
+        text += random.pick({"", "", "0"});
+        text += std::to_string(number);
+        text += random.pick({".", ".", ".."});
+    }
+    text += random.pick({"", "", "-rc1", " beta", "x9"});
+    return text;
 }
 
 bool isNewer(Numbers one, Numbers other) {

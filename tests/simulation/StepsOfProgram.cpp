@@ -1,3 +1,4 @@
+#include "simulation/Agreement.h"
 #include "simulation/Marks.h"
 #include "simulation/Steps.h"
 
@@ -64,6 +65,13 @@ void tamperWithList(Stage& stage, Random& random) {
     stage.tell("the list is edited by hand");
 }
 
+// The loop runs what is posted before it ends.
+void endsItsLoop(Stage& stage) {
+    stage.settle();
+    for (const std::string& disagreement : disagreements(stage))
+        stage.fail(disagreement);
+}
+
 void restarts(Stage& stage, Random& random) {
     if (random.chance(50)) {
         reached<"quit">();
@@ -71,6 +79,8 @@ void restarts(Stage& stage, Random& random) {
         menu.activate(menu.items()[12].id);
         stage.process().shell.quit();
         stage.tell("quit");
+        if (random.chance(50))
+            endsItsLoop(stage);
     } else {
         reached<"crash">();
         stage.tell("crash");

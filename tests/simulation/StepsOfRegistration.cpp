@@ -12,7 +12,7 @@ void typesAToken(Stage& stage, Random& random) {
     const std::size_t form = random.below(formCount);
     const std::string token = random.pick({"", "t0ken", "with blanks in it", "漢"});
     stage.program().forms[form]->setToken(token);
-    stage.process().forms[form]->token = token;
+    stage.process().forms[form]->setToken(token);
     stage.tell("a token is typed");
 }
 
@@ -23,7 +23,7 @@ void registers(Stage& stage, Random& random) {
     const std::size_t form = random.below(formCount);
     if (random.chance(70)) {
         stage.program().forms[form]->setToken("t0ken");
-        stage.process().forms[form]->token = "t0ken";
+        stage.process().forms[form]->setToken("t0ken");
     }
     stage.program().forms[form]->doRegister(runner->real);
     if (auto run = stage.process().forms[form]->beginRegistration(runner->expected))
@@ -40,7 +40,7 @@ ToolScript anyScript(Random& random) {
     script.writesMarker = random.chance(script.exitNumber == 0 ? 85 : 5);
     if (random.chance(10))
         script.launchFailure =
-            LaunchError{LaunchError::Step::execute, ENOENT, "act_runner"}.description();
+            "The executable could not be started: act_runner: No such file or directory";
     return script;
 }
 

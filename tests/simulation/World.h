@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -98,14 +97,12 @@ public:
     std::unique_ptr<TrayHostSearch> search;
     std::unique_ptr<LaunchGate> gate;
 
-    std::vector<RunnerView> announcements;  // what stood in the runner when it announced
+    Announcements announcements;
     int scrolls = 0;
 
     // Every runner ever made, by number.
     const std::vector<std::weak_ptr<RunnerManager>>& everMade() const { return everMade_; }
 
-    // Watches the runners of the list that are new.
-    void watchRunners();
     // The log window is there for the first time.
     void makeViewer();
     // A window of its own for what the release service says.
@@ -114,16 +111,25 @@ public:
 private:
     void makeStore();
     void makeTray();
+    void makeForms();
+    void watchList();
+    void watchNew(const RunnersStore::Runners& runners);
     void watch(const std::shared_ptr<RunnerManager>& runner);
+    std::size_t numberOf(const std::shared_ptr<RunnerManager>& runner) const;
+    std::vector<std::size_t> numbersOf(const RunnersStore::Runners& runners) const;
 
     Machine& machine_;
     Services services_;
     std::vector<std::weak_ptr<RunnerManager>> everMade_;
     std::vector<Subscription> subscriptions_;
     Subscription scrolling_;
+    Subscription tailing_;
+    Subscription updating_;
 };
 
-// What a runner publishes.
+// What they publish.
 RunnerView viewOf(const RunnerManager& runner, std::size_t number);
+FormView viewOf(const RegistrationForm& form, std::size_t number);
+LogView viewOf(const LogLines& lines);
 
 }  // namespace valdorn::simulation
