@@ -1,8 +1,10 @@
 #include "failures/BusStandin.h"
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <system_error>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -28,6 +30,20 @@ bool hear(int guest, std::string_view end) {
     return true;
 }
 
+void require(bool isDone, const char* what) {
+    if (!isDone)
+        throw std::system_error(errno, std::generic_category(), what);
+}
+
+sockaddr_un placeAt(const std::string& path) {
+    sockaddr_un place{};
+    place.sun_family = AF_UNIX;
+    if (path.size() >= sizeof place.sun_path)
+        throw std::system_error(ENAMETOOLONG, std::generic_category(), path);
+    std::memcpy(place.sun_path, path.data(), path.size());
+    return place;
+}
+
 void say(int guest, std::string_view words) {
     send(guest, words.data(), words.size(), MSG_NOSIGNAL);
 }
@@ -36,12 +52,11 @@ void say(int guest, std::string_view words) {
 
 BusStandin::BusStandin(const std::string& path) {
     const failing::Quiet quiet;
-    sockaddr_un place{};
-    place.sun_family = AF_UNIX;
-    std::strncpy(place.sun_path, path.c_str(), sizeof place.sun_path - 1);
+    const sockaddr_un place = placeAt(path);
     listening_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    bind(listening_, reinterpret_cast<const sockaddr*>(&place), sizeof place);
-    listen(listening_, 4);
+    require(listening_ >= 0, "socket");
+    require(bind(listening_, reinterpret_cast<const sockaddr*>(&place), sizeof place) == 0, "bind");
+    require(listen(listening_, 4) == 0, "listen");
     thread_ = std::thread([this] { serve(); });
 }
 

@@ -5,9 +5,10 @@
 
 namespace valdorn {
 
-// A session bus that lets one guest in, on a thread of its own.
+// A session bus that lets guests in, one after the other, on a thread of its own.
 class BusStandin {
 public:
+    // Throws std::system_error where no socket can be had there.
     explicit BusStandin(const std::string& path);
     BusStandin(const BusStandin&) = delete;
     BusStandin& operator=(const BusStandin&) = delete;

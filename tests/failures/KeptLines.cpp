@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "failures/children/Flood.h"
+
 namespace valdorn {
 
 namespace {
-
-constexpr int floodLines = 1000;
-constexpr int keptEvery = 50;
 
 std::string structured(const std::string& words, pid_t pid) {
     return "time=\"now\" level=info msg=\"" + words + " " + std::to_string(pid) + "\"";
@@ -17,7 +16,7 @@ std::string structured(const std::string& words, pid_t pid) {
 std::vector<std::string> linesOf(pid_t pid, bool hasDied) {
     std::vector<std::string> lines{structured("begins", pid),
                                    structured("with version: v1.2.3, declare successfully", pid)};
-    for (int line = 0; hasDied && line < floodLines; line += keptEvery)
+    for (int line = 0; hasDied && line < flood::lines; line += flood::keptEvery)
         lines.push_back("Error: " + std::to_string(pid) + "." + std::to_string(line));
     lines.push_back(structured(hasDied ? "dies" : "ends", pid));
     return lines;

@@ -6,29 +6,55 @@
 #include <iterator>
 #include <sstream>
 
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 
 #include "failures/calls/FailingCalls.h"
+#include "support/OpenDescriptors.h"
 
 namespace valdorn::seen {
 
 namespace {
 
-std::size_t entriesOf(const char* folder) {
+std::vector<pid_t> children() {
     const failing::Quiet quiet;
-    const std::filesystem::directory_iterator all(folder);
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    std::vector<pid_t> pids;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream listed(thread.path() / "children");
+        pids.insert(pids.end(), std::istream_iterator<pid_t>(listed), {});
+    }
+    return pids;
+}
+
+// How many of our children had ended.
+std::size_t waitForEnded() {
+    const failing::Quiet quiet;
+    std::size_t count = 0;
+    siginfo_t info{};
+    while (waitid(P_ALL, 0, &info, WEXITED | WNOHANG) == 0 && info.si_pid != 0) {
+        info = {};
+        ++count;
+    }
+    return count;
 }
 
 }  // namespace
 
+void rest() {
+    const failing::Quiet quiet;
+    poll(nullptr, 0, 1);
+}
+
 std::size_t descriptors() {
-    return entriesOf("/proc/self/fd");
+    const failing::Quiet quiet;
+    return openDescriptors();
 }
 
 std::size_t threads() {
-    return entriesOf("/proc/self/task");
+    const failing::Quiet quiet;
+    const std::filesystem::directory_iterator all("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
 bool isChild(pid_t pid) {
@@ -50,6 +76,12 @@ bool hasAnyChild() {
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
+void signal(pid_t pid, int number) {
+    const failing::Quiet quiet;
+    if (pid > 0 && isChild(pid))
+        kill(pid, number);
+}
+
 int waitFor(pid_t pid) {
     const failing::Quiet quiet;
     siginfo_t info{};
@@ -57,17 +89,22 @@ int waitFor(pid_t pid) {
     return info.si_code == CLD_EXITED ? info.si_status : -info.si_status;
 }
 
-std::size_t endAll(const std::vector<pid_t>& pids) {
-    const failing::Quiet quiet;
-    for (const pid_t pid : pids) {
-        if (isChild(pid))
-            kill(pid, SIGKILL);
-    }
+bool waitForAll() {
+    return soon([] {
+        waitForEnded();
+        return !hasAnyChild();
+    });
+}
+
+std::size_t endAll() {
     std::size_t left = 0;
-    siginfo_t info{};
-    while (waitid(P_ALL, 0, &info, WEXITED) == 0)
-        ++left;
-    return left;
+    const bool haveEnded = soon([&left] {
+        for (const pid_t pid : children())
+            signal(pid, SIGKILL);
+        left += waitForEnded();
+        return !hasAnyChild();
+    });
+    return haveEnded ? left : left + 1;
 }
 
 std::string content(const std::string& path) {

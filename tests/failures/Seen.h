@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -10,6 +11,21 @@
 // counts as a call of the product's.
 namespace valdorn::seen {
 
+// A moment between two looks at the same thing.
+void rest();
+
+// For what comes by itself, but tells nobody: false when it does not come within that time.
+template <typename Condition>
+bool soon(const Condition& condition, std::chrono::seconds patience = std::chrono::seconds(10)) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        rest();
+    }
+    return true;
+}
+
 // How many descriptors and threads this process has.
 std::size_t descriptors();
 std::size_t threads();
@@ -19,11 +35,18 @@ bool isChild(pid_t pid);
 bool isRunningChild(pid_t pid);
 bool hasAnyChild();
 
+// The only way to send a signal here: to that child, and to nobody when it is none. An id of -1,
+// which says that there is no daemon, means everybody to kill().
+void signal(pid_t pid, int number);
+
 // Waits for the child's end. Its exit code, or minus the signal that ended it.
 int waitFor(pid_t pid);
 
-// Ends whatever child is left, by id, among those; and waits for all children. How many were left.
-std::size_t endAll(const std::vector<pid_t>& pids);
+// Waits for the end of all children, which come to it by themselves; false when one goes on.
+bool waitForAll();
+
+// Ends whatever child is left, and waits for it. How many were left.
+std::size_t endAll();
 
 // The lines of a file, or none. The last one may lack its line end.
 std::string content(const std::string& path);

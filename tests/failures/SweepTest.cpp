@@ -11,6 +11,15 @@
 #include "failures/calls/FailingCalls.h"
 
 namespace valdorn {
+
+// For the test's own output: gtest looks for it where the type is.
+namespace failing {
+void PrintTo(Call call, std::ostream* stream);
+void PrintTo(Call call, std::ostream* stream) {
+    *stream << kindOf(call).name;
+}
+}  // namespace failing
+
 namespace {
 
 using failing::Call;
@@ -80,6 +89,8 @@ std::optional<Fault> companionOf(Call call) {
         case Call::waitpid:
             return Fault{Call::childExecute, 1, {Manner::refuse, ENOENT, false}};
         case Call::kill:
+            // The reader's mailbox is the first that it watches, then a daemon's process and its
+            // pipe: that daemon runs already.
             return Fault{Call::epollControl, 3, {Manner::refuse, ENOMEM, false}};
         default:
             return std::nullopt;
@@ -113,7 +124,7 @@ protected:
 };
 
 // One failure at each place. What can be refused there comes by turns, or all of it when asked for;
-// a signal comes each time at once, which reaches every place, too.
+// a signal comes at every other call, so that each place meets it and may try once more.
 TEST_P(SweepTest, LeavesNothingWrong) {
     std::vector<Failure> refusals;
     for (const Failure* one = failing::kindOf(GetParam()).failures; one->error >= 0; ++one) {
@@ -126,11 +137,6 @@ TEST_P(SweepTest, LeavesNothingWrong) {
     }
     if (!refusals.empty())
         failAtEachPlace(refusals);
-}
-
-// For gtest, which lists the tests with it.
-[[maybe_unused]] void PrintTo(Call call, std::ostream* stream) {
-    *stream << failing::kindOf(call).name;
 }
 
 std::string nameOf(const testing::TestParamInfo<Call>& info) {

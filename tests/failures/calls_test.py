@@ -10,7 +10,7 @@ HARMLESS = {
     # Answers from memory.
     "environ", "getenv", "geteuid", "getpid", "getuid", "unsetenv", "__errno_location",
     "__libc_single_threaded", "memchr", "memcmp", "memcpy", "memmove", "memset", "snprintf", "strcmp",
-    "strlen", "sigfillset", "sigaction", "pthread_mutex_lock", "pthread_mutex_unlock",
+    "strlen", "sigemptyset", "sigfillset", "sigaction", "pthread_mutex_lock", "pthread_mutex_unlock",
     "pthread_sigmask", "free",
     # Of a file that is one.
     "lseek",

@@ -6,8 +6,9 @@
 // library, so it sees what the program asks for and what the C++ library asks for on its behalf;
 // not what the C library asks of itself.
 //
-// A call is looked at while the library is armed, on every thread but those that are quiet. Made of
-// nothing but atomics: a child that shares our memory before its executable runs passes here, too.
+// A call is looked at while the library is armed, on every thread but those that are quiet. What it
+// goes by and what changes meanwhile is atomic or the thread's own: a child that shares our memory
+// before its executable runs passes here, too.
 namespace valdorn::failing {
 
 // Some functions stand here more than once: what a failure means depends on what they work on.

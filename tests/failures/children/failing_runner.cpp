@@ -10,11 +10,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Flood.h"
+
 namespace {
 
 constexpr unsigned lifetimeSeconds = 120;  // one that a failed test has forgotten ends by itself
-constexpr int floodLines = 1000;
-constexpr int keptEvery = 50;
 
 int ownId = 0;
 
@@ -34,11 +34,11 @@ void say(const char* word) {
     print(line);
 }
 
-void flood() {
-    static char text[static_cast<size_t>(floodLines) * 160];
+void printALot() {
+    static char text[static_cast<size_t>(flood::lines) * 160];
     char* end = text;
-    for (int line = 0; line < floodLines; ++line) {
-        const char* const form = line % keptEvery == 0
+    for (int line = 0; line < flood::lines; ++line) {
+        const char* const form = line % flood::keptEvery == 0
                                      ? "Error: %d.%d\n"
                                      : "  | %d.%d some output of a job that nobody "
                                        "keeps, as long as lines mostly are\n";
@@ -75,7 +75,7 @@ int runDaemon() {
     int order = 0;
     sigwait(&orders, &order);
     if (order == SIGUSR1) {
-        flood();
+        printALot();
         say("dies");
         return 1;
     }
