@@ -125,12 +125,14 @@ public:
 
     void poll() {
         const std::size_t toldBefore = told_;
+        const Lines before = plain_.lines;
         const bool isNews = plain_.poll(content());
         tailer_->poll();
         plainFew_.poll(content());
         few_.poll();
         check();
         require(isNews || told_ == toldBefore, "nobody is told of nothing");
+        require(plain_.lines == before || told_ > toldBefore, "each change is told");
     }
 
 private:

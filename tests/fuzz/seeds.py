@@ -222,7 +222,7 @@ UNICODE_TEXT = {
     "alone": pieces("\u0301a\n\u0301", "\u0301"),
 }
 
-_SEEDS = {
+SEEDS = {
     "desktop_entry": DESKTOP_ENTRY,
     "log_tail": LOG_TAIL,
     "output_lines": OUTPUT_LINES,
@@ -235,7 +235,7 @@ _SEEDS = {
 
 def main():
     corpus = os.path.join(os.path.dirname(os.path.abspath(__file__)), "corpus")
-    for target, seeds in _SEEDS.items():
+    for target, seeds in SEEDS.items():
         folder = os.path.join(corpus, target)
         os.makedirs(folder, exist_ok=True)
         for name, content in seeds.items():
