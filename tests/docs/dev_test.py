@@ -197,6 +197,7 @@ echo "stat::average_exec_per_sec:     617"
         self.dev("fuzz", "5", "two")
         self.assertEqual(self.fuzzed(), [("two", "5")])
         self.assertIn('no target "three"', self.dev("fuzz", "5", "three", status=1))
+        self.assertIn("./dev fuzz: SECONDS first", self.dev("fuzz", "two", status=1))
 
     def test_fails_on_a_finding_and_shows_it(self):
         self.add_target("one", status=77)

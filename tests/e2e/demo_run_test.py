@@ -122,7 +122,7 @@ class DemoRunTest(unittest.TestCase):
         item = self.item()
         menu = item.menu()
         wait_until(lambda: "Status: Connected — idle" in menu.labels(), "the connection")
-        wait_until(lambda: self.panel_shows(GREEN), "the bird in the panel")
+        wait_until(lambda: self.panel_shows(GREEN), "the bird in the panel", 60)
         wait_until(lambda: "Building: acme/site" in menu.labels(), "a job")
         wait_until(lambda: colour(item.pixmaps()) == "gray", "the spinner")
         wait_until(lambda: not self.panel_shows(GREEN), "the spinner in the panel")

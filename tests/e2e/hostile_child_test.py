@@ -9,6 +9,7 @@ from support.case import ProgramCase
 from support.desktop import usual_window_manager
 from support.icon import colour
 from support.program import is_alive
+from support.skipping import skip
 from support.waiting import spend, stays_true, wait_until
 
 MIB = 1024 * 1024
@@ -254,7 +255,7 @@ class FullDiskTest(HostileChildCase):
     def test_a_full_file_system_ends_nothing(self):
         space = ("unshare", "--map-current-user", "--keep-caps", "--mount")
         if subprocess.run([*space, "true"], capture_output=True).returncode:
-            self.skipTest("no file systems of one's own here")
+            skip("no file systems of one's own here")
         self.fill(command=(*space, "sh", "-c", self.HARDLY_ANY_ROOM, "sh"))
         inside = f"/proc/{self.program.process.pid}/root{self.log_path}"
         self.assertLess(os.path.getsize(inside), self.LINES * self.LINE_BYTES)

@@ -104,6 +104,10 @@ class QuitTest(ProgramCase):
         self.assertTrue(self.program.is_running())
         self.assertEqual(self.signals(), [[]] * 3)
 
+    def test_by_a_signal_that_was_blocked_at_the_start(self):
+        self.begin(command=("env", "--block-signal"))
+        self.assert_quits(lambda: self.program.process.send_signal(signal.SIGTERM))
+
     def test_of_a_daemon_that_was_lost_sight_of(self):
         puppets, = self.puppet_runners({})
         program, item = self.start_with_item()

@@ -197,8 +197,12 @@ class LockTest(InstanceCase):
         # Qt remarks on that.
         self.expect_stderr(self.start(**variables))
         host.wait_for_item()
-        names = os.listdir(os.path.join(self.home.path, ".local/state/valdorn"))
-        self.assertEqual(sorted(name.partition(".")[2] for name in names), ["daemons", "lock"])
+        folder = os.path.join(self.home.path, ".local/state/valdorn")
+
+        def endings():
+            return sorted(name.partition(".")[2] for name in os.listdir(folder))
+        # While a daemon is being launched its birth is noted there as well.
+        wait_until(lambda: endings() == ["daemons", "lock"], "ledger and lock", 5)
         self.assertEqual(run_once(self.desktop, self.home, **variables).returncode, 0)
 
     def test_nothing_of_the_instance_stands_in_the_support_folder(self):

@@ -33,12 +33,11 @@ ALLOWED = {
     "descriptors of its own": 1,
     # Each is made once, and Qt keeps those that ask the release service for half a minute.
     "threads": 1,
-    # Qt 6.4 keeps the name, some 200 bytes, of each picture that has fallen out of its cache, and
-    # the form of another runner brings pictures of its own: 1 KiB a round, of which the last third
-    # of an hour is some 400 away from the first. In the short form much happens for the second or
-    # third time only, and the cache, 1 MiB, is still being filled.
-    "anonymous KiB": 1024 if LONG else 2048,
-    "resident KiB": 1024 if LONG else 2048,
+    # What the allocator does not find together again. A long run has some 300 rounds between the
+    # first third and the last: what each left behind would have to be less than about 1 KiB. In the
+    # short form much happens for the second or third time only.
+    "anonymous KiB": 384 if LONG else 1024,
+    "resident KiB": 384 if LONG else 1024,
     # Made once, and hidden when they are closed.
     "windows": 0,
     "pixmaps": 0,

@@ -6,6 +6,7 @@ import unittest
 
 from support.case import ProgramCase
 from support.program import VALDORN, Home
+from support.skipping import skip
 from support.waiting import wait_until
 
 REFUSAL = "Valdorn: login-item toggle failed: "
@@ -85,6 +86,15 @@ class AnswerTest(SwitchesCase):
     def test_the_name_under_which_it_is_called_counts_as_well(self):
         called = ("/bin/bash", "-c", 'exec -a --login-status "$0" "$@"')
         self.assert_answers("not-enabled", command=called)
+
+    def test_ends_well_where_nobody_reads_the_answer(self):
+        for word in ("--enable-login", "--login-status", "--disable-login"):
+            reader, writer = os.pipe()
+            os.close(reader)
+            with self.subTest(word), os.fdopen(writer) as answer:
+                done = subprocess.run([VALDORN, word], env={"HOME": self.home.path}, stdout=answer,
+                                      stdin=subprocess.DEVNULL, timeout=30)
+                self.assertEqual(done.returncode, 0)
 
     def test_only_whole_words_are_switches(self):
         # Without a display the program itself cannot start: that tells it from an answer.
@@ -167,7 +177,7 @@ class RefusalTest(SwitchesCase):
 
     def test_a_full_disk_leaves_what_was_there(self):
         if not os.path.exists("/dev/full"):
-            self.skipTest("needs a device that is always full")
+            skip("needs a device that is always full")
         text = '[Desktop Entry]\nType=Application\nName=Valdorn\nExec="/x"\nX-Mine=1\n'
         self.write(text)
         # No byte may be written to any file.

@@ -1,18 +1,13 @@
-"""How much of a fault: `./dev faults` takes its time, everyday tests do not, and where a sanitizer
-slows the program down there is the least."""
+"""How much of a fault: `./dev faults` takes its time, everyday tests do not."""
 
 import os
 import random
 
 IS_FULL = os.environ.get("VALDORN_FAULTS") == "full"
-IS_SANITIZED = bool(os.environ.get("VALDORN_SANITIZED"))
 
 
-def amount(full, ordinary, sanitized=None):
-    """One of the three; what is not given for a sanitized program is as on other days."""
-    if IS_FULL:
-        return full
-    return ordinary if sanitized is None or not IS_SANITIZED else sanitized
+def amount(full, ordinary):
+    return full if IS_FULL else ordinary
 
 
 def dice(name):

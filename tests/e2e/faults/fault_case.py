@@ -1,14 +1,13 @@
-"""What the tests of faults in files and folders have in common."""
+"""What the tests of faults have in common: in files and folders, kills, stops, clocks."""
 
 import os
 import stat
 import subprocess
-import unittest
 
-from amounts import IS_SANITIZED
 from support.accessibility import Accessibility
 from support.desktop import Desktop, usual_window_manager
 from support.settings_case import SettingsCase
+from support.skipping import skip
 from support.waiting import spend, wait_until
 
 CONNECTED = "Connected — idle"
@@ -19,15 +18,16 @@ STOPPED = "Stopped"
 NOT_REGISTERED = "Not registered"
 
 RELAUNCH_SECONDS = 5.0
+EARLY_SECONDS = 0.1  # what the clocks of files may be behind
 LATE_SECONDS = 5.0  # what it may take a busy computer beyond that
+
+# Where no server is, for a program that asks for news.
+NOBODY = "http://127.0.0.1:9"
 
 # A mount namespace of one's own, whoever one is.
 OWN_SPACE = ("unshare", "--map-current-user", "--keep-caps", "--mount")
 # The superuser may read and write whatever its mode, unless it gives that up.
 AS_ANYBODY = ("setpriv", "--bounding-set=-all", "--inh-caps=-all") if os.geteuid() == 0 else ()
-
-# Where starts are slow: what a sanitizer sees of these, it sees of their neighbours.
-one_of_many = unittest.skipIf(IS_SANITIZED, "left to the program without a sanitizer")
 
 
 def in_own_space(preparation):
@@ -35,9 +35,9 @@ def in_own_space(preparation):
     return (*OWN_SPACE, "sh", "-c", preparation + 'exec "$@" 3<&-', "sh")
 
 
-def require_own_space(case):
+def require_own_space():
     if subprocess.run([*OWN_SPACE, "true"], capture_output=True).returncode:
-        case.skipTest("no file systems of one's own here")
+        skip("no file systems of one's own here")
 
 
 def content(path):

@@ -29,7 +29,7 @@ FULL_DISK = SMALL_DISK + """
 class FullDiskCase(FaultCase):
     def setUp(self):
         super().setUp()
-        require_own_space(self)
+        require_own_space()
 
     def look_inside(self):
         """From now on the home is what the program sees of it."""

@@ -2,11 +2,12 @@
 
 import os
 import shutil
+import time
 import unittest
 
 from fault_case import (BLOCKED, BUILDING, CONNECTED, LATE_SECONDS, NOT_REGISTERED,
                         RELAUNCH_SECONDS, STARTING, FaultCase, content, in_own_space,
-                        one_of_many, require_own_space)
+                        require_own_space)
 from support.log_page import LogPage
 from support.puppet import DECLARED
 from support.settings_page import SettingsPage
@@ -52,7 +53,7 @@ class HomeCase(FaultCase):
 class ReadOnlyTest(HomeCase):
     def setUp(self):
         super().setUp()
-        require_own_space(self)
+        require_own_space()
         self.add_runners({}, {"name": "spare"}, script="start\ndeclare\nhang\n")
         self.home.unregister(self.folders[1])
         for name, text in (("runner-config.yaml", CONFIGURATION), ("valdorn.log", DECLARED)):
@@ -79,7 +80,6 @@ class ReadOnlyTest(HomeCase):
         self.quit()
         self.assertEqual(snapshot(self.home.path), self.before)
 
-    @one_of_many
     def test_without_a_place_for_its_lock_it_says_so_and_runs(self):
         self.begin(command=in_own_space(READ_ONLY), XDG_RUNTIME_DIR=self.home.path + "/none")
         self.expect_stderr(self.program)
@@ -93,9 +93,11 @@ class RemovedTest(HomeCase):
     def begin_without(self, *parts):
         """A runner whose folder, or one above it, goes away while it runs."""
         self.add_runners({}, script="declare\nwait 3s\nno-route-to-host\nhang\n")
-        self.begin()
-        self.page = SettingsPage(self)
         self.folder = self.folders[0]
+        WindowCase.begin(self)
+        log = os.path.join(self.folder, "valdorn.log")
+        wait_until(lambda: os.path.exists(log) and content(log), "a daemon that has begun")
+        self.page = SettingsPage(self)
         self.before = set(snapshot(self.home.path))
         shutil.rmtree(os.path.join(self.home.path, *parts))
         # What the daemon says still counts, though its log grows unseen.
@@ -103,9 +105,11 @@ class RemovedTest(HomeCase):
 
     def launch_anew(self):
         """The next launch makes the folder, and what belongs into it."""
+        due = time.monotonic() + RELAUNCH_SECONDS
         self.menu.choose("Restart Runner")
         spend(1)
-        self.assertFalse(os.path.exists(self.folder))
+        # By then it may be due on a busy machine.
+        self.assertTrue(not os.path.exists(self.folder) or time.monotonic() > due)
         log = os.path.join(self.folder, "valdorn.log")
         wait_until(lambda: os.path.exists(log), "a launch", RELAUNCH_SECONDS + LATE_SECONDS)
         wait_until(lambda: "Error: " in content(log), "a complaint")
@@ -125,7 +129,7 @@ class RemovedTest(HomeCase):
     def names(self):
         return [record["name"] for record in self.file()]
 
-    def test_the_folder_of_the_runner(self):
+    def test_the_folder_of_the_runner_is_made_by_the_next_launch(self):
         self.begin_without("Library/Application Support/Valdorn/runners/r0")
         self.page.fill("Name", "ab")
         wait_until(lambda: self.names() == ["a"], "the list")
@@ -134,7 +138,7 @@ class RemovedTest(HomeCase):
         self.quit()
         self.assertEqual(self.written(), set())
 
-    def test_the_support_folder(self):
+    def test_the_support_folder_is_made_by_the_next_launch(self):
         self.begin_without("Library/Application Support/Valdorn")
         self.page.fill("Name", "ab")
         spend(0.2)
@@ -148,8 +152,7 @@ class RemovedTest(HomeCase):
         self.quit()
         self.assertEqual(self.written(), set())
 
-    @one_of_many
-    def test_all_of_the_library(self):
+    def test_all_of_the_library_is_made_by_a_registration(self):
         self.begin_without("Library")
         self.stop_runner()
         self.menu.choose("Start Runner")

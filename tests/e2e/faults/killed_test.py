@@ -7,7 +7,7 @@ import os
 import threading
 
 from amounts import amount, dice
-from fault_case import FaultCase
+from fault_case import RELAUNCH_SECONDS, FaultCase
 from support.accessibility import VARIABLES
 from support.program import kill
 from support.puppet import entry
@@ -17,7 +17,6 @@ from support.side_by_side import load_tests  # noqa: F401
 from support.waiting import spend, wait_until
 
 RUNNERS = 3
-RELAUNCH_SECONDS = 5.0
 SIGKILL = 9
 
 
@@ -86,24 +85,24 @@ class KilledCase(FaultCase):
 
 
 class KilledTest(KilledCase):
-    def test_while_it_starts(self):
-        kills = amount(70, 10, 4)
+    def test_a_kill_while_it_starts_is_mended_by_the_next_start(self):
+        kills = amount(70, 10)
         for _ in range(kills):
-            self.kill_within(self.start(), amount(0.25, 0.25, 3))
+            self.kill_within(self.start(), 0.25)
             if self.dice.random() < 0.4:
                 self.kill_within(self.settle(), 0.1)
         self.settle()
         self.say(kills)
 
-    def test_while_it_runs(self):
-        kills = amount(30, 3, 2)
+    def test_a_kill_while_it_runs_is_mended_by_the_next_start(self):
+        kills = amount(30, 3)
         for _ in range(kills):
             self.kill_within(self.settle(), 0.5)
         self.settle()
         self.say(kills)
 
-    def test_while_it_relaunches(self):
-        kills = amount(30, 2, 1)
+    def test_a_kill_while_it_relaunches_is_mended_by_the_next_start(self):
+        kills = amount(30, 2)
         for _ in range(kills):
             program = self.settle()
             for pid in self.daemons():
@@ -114,8 +113,8 @@ class KilledTest(KilledCase):
         self.settle()
         self.say(kills)
 
-    def test_while_its_logs_grow(self):
-        kills = amount(30, 3, 2)
+    def test_a_kill_while_its_logs_grow_cuts_a_line_at_most(self):
+        kills = amount(30, 3)
         self.are_speaking = True
         said = []
         for number in range(kills):
@@ -148,8 +147,8 @@ class KilledWhileEditedTest(KilledCase):
     has_windows = True
     TEXT = "a-name-that-somebody-types-in-a-hurry"
 
-    def test_while_the_list_is_edited(self):
-        kills = amount(25, 3, 1)
+    def test_a_kill_leaves_the_old_list_or_the_new(self):
+        kills = amount(25, 3)
         names = []
         for _ in range(kills):
             names.append(self.kill_while_typing())
@@ -188,7 +187,7 @@ class KilledWhileRegisteringTest(KilledCase):
 
     has_windows = True
 
-    def test_while_it_registers(self):
+    def test_a_kill_leaves_the_runner_registered_or_not(self):
         kills = amount(15, 1)
         registered = sum(self.kill_while_registering() for _ in range(kills))
         self.settle()

@@ -5,9 +5,8 @@ import os
 import subprocess
 import unittest
 
-from amounts import amount
 from fault_case import (AS_ANYBODY, CONNECTED, NOT_REGISTERED, STARTING, STOPPED, FaultCase,
-                        content, kind_of, make_fifo, one_of_many)
+                        content, kind_of, make_fifo)
 from support.program import VALDORN, environment
 from support.puppet import DECLARED, PUPPET, Puppets
 from support.settings_page import SettingsPage
@@ -15,7 +14,7 @@ from support.side_by_side import load_tests  # noqa: F401
 from support.waiting import wait_until
 from support.window_case import WindowCase
 
-BLANKS_BYTES = amount(100, 100, 10) * 1000 * 1000
+BLANKS_BYTES = 100 * 1000 * 1000
 REFUSAL = "Valdorn: login-item toggle failed: "
 
 
@@ -38,20 +37,20 @@ class ListTest(FaultCase):
         record, = json.loads(self.home.read("runners.json"))
         self.assertEqual((record["id"], record["legacy"]), ("legacy", True))
 
-    def test_a_folder(self):
+    def test_a_folder_in_its_place_stays_and_the_runner_is_migrated(self):
         os.remove(self.path)
         os.mkdir(self.path)
         self.start_migrated()
         self.assertEqual(os.listdir(self.path), [])
         self.quit()
 
-    def test_a_named_pipe(self):
+    def test_a_named_pipe_in_its_place_stays_and_the_runner_is_migrated(self):
         make_fifo(self.path)
         self.start_migrated()
         self.assertEqual(kind_of(self.path), "pipe")
         self.quit()
 
-    def test_one_that_nobody_may_read(self):
+    def test_one_that_nobody_may_read_stays_and_the_runner_is_migrated(self):
         before = self.home.read("runners.json")
         os.chmod(self.path, 0)
         self.start_migrated(command=AS_ANYBODY)
@@ -59,7 +58,6 @@ class ListTest(FaultCase):
         self.assertEqual(self.home.read("runners.json"), before)
         self.quit()
 
-    @one_of_many
     def test_one_that_nobody_may_write_is_read(self):
         before = self.home.read("runners.json")
         os.chmod(self.path, 0o400)
@@ -68,14 +66,13 @@ class ListTest(FaultCase):
         self.assertEqual(self.legacy.pids(), [])
         self.assertEqual(self.home.read("runners.json"), before)
 
-    def test_blanks_without_end(self):
+    def test_blanks_without_end_are_replaced_by_the_migrated_runner(self):
         with open(self.path, "w") as file:
             file.write(" " * BLANKS_BYTES)
         self.start_migrated()
         self.assert_migrated()
 
-    @one_of_many
-    def test_blanks_without_end_before_the_list(self):
+    def test_blanks_without_end_before_the_list_are_skipped(self):
         records = self.home.read("runners.json")
         with open(self.path, "w") as file:
             file.write(" " * BLANKS_BYTES + records)
@@ -84,7 +81,7 @@ class ListTest(FaultCase):
         self.assertEqual(self.legacy.pids(), [])
         self.assertEqual(os.path.getsize(self.path), BLANKS_BYTES + len(records))
 
-    def test_a_zero_byte(self):
+    def test_a_list_with_a_zero_byte_is_replaced_by_the_migrated_runner(self):
         records = self.home.read("runners.json")
         with open(self.path, "w") as file:
             file.write(records.replace("runner 0", "runner\0 0"))
@@ -106,17 +103,15 @@ class MarkerTest(FaultCase):
         self.puppets.wait_for_one()
         self.wait_for_status(CONNECTED)
 
-    @one_of_many
-    def test_a_folder(self):
+    def test_a_folder_is_a_registration(self):
         self.start_with_marker(os.mkdir)
         self.assert_registered()
 
-    def test_a_named_pipe(self):
+    def test_a_named_pipe_is_a_registration(self):
         self.start_with_marker(os.mkfifo)
         self.assert_registered()
         self.quit()
 
-    @one_of_many
     def test_a_link_that_leads_nowhere_is_none(self):
         self.start_with_marker(lambda path: os.symlink("nowhere", path))
         self.wait_for_status(NOT_REGISTERED)
@@ -152,12 +147,11 @@ class ExecutableTest(FaultCase):
         self.menu.choose("Start Runner")
         self.wait_for_status(CONNECTED)
 
-    def test_a_named_pipe(self):
+    def test_a_named_pipe_is_not_launched(self):
         self.start_with(os.mkfifo)
         self.mend()
 
-    @one_of_many
-    def test_a_text_that_names_no_interpreter(self):
+    def test_a_text_that_names_no_interpreter_is_not_launched(self):
         def make(path):
             with open(path, "w") as file:
                 file.write("touch puppet/launched\n")
@@ -166,8 +160,7 @@ class ExecutableTest(FaultCase):
         self.assertEqual(os.listdir(os.path.join(self.puppets.data_folder, "puppet")), ["first"])
         self.mend()
 
-    @one_of_many
-    def test_a_link_to_itself(self):
+    def test_a_link_to_itself_is_not_launched(self):
         self.start_with(lambda path: os.symlink(path, path))
         os.remove(self.home.runner_path)
         self.mend()
@@ -228,13 +221,13 @@ class SettingsFileTest(FaultCase):
             os.remove(path)
         make(path)
 
-    def test_what_is_no_file(self):
+    def test_what_is_no_file_is_done_without(self):
         for make in (os.mkdir, os.mkfifo):
             for comes_later in (False, True):
                 with self.subTest(make, comes_later=comes_later):
                     self.run_with(make, "valdorn.ini", comes_later)
 
-    def test_what_is_no_lock(self):
+    def test_what_is_no_lock_is_done_without(self):
         for make in (os.mkdir, os.mkfifo):
             with self.subTest(make):
                 self.run_with(make, "valdorn.ini.lock")
@@ -269,19 +262,17 @@ class AutostartTest(FaultCase):
         self.assertEqual(self.switch("--disable-login"), ("disabled\n", ""))
         self.quit()
 
-    @one_of_many
-    def test_a_folder(self):
+    def test_a_folder_stays_and_enables_nothing(self):
         os.mkdir(self.path)
         self.assert_not_enabled()
         self.assertEqual(os.listdir(self.path), [])
 
-    def test_a_named_pipe(self):
+    def test_a_named_pipe_stays_and_enables_nothing(self):
         os.mkfifo(self.path)
         self.assert_not_enabled()
         self.assertEqual(kind_of(self.path), "pipe")
 
-    @one_of_many
-    def test_a_link_to_a_device(self):
+    def test_a_link_to_a_device_stays_and_enables_nothing(self):
         os.symlink("/dev/zero", self.path)
         self.assert_not_enabled()
         self.assertEqual(os.readlink(self.path), "/dev/zero")
@@ -302,7 +293,6 @@ class PlaceTest(FaultCase):
         self.ledger = self.lock.replace(".lock", ".daemons")
         self.quit()
 
-    @one_of_many
     def test_a_lock_that_is_none_is_done_without(self):
         make_fifo(self.lock)
         self.start_program()

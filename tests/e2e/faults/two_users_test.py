@@ -14,6 +14,7 @@ from support.desktop import Desktop, end_process, first_line
 from support.program import VALDORN, Home, Program, environment, kill
 from support.puppet import PUPPET, Puppets
 from support.side_by_side import load_tests  # noqa: F401
+from support.skipping import skip_file
 from support.waiting import spend, wait_until
 
 # The bus wants to know them by name; these are there on each Debian, and nobody works as they.
@@ -33,14 +34,22 @@ class Session:
         # What is built may stand where only its builder may look. Of its name it takes no notice.
         self._command = (*self.as_user, os.path.join(programs, "valdorn"))
         self._programs = []
+        self._bus = None
         self.home = Home()
         self.runtime = tempfile.mkdtemp(prefix="valdorn-runtime.")
+        try:
+            self._prepare(variables)
+        except BaseException:
+            self.close()
+            raise
+
+    def _prepare(self, variables):
         self.home.install_runner(PUPPET)
         record, = self.home.add_runners({}, script=None)
         self.home.set_default("hasConnected", "true")
         self.puppets = Puppets(self.home.data_folder(record))
         for folder in (self.home.path, self.runtime):
-            subprocess.run(["chown", "--recursive", f"{user}:{user}", folder], check=True)
+            subprocess.run(["chown", "--recursive", f"{self.user}:{self.user}", folder], check=True)
         # Anybody may come near, as far as the folder goes.
         os.chmod(self.runtime, 0o711)
         address = f"unix:path={self.runtime}/bus"
@@ -83,28 +92,27 @@ class Session:
         for program in self._programs:
             program.close()
         self.home.close()
-        end_process(self._bus)
+        if self._bus:
+            end_process(self._bus)
         shutil.rmtree(self.runtime, ignore_errors=True)
 
 
 class TwoUsersTest(unittest.TestCase):
     def setUp(self):
         if os.geteuid() != 0:
-            self.skip("Only the superuser can be two users.")
+            skip_file("Only the superuser can be two users.")
         programs = tempfile.mkdtemp(prefix="valdorn-programs.")
         self.addCleanup(shutil.rmtree, programs)
         os.chmod(programs, 0o755)
         shutil.copy(VALDORN, os.path.join(programs, "valdorn"))
         desktop = Desktop(display=False)
         self.addCleanup(desktop.close)
-        self.ada, self.ben = (Session(user, programs, desktop.environment) for user in USERS)
-        for session in (self.ada, self.ben):
-            self.addCleanup(session.close)
+        self.ada, self.ben = (self.session(user, programs, desktop) for user in USERS)
 
-    def skip(self, reason):
-        if os.environ.get("VALDORN_SKIP_NOTHING"):
-            self.fail(reason)
-        self.skipTest(reason)
+    def session(self, user, programs, desktop):
+        session = Session(user, programs, desktop.environment)
+        self.addCleanup(session.close)
+        return session
 
     def assert_untouched(self, session):
         spend(0.3)

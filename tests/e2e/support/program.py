@@ -9,6 +9,7 @@ import subprocess
 import tempfile
 import time
 
+from .processes import is_alive, kill, stat
 from .waiting import pump, turns, wait_until
 
 VALDORN = os.environ["VALDORN_PROGRAM"]
@@ -172,14 +173,6 @@ def _end_all(pids, patience=5.0):
             kill(pid, signal.SIGKILL)
 
 
-def kill(pid, number):
-    """Sends a signal; a process that has just ended is no error."""
-    try:
-        os.kill(pid, number)
-    except ProcessLookupError:
-        pass
-
-
 def _working_folder(pid):
     try:
         return os.readlink(f"/proc/{pid}/cwd")
@@ -195,25 +188,11 @@ def _processes():
     return [int(name) for name in os.listdir("/proc") if name.isdigit()]
 
 
-def _stat(pid):
-    """The fields of /proc/PID/stat from the state on, or nothing."""
-    try:
-        with open(f"/proc/{pid}/stat") as file:
-            return file.read().rpartition(")")[2].split()
-    except (FileNotFoundError, ProcessLookupError):
-        return None
-
-
 def _parent(pid):
-    fields = _stat(pid)
+    fields = stat(pid)
     return int(fields[1]) if fields and fields[0] != "Z" else None
 
 
 def _is_zombie_of(pid, parent):
-    fields = _stat(pid)
+    fields = stat(pid)
     return bool(fields) and fields[0] == "Z" and int(fields[1]) == parent
-
-
-def is_alive(pid):
-    fields = _stat(pid)
-    return bool(fields) and fields[0] != "Z"

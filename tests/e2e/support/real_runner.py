@@ -1,11 +1,11 @@
 """A real act_runner and a server for it, both built with Go. Where they cannot be built, the tests
-that need them are left out, and say so; with VALDORN_SKIP_NOTHING set they fail instead."""
+that need them are left out."""
 
 import os
 import shutil
 import subprocess
-import sys
-import unittest
+
+from .skipping import skip_file
 
 ARTEFACTS = os.environ["VALDORN_ARTEFACTS"]
 SERVER_SOURCE = os.path.join(os.environ["VALDORN_SOURCE"], "tools/gitea_standin")
@@ -18,13 +18,8 @@ BUILD_TIME = 500
 def build_or_skip():
     """For setUpModule. What stands there from an earlier run is taken if it is current."""
     reason = _build()
-    if not reason:
-        return
-    if os.environ.get("VALDORN_SKIP_NOTHING"):
-        raise AssertionError(reason)
-    print(f"\n*** ALL OF THIS IS SKIPPED: no test with a real act_runner. {reason} ***\n",
-          file=sys.stderr, flush=True)
-    raise unittest.SkipTest(reason)
+    if reason:
+        skip_file(f"no test with a real act_runner. {reason}")
 
 
 def _build():
