@@ -16,7 +16,7 @@ check_benchmarks() {
     run_benchmarks dev --short
 }
 
-# Ten times is what an optimised program may be slower there when the machine does other things, too.
+# Under valgrind an optimised program may be ten times as slow on a busy machine: so much patience.
 check_heap() {
     heading "valgrind: the program on its journey, with the build that the tests have made"
     local logs=$PWD/build/dev/artefacts/valgrind
@@ -60,10 +60,9 @@ check_package() {
 }
 
 check_memory() {
-    heading "AddressSanitizer and UndefinedBehaviorSanitizer: all tests but the faults"
+    heading "AddressSanitizer and UndefinedBehaviorSanitizer: all tests but the faults and long lives"
     build asan
-    # But the faults, which wait for seconds to pass: what they meet, other tests meet here as well.
-    run_tests asan --label-exclude '^faults$'
+    run_tests asan
 }
 
 check_all() {

@@ -2,7 +2,7 @@
 
 build_packages=(
     g++ cmake ninja-build ccache
-    qt6-base-dev libqt6svg6 qt6-svg-dev libxcb1-dev nlohmann-json3-dev libicu-dev
+    qt6-base-dev libqt6svg6 qt6-svg-dev libxcb1-dev libx11-dev nlohmann-json3-dev libicu-dev
     libgtest-dev
 )
 test_packages=(
