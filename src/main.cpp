@@ -1,21 +1,13 @@
 // Answers the command line, or lets the one instance of a home run.
 
 #include <QApplication>
-#include <QDBusConnection>
-#include <QDBusMetaType>
-#include <QDBusVariant>
 #include <QPixmapCache>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
-#include <tuple>
 #include <utility>
-
-#include <unistd.h>
 
 #include "app/CommandLine.h"
 #include "platform/ApplicationId.h"
@@ -25,6 +17,8 @@
 #include "platform/posix/StandardStreams.h"
 #include "platform/qt/TemporaryVariable.h"
 #include "program/Application.h"
+#include "program/BusThread.h"
+#include "program/Farewell.h"
 #include "program/Ground.h"
 #include "program/SecondStart.h"
 #include "program/SessionConnection.h"
@@ -59,36 +53,11 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
     std::_Exit(EXIT_FAILURE);
 }
 
-// How long Qt may take to let go of the compositor.
-constexpr unsigned farewellSeconds = 1;
-
-// For when the program has done all of its own and only Qt is left. Once in some hundred ends Qt's
-// Wayland client (6.4) waits for ever for a thread of its own, which waits for another one to read
-// from the compositor; the lock of the instance would stay as long.
-void boundFarewell(int status) {
-    static volatile std::sig_atomic_t statusOfProcess;
-    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
-        return;
-    statusOfProcess = status;
-    std::signal(SIGALRM, [](int) { std::_Exit(statusOfProcess); });
-    alarm(farewellSeconds);
-}
-
-// Qt makes a thread for the bus at the first question about one, and where there can be no thread it
-// waits for that one for ever. So the question comes first, and only where a thread can be had:
-// otherwise throws std::system_error. And what the thread knows types from is made before it: when
-// Qt ends the process by std::exit(), the later one is destroyed first.
-void makeThreadOfBus() {
-    std::ignore = QDBusMetaType::typeToSignature(QMetaType::fromType<QDBusVariant>());
-    std::thread([] {}).join();
-    QDBusConnection(QStringLiteral("none"));
-}
-
 // `ledger`: see Application. Of the arguments Qt gets to see the program's name only: the others
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
-    makeThreadOfBus();
+    makeBusThread();
     std::optional<SilentBusGuard> guard(ground);
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
