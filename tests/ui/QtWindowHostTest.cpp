@@ -228,6 +228,32 @@ TEST_F(QtWindowHostTest, EmptyTokenTakesNothingAway) {
 }
 
 // As when the desktop says late that a window has the focus, and it has been closed meanwhile.
+// How often the application tells of one change of focus within the log's window.
+int timesFocusIsTold() {
+    int told = 0;
+    QLineEdit field(window("logWindow"));
+    field.show();
+    const auto telling = QObject::connect(qGuiApp, &QGuiApplication::focusObjectChanged, qGuiApp,
+                                          [&told] { ++told; });
+    field.setFocus();
+    QObject::disconnect(telling);
+    return told;
+}
+
+TEST_F(QtWindowHostTest, AChangeOfFocusIsToldAsOftenAsBeforeTheWindowWasClosed) {
+    host.show(log);
+    ASSERT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
+    const int told = timesFocusIsTold();
+    EXPECT_GT(told, 0);
+    for (int round = 0; round < 3; ++round) {
+        host.close(WindowKind::log);
+        runReadyEvents();
+        host.show(log);
+        ASSERT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
+    }
+    EXPECT_EQ(timesFocusIsTold(), told);
+}
+
 class LateFocusTest : public QtWindowHostTest {
 protected:
     LateFocusTest() {

@@ -48,6 +48,14 @@ bool canBeActivated() {
     return !focused || focused->handle() || qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN");
 }
 
+// Qt (6.4) connects a window that gets the focus with the application, and does not end that for one
+// that is closed with the focus. Each time it is shown again would leave one connection more, and
+// each of them would tell of every change of focus within.
+void endFormerFocus(const QWindow* window) {
+    if (window && window != QGuiApplication::focusWindow())
+        QObject::disconnect(window, &QWindow::focusObjectChanged, qGuiApp, nullptr);
+}
+
 // To a screen reader Qt's plain widgets are stuffing, in a window of their own, too: it would not
 // read out the title.
 QAccessibleInterface* accessibleWindow(const QString&, QObject* object) {
@@ -110,6 +118,7 @@ void HostedWindow::center() {
 
 void HostedWindow::present() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
+    endFormerFocus(windowHandle());
     show();
     raise();
     if (canBeActivated())
