@@ -57,7 +57,6 @@ void onMessageBeforeDisplay(QtMsgType type, const QMessageLogContext& context,
 // mean nothing to us, and are not to mean something to Qt.
 int runApplication(Ground& ground, const std::optional<std::string>& ledger, char* programName) {
     int argumentCount = 1;
-    makeBusThread();
     std::optional<SilentBusGuard> guard(ground);
     // Looking for a desktop's own menu bar would wait for the bus, and we draw ours.
     QApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
@@ -85,6 +84,7 @@ int run(int argc, char** argv) {
         std::puts(word->c_str());
         return EXIT_SUCCESS;
     }
+    makeBusThread();
     const auto place = findPlace(ground.host);
     if (!place)
         return runApplication(ground, std::nullopt, argv[0]);

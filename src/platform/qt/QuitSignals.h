@@ -33,8 +33,8 @@ public:
     // change nothing.
     void disarm() { onQuit_ = nullptr; }
 
-    // Whether the process is leaving in one of the other ways: then nothing of Qt's may be asked for
-    // any more, as what it keeps for each thread may be gone.
+    // Whether the process is leaving in one of the other ways: then the event loop may not be asked
+    // for anything any more, as what Qt keeps of it for each thread may be gone.
     bool isPastEventLoop() const { return isPastEventLoop_; }
 
 private:
