@@ -1,11 +1,18 @@
 // A settings file of any bytes (the first piece of the input), read and written to; the second
 // piece is a text to store.
 
+#include <QByteArray>
+#include <QFile>
+#include <QSettings>
+#include <QStringList>
+#include <QVariant>
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,22 +60,42 @@ Values valuesIn(const std::string& path) {
     return values;
 }
 
-// Nobody has written such a file by hand, and it is not to be read.
-bool isStrange(const std::string& bytes) {
-    bool isQts = false;
-    for (const std::string type : {"@Variant(", "@DateTime("}) {
-        for (std::size_t at = bytes.find(type); at != bytes.npos; at = bytes.find(type, at + 1))
-            isQts = isQts || at == 0 || bytes[at - 1] != '@';
-    }
-    return isQts || bytes.size() > 65536;
+QByteArray bytesOf(const std::string& path) {
+    QFile file(QString::fromStdString(path));
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void checkStrange(const std::string& path, const Values& values) {
-    for (const std::string& key : textKeys)
-        require(!values.at(key), "a strange file holds nothing");
-    Settings(path).defaults.setBoolean(Config::hasConnectedKey, true);
-    require(valuesIn(path) == values, "a strange file is left alone");
-    std::remove(path.c_str());
+// Whether the file is left alone, whatever is set.
+bool isOverlooked(const std::string& path) {
+    const QByteArray before = bytesOf(path);
+    // One of them is not what stands there.
+    for (const std::string probe : {"probe", "another"})
+        Settings(path).defaults.setString(Config::extraPathKey, probe);
+    return bytesOf(path) == before;
+}
+
+// Whether the value is of a type that Qt has in plain text.
+bool isPlain(const QVariant& value) {
+    if (value.typeId() == QMetaType::QVariantList) {
+        const QVariantList parts = value.toList();
+        return std::all_of(parts.begin(), parts.end(), isPlain);
+    }
+    static const std::set<int> plain{
+        QMetaType::UnknownType, QMetaType::QString, QMetaType::QStringList, QMetaType::QByteArray,
+        QMetaType::QRect,       QMetaType::QSize,   QMetaType::QPoint};
+    return plain.contains(value.typeId());
+}
+
+bool holdsPlainValuesOnly(const std::string& path) {
+    const QSettings settings(QString::fromStdString(path), QSettings::IniFormat);
+    const QStringList keys = settings.allKeys();
+    return std::all_of(keys.begin(), keys.end(),
+                       [&](const QString& key) { return isPlain(settings.value(key)); });
+}
+
+void checkOverlooked(const std::string& path) {
+    for (const auto& [key, value] : valuesIn(path))
+        require(!value || value == "false", "a file that is left alone holds nothing");
 }
 
 // Without what the format gives a meaning to, but with commas, which it takes for those of a list.
@@ -109,16 +136,21 @@ void fuzzed(std::string_view input) {
     const std::string path = writtenFile(pieces.front());
     Values expected = valuesIn(path);
     require(valuesIn(path) == expected, "reading changes nothing");
-    if (isStrange(pieces.front()))
-        return checkStrange(path, expected);
+    if (isOverlooked(path)) {
+        checkOverlooked(path);
+    } else {
+        require(holdsPlainValuesOnly(path), "what Qt streams is not read");
+        expected[Config::extraPathKey] = "another";
+        require(valuesIn(path) == expected, "a text is stored, and the other values stay");
 
-    Settings(path).defaults.setString(Config::labelsKey, text);
-    expected[Config::labelsKey] = text;
-    require(valuesIn(path) == expected, "a text comes back, and the other values stay");
+        Settings(path).defaults.setString(Config::labelsKey, text);
+        expected[Config::labelsKey] = text;
+        require(valuesIn(path) == expected, "a text comes back, and the other values stay");
 
-    Settings(path).defaults.setBoolean(Config::hasConnectedKey, true);
-    expected[Config::hasConnectedKey] = "true";
-    require(valuesIn(path) == expected, "a truth comes back, and the other values stay");
+        Settings(path).defaults.setBoolean(Config::hasConnectedKey, true);
+        expected[Config::hasConnectedKey] = "true";
+        require(valuesIn(path) == expected, "a truth comes back, and the other values stay");
+    }
     std::remove(path.c_str());
     checkHandWriting(writtenByHand(text), text);
 }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/FileSystem.h"
+#include "platform/qt/StreamedValues.h"
 
 namespace valdorn {
 
@@ -20,19 +21,8 @@ bool isFileOrNothing(const QString& path) {
     return !file.exists() || file.isFile();
 }
 
-// Far more than the settings take. Qt reads a list within a list by recursion, eight bytes for
-// each: the stack is deep enough for a file full of them.
+// Far more than the settings take. What Qt makes of the file, and of its own types in it, is bounded.
 constexpr qint64 maxFileBytes = qint64{64} * 1024;
-
-// Whether text stands there that means a value of Qt's own making: it would be read as anything
-// that Qt can stream. A text of ours that begins like that is written with another "@" before it.
-bool holdsStreamed(const QByteArray& content, const QByteArray& type) {
-    for (qsizetype at = content.indexOf(type); at >= 0; at = content.indexOf(type, at + 1)) {
-        if (at == 0 || content[at - 1] != '@')
-            return true;
-    }
-    return false;
-}
 
 // Whether QSettings may look at what stands there, which it does for each write as well.
 bool isFitOrNothing(const QString& path) {
@@ -42,8 +32,7 @@ bool isFitOrNothing(const QString& path) {
     if (!file.open(QFile::ReadOnly))
         return true;  // as nothing: Qt cannot read it either
     const QByteArray content = file.read(maxFileBytes + 1);
-    return content.size() <= maxFileBytes && !holdsStreamed(content, "@Variant(") &&
-           !holdsStreamed(content, "@DateTime(");
+    return content.size() <= maxFileBytes && !holdsStreamedValue(content);
 }
 
 // QSettings waits for its lock: until one that somebody keeps is 30 seconds old, and without end for

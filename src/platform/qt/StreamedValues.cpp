@@ -1,0 +1,106 @@
+#include "platform/qt/StreamedValues.h"
+
+#include <QString>
+#include <optional>
+
+namespace valdorn {
+
+namespace {
+
+int digitOf(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : 16;
+}
+
+// Goes through a file, and knows how the present text begins when quotes and escapes are undone. All
+// between two separators counts as a text, names and sections, too.
+class TextBegins {
+public:
+    explicit TextBegins(QByteArrayView ini) : ini_(ini) {}
+
+    // False at the end of the file.
+    bool goOn() {
+        if (isAtEnd())
+            return false;
+        const char c = ini_[at_++];
+        if (c == '\\')
+            addEscaped();
+        else if (c == '"')
+            isQuoted_ = !isQuoted_;
+        else if (isQuoted_)
+            add(static_cast<unsigned char>(c));
+        else if (c == ';')
+            skipComment();
+        else if (QByteArrayView("=,\n\r").contains(c))
+            begin_.clear();
+        else if (c != ' ' && c != '\t')
+            add(static_cast<unsigned char>(c));
+        return true;
+    }
+
+    bool isStreamed() const {
+        return begin_ == QLatin1String("@Variant(") || begin_ == QLatin1String("@DateTime(");
+    }
+
+private:
+    bool isAtEnd() const { return at_ == ini_.size(); }
+
+    void add(char16_t unit) {
+        constexpr qsizetype enough = 11;
+        if (begin_.size() < enough)
+            begin_ += QChar(unit);
+    }
+
+    void addEscaped() {
+        if (isAtEnd())
+            return;
+        const char c = ini_[at_++];
+        if (c == 'x') {
+            addNumber(16);
+        } else if (digitOf(c) < 8) {
+            --at_;
+            addNumber(8);
+        } else if (QByteArrayView("abfnrtv\"?'\\").contains(c)) {
+            add(u'\\');  // some other character
+        } else if ((c == '\n' || c == '\r') && !isAtEnd() &&
+                   ini_[at_] == (c == '\n' ? '\r' : '\n')) {
+            ++at_;
+        }
+    }
+
+    // Of all digits that follow; of more than fit into a character the last ones count.
+    void addNumber(int base) {
+        std::optional<unsigned> number;
+        for (; !isAtEnd() && digitOf(ini_[at_]) < base; ++at_)
+            number = number.value_or(0) * static_cast<unsigned>(base) +
+                     static_cast<unsigned>(digitOf(ini_[at_]));
+        if (number)
+            add(static_cast<char16_t>(*number));
+    }
+
+    void skipComment() {
+        while (!isAtEnd() && ini_[at_] != '\n' && ini_[at_] != '\r')
+            ++at_;
+    }
+
+    const QByteArrayView ini_;
+    qsizetype at_ = 0;
+    bool isQuoted_ = false;
+    QString begin_;
+};
+
+}  // namespace
+
+bool holdsStreamedValue(QByteArrayView ini) {
+    TextBegins text(ini);
+    while (text.goOn()) {
+        if (text.isStreamed())
+            return true;
+    }
+    return false;
+}
+
+}  // namespace valdorn
