@@ -4,11 +4,10 @@ and nobody waits for them."""
 import contextlib
 import os
 import signal
-import time
 
 from fault_case import CONNECTED, EARLY_SECONDS, RELAUNCH_SECONDS, FaultCase
 from support.processes import kill, state
-from support.puppet import DECLARED, JOB_STARTED
+from support.puppet import DECLARED, JOB_STARTED, now
 from support.side_by_side import load_tests  # noqa: F401
 from support.waiting import TimedOut, spend, stays_true, wait_until
 
@@ -82,7 +81,7 @@ class StoppedTest(StoppedCase):
     def test_a_quit_does_not_wait_for_it(self):
         self.begin()
         self.stop_daemon()
-        begun = time.time()
+        begun = now()
         self.quit()
         self.assert_was_hung_up()
         self.assertLess(self.puppets.ended_at(self.daemon) - begun, PROMPTLY)

@@ -13,7 +13,7 @@ from fault_case import (CONNECTED, EARLY_SECONDS, LATE_SECONDS, NOBODY, RELAUNCH
                         FaultCase)
 from support.accessibility import VARIABLES
 from support.program import VALDORN, kill
-from support.puppet import JOB_FINISHED, JOB_STARTED
+from support.puppet import JOB_FINISHED, JOB_STARTED, now
 from support.side_by_side import load_tests  # noqa: F401
 from support.waiting import spend, stays_true, wait_until
 from support.windows import STATUS
@@ -34,7 +34,7 @@ class StillCase(FaultCase):
 
     def kill_daemons(self):
         """All but the last, whose daemon is not to be touched; when."""
-        begun = time.time()
+        begun = now()
         for pid in self.daemons[:-1]:
             kill(pid, signal.SIGKILL)
         wait_until(lambda: not self.program.zombies() and self.program.children() ==
@@ -73,7 +73,7 @@ class StandingStillTest(StillCase):
         self.begin()
         begun = self.kill_daemons()
         self.stand_still(6)
-        still = time.time() - begun
+        still = now() - begun
         self.assert_relaunched_once(begun, still, still)
 
     def test_what_is_due_later_keeps_its_time(self):
@@ -119,7 +119,7 @@ class ClockTest(ClockCase):
         for days in (10, -10):
             with self.subTest(days):
                 before = self.launches()
-                begun = time.time()
+                begun = now()
                 kill(self.puppets[0].wait_for_one(), signal.SIGKILL)
                 spend(1)
                 self.shift(wall=days * DAY)

@@ -2,11 +2,17 @@
 
 import json
 import os
+import time
 
 from .program import is_alive
 from .waiting import wait_until
 
 PUPPET = os.path.join(os.path.dirname(os.path.abspath(__file__)), "puppet_runner.py")
+
+
+def now():
+    """In seconds, by a clock that nobody sets."""
+    return time.clock_gettime(time.CLOCK_MONOTONIC_RAW)
 
 
 def entry(message, level="info"):
@@ -37,9 +43,9 @@ class Puppets:
 
     def pids(self):
         """All that have ever lived."""
-        started = [name for name in os.listdir(self._folder) if name.endswith(".json")]
-        started.sort(key=lambda name: os.stat(os.path.join(self._folder, name)).st_mtime_ns)
-        return [int(name.partition(".")[0]) for name in started]
+        pids = [int(name.partition(".")[0]) for name in os.listdir(self._folder)
+                if name.endswith(".json")]
+        return sorted(pids, key=self.started_at)
 
     def living(self):
         return [pid for pid in self.pids() if is_alive(pid)]
@@ -57,23 +63,24 @@ class Puppets:
             return json.load(file)
 
     def started_at(self, pid):
-        """In seconds, on the clock of `ended_at`."""
-        return self._modified(f"{pid}.json")
+        """In seconds, on the clock of `now`."""
+        return self.facts(pid)["started"]
 
     def ended_at(self, pid):
-        """When it has got the signal that ended it."""
-        return self._modified(f"{pid}.signals")
-
-    def _modified(self, name):
-        return os.stat(os.path.join(self._folder, name)).st_mtime
+        """When it has got the signal that ended it, on the same clock."""
+        return self._got(pid)[-1][1]
 
     def signals(self, pid):
         """The names of the signals it has got, in order."""
+        return [name for name, _ in self._got(pid)]
+
+    def _got(self, pid):
         try:
             with open(os.path.join(self._folder, f"{pid}.signals")) as file:
-                return file.read().split()
+                lines = [line.split() for line in file]
         except FileNotFoundError:
             return []
+        return [(name, float(when)) for name, when in lines]
 
     def say(self, *lines):
         """Lets the living one print."""

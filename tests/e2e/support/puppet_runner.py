@@ -2,7 +2,7 @@
 """Stands in for act_runner where a test wants to pull the strings itself.
 
 In its working folder, below `puppet/`, it leaves what it was given (PID.json) and the signals it
-has got (PID.signals, a name a line), and prints what is written to PID.says. The file `first` holds
+has got (PID.signals, a name and a time a line), and prints what is written to PID.says. The file `first` holds
 what it says first; with a file `stubborn` there, SIGTERM does not end it.
 """
 
@@ -10,6 +10,7 @@ import json
 import os
 import signal
 import sys
+import time
 
 LOOK_PERIOD = 0.02
 NOTED = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGUSR1)
@@ -22,11 +23,17 @@ def link(path):
         return None
 
 
+def now():
+    """In seconds, by a clock that nobody sets; no test shifts it."""
+    return time.clock_gettime(time.CLOCK_MONOTONIC_RAW)
+
+
 def facts():
     descriptors = {name: link(f"/proc/self/fd/{name}") for name in os.listdir("/proc/self/fd")}
     with open("/proc/self/status") as file:
         status = dict(line.rstrip("\n").split(":\t", 1) for line in file if ":\t" in line)
     return {
+        "started": now(),
         "arguments": sys.argv[1:],
         "folder": os.getcwd(),
         "environment": dict(os.environ),
@@ -63,7 +70,7 @@ def main():
         # After a SIGCONT this Python returns whatever lay in memory.
         if got and got.si_signo in NOTED:
             with open(here + ".signals", "a") as file:
-                file.write(signal.Signals(got.si_signo).name + "\n")
+                file.write(f"{signal.Signals(got.si_signo).name} {now()}\n")
             if got.si_signo != signal.SIGUSR1 and not os.path.exists("puppet/stubborn"):
                 return
         if os.path.exists(here + ".says"):
