@@ -15,7 +15,7 @@ namespace {
 
 // Enough for a thread that does nothing, also under a sanitizer, and too small for the C library to
 // hand it on to Qt's thread: what that one leaves behind is to be seen as its own.
-constexpr std::size_t stackBytes = 256 * 1024;
+constexpr std::size_t stackBytes = std::size_t{256} * 1024;
 
 void expectSuccess(int error) {
     if (error != 0)
