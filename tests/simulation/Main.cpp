@@ -16,7 +16,7 @@ constexpr char usage[] =
   simulation_tests                    the campaigns of the everyday test run
   simulation_tests --soak=COUNT [--seed=N] [--threads=N]
                                       COUNT schedules of all campaigns by turns, from seed N on;
-                                      fails also when a marked situation never arises
+                                      fails also when a marked situation never arises in 250000
 
 A failure tells its campaign and its seed. To replay it:
   VALDORN_SIMULATION_SEED=N simulation_tests --gtest_filter='*/CAMPAIGN'

@@ -15,7 +15,8 @@ struct SoakPlan {
 };
 
 // Plays schedules of all campaigns by turns, on several threads; tells on standard output how it
-// goes. False when a schedule failed, which is told, or when a mark was never reached.
+// goes, and which marks were never reached. False when a schedule failed, or when a mark was never
+// reached though there were schedules enough.
 bool soak(const SoakPlan& plan);
 
 // Whether any of the arguments, of which the first names the program, is of a soak.

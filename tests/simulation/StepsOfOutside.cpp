@@ -65,13 +65,23 @@ void traySearchStarts(Stage& stage, Random&) {
     stage.tell("the search for a tray starts");
 }
 
-void trayComesOrGoes(Stage& stage, Random& random) {
-    bool& host = random.chance(60) ? stage.program().notifierHost : stage.program().xembedHost;
+void switchHost(Stage& stage, bool& host) {
     host = !host;
     stage.program().search->hostsChanged();
     stage.process().search.setHosts(stage.program().notifierHost, stage.program().xembedHost);
     stage.tell(std::string("hosts: ") + (stage.program().notifierHost ? "notifier " : "") +
                (stage.program().xembedHost ? "xembed" : ""));
+}
+
+void trayComesOrGoes(Stage& stage, Random& random) {
+    switchHost(stage,
+               random.chance(60) ? stage.program().notifierHost : stage.program().xembedHost);
+}
+
+// As one of the old kind does that is started anew.
+void oldTrayFlickers(Stage& stage, Random&) {
+    for (int time = 0; time < 3; ++time)
+        switchHost(stage, stage.program().xembedHost);
 }
 
 void gateIsUsed(Stage& stage, Random& random) {
@@ -152,6 +162,7 @@ void Steps::addOutsideSteps(std::vector<StepKind>& kinds) {
     kinds.push_back({Field::outside, 4, statusWindowIsMadeAnew});
     kinds.push_back({Field::outside, 10, traySearchStarts});
     kinds.push_back({Field::outside, 30, trayComesOrGoes});
+    kinds.push_back({Field::outside, 5, oldTrayFlickers});
     kinds.push_back({Field::outside, 30, gateIsUsed});
     kinds.push_back({Field::outside, 10, loginItemIsSet});
 }
