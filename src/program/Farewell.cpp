@@ -1,6 +1,5 @@
 #include "program/Farewell.h"
 
-#include <QGuiApplication>
 #include <csignal>
 #include <cstdlib>
 
@@ -10,15 +9,13 @@ namespace valdorn {
 
 namespace {
 
-constexpr unsigned farewellSeconds = 1;
+constexpr unsigned farewellSeconds = 4;
 
 volatile std::sig_atomic_t statusOfProcess = EXIT_SUCCESS;
 
 }  // namespace
 
 void boundFarewell(int status) {
-    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
-        return;
     statusOfProcess = status;
     std::signal(SIGALRM, [](int) { std::_Exit(statusOfProcess); });
     alarm(farewellSeconds);

@@ -50,7 +50,7 @@ class WindowsTest(WaylandCase):
         wait_until(lambda: not self.desktop.titles(), "no window", 5)
         self.open(STATUS)
         self.item.menu().choose("Quit Valdorn")
-        self.assertEqual(self.program.wait_for_end(5), 0)
+        self.assertEqual(self.program.wait_for_end(8), 0)
         self.assert_daemon_is_asked_once()
 
 
@@ -63,7 +63,7 @@ class FarewellTest(WaylandCase):
                    ":verify_asan_link_order=0")
         self.open(STATUS)
         self.item.menu().choose("Quit Valdorn")
-        self.assertEqual(self.program.wait_for_end(5), 0)
+        self.assertEqual(self.program.wait_for_end(8), 0)
         self.assert_daemon_is_asked_once()
 
 

@@ -1,11 +1,14 @@
-"""The X server is killed: daemons are asked to end, the program says why and ends."""
+"""The X server is killed, or stands still: daemons are asked to end, and the program ends; it says why
+when nobody has asked it to."""
 
 import contextlib
+import signal
 import threading
 
 from amounts import amount, dice
 from fault_case import CONNECTED, NOBODY, FaultCase
 from support.desktop import Desktop
+from support.processes import kill
 from support.side_by_side import load_tests  # noqa: F401
 from support.waiting import wait_until
 from support.windows import LOG, STATUS
@@ -45,6 +48,26 @@ class KilledServerTest(KilledServerCase):
         self.assertEqual(self.program.stderr().splitlines(), [BROKEN])
         self.assertEqual([one.signals(pid) for one, pid in zip(puppets, daemons)],
                          [["SIGTERM"]] * 3)
+
+
+class StillServerTest(FaultCase):
+    has_windows = True
+
+    def test_the_end_does_not_wait_for_a_server_that_stands_still(self):
+        puppets = self.puppet_runners({}, {})
+        self.start_program()
+        self.wait_for_status(CONNECTED)
+        self.menu.choose(STATUS.entry)
+        self.desktop.wait_for_active(STATUS.title)
+        daemons = [one.wait_for_one() for one in puppets]
+        self.addCleanup(self.desktop.let_display_go_on)
+        self.desktop.stop_display()
+        kill(self.program.process.pid, signal.SIGTERM)
+        for one in puppets:
+            one.wait_for_none(2)
+        self.assertEqual(self.program.wait_for_end(8), 0)
+        self.assertEqual([one.signals(pid) for one, pid in zip(puppets, daemons)],
+                         [["SIGTERM"]] * 2)
 
 
 class KilledServerAtAStartTest(KilledServerCase):

@@ -5,6 +5,7 @@ import os
 import re
 import select
 import shutil
+import signal
 import socket
 import subprocess
 import tempfile
@@ -151,6 +152,13 @@ class Desktop:
     def kill_display(self):
         """The same without any warning."""
         self._server.kill()
+
+    def stop_display(self):
+        """It stands still, as at the other end of a line that is broken."""
+        self._server.send_signal(signal.SIGSTOP)
+
+    def let_display_go_on(self):
+        self._server.send_signal(signal.SIGCONT)
 
     def xdotool(self, *arguments):
         """What xdotool prints; raises when it fails."""
