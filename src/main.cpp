@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <QPixmapCache>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "app/CommandLine.h"
@@ -32,12 +34,27 @@ namespace {
 // is not remembered at all.
 constexpr int pictureCacheKilobytes = 0;
 
+// Tries again for a second while the kernel is short of something: a start that a moment's shortage
+// kept from the lock would run a second fleet beside the first.
+template <typename Attempt>
+auto tryPastShortage(const Attempt& attempt) {
+    constexpr int tries = 20;
+    constexpr std::chrono::milliseconds pause{50};
+    auto outcome = attempt();
+    for (int again = 1; again < tries && !outcome && outcome.error().isShortage; ++again) {
+        std::this_thread::sleep_for(pause);
+        outcome = attempt();
+    }
+    return outcome;
+}
+
 // Where the instance keeps its lock and ledger; on failure the reason is on standard error.
 std::optional<InstancePlace> findPlace(const HostInfo& host) {
-    auto place = InstancePlace::forHome(host.environment(), host.homeFolder());
+    auto place = tryPastShortage(
+        [&host] { return InstancePlace::forHome(host.environment(), host.homeFolder()); });
     if (place)
         return std::move(place.value());
-    std::fprintf(stderr, "valdorn: %s\n", place.error().c_str());
+    std::fprintf(stderr, "valdorn: %s\n", place.error().description.c_str());
     return std::nullopt;
 }
 
@@ -88,7 +105,8 @@ int run(int argc, char** argv) {
     const auto place = findPlace(ground.host);
     if (!place)
         return runApplication(ground, std::nullopt, argv[0]);
-    SecondStart::Lock lock = InstanceLock::acquire(place->lockPath());
+    SecondStart::Lock lock =
+        tryPastShortage([&place] { return InstanceLock::acquire(place->lockPath()); });
     if (SecondStart::isHeldByAnother(lock) &&
         SecondStart::activateRunningInstance(ground, *place, lock, argv[0]))
         return EXIT_SUCCESS;

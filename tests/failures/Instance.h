@@ -45,7 +45,7 @@ public:
     std::string executable = executablePath();
     AutostartRegistry loginItems{files, host, executable};
     PosixSystemLog log;
-    Result<InstancePlace, std::string> place =
+    Result<InstancePlace, PlaceRefusal> place =
         InstancePlace::forHome(host.environment(), host.homeFolder());
     std::optional<Result<InstanceLock, LockRefusal>> lock;
     AwaitedQueue queue;

@@ -54,24 +54,26 @@ MANNERS = {
 
 
 class Trial:
-    """One life of the program in which one call fails; none where `call` is nothing."""
+    """One life of the program in which one call fails; none where `call` is nothing. `home`: that of
+    another trial; `manner`: in which the call fails, if not in its own."""
 
-    def __init__(self, call=None, nth=0):
-        self.home = tempfile.mkdtemp(prefix="valdorn-failing.")
+    def __init__(self, call=None, nth=0, home=None, manner=None):
+        self.home = home or tempfile.mkdtemp(prefix="valdorn-failing.")
         self.support = os.path.join(self.home, "Library/Application Support/Valdorn")
-        self.report = os.path.join(self.home, "report")
+        self.report = os.path.join(self.home, f"report {call} {nth}")
         self.call, self.nth = call, nth
+        self.manner = manner or MANNERS.get(call)
         self.stderr = ""
         self.was_ended = False
 
     def run(self):
         """What went wrong, or nothing."""
-        self._prepare()
+        self.prepare()
         with open(os.path.join(self.home, "stderr"), "w+") as stderr:
-            process = subprocess.Popen([PROGRAM], env=self._environment(), stdin=subprocess.DEVNULL,
+            process = subprocess.Popen([PROGRAM], env=self.environment(), stdin=subprocess.DEVNULL,
                                        stdout=subprocess.DEVNULL, stderr=stderr)
             try:
-                self._wait_for_launch(process)
+                self.wait_for_launch(process)
                 status = self._quit(process)
             except subprocess.TimeoutExpired:
                 return "hangs"
@@ -84,7 +86,7 @@ class Trial:
 
     def close(self):
         """However it went, nobody is left."""
-        for pid in self._running():
+        for pid in self.running():
             kill(pid, signal.SIGKILL)
         shutil.rmtree(self.home, ignore_errors=True)
 
@@ -92,7 +94,7 @@ class Trial:
         """How often each call was made."""
         return dict(zip(NAMES, self._numbers()))
 
-    def _prepare(self):
+    def prepare(self):
         os.makedirs(os.path.join(self.support))
         os.makedirs(os.path.join(self.home, "actrunner"))
         os.mkdir(os.path.join(self.home, "session"), 0o700)
@@ -103,7 +105,7 @@ class Trial:
         with open(os.path.join(self.support, "runners.json"), "w") as file:
             json.dump([record], file)
 
-    def _environment(self):
+    def environment(self):
         options = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
         given = {"HOME": self.home, "XDG_RUNTIME_DIR": os.path.join(self.home, "session"),
                  "PATH": os.environ["PATH"], "QT_QPA_PLATFORM": "offscreen", "LC_ALL": "C.UTF-8",
@@ -111,7 +113,7 @@ class Trial:
                  "ASAN_OPTIONS": options, "LD_PRELOAD": LIBRARY,
                  "VALDORN_FAILING_PROGRAM": PROGRAM, "VALDORN_FAILING_REPORT": self.report}
         if self.call:
-            manner, error = MANNERS[self.call]
+            manner, error = self.manner
             given["VALDORN_FAILING_CALL"] = f"{self.call} {self.nth} {manner} {error}"
         return given
 
@@ -134,7 +136,7 @@ class Trial:
         except FileNotFoundError:
             return []
 
-    def _wait_for_launch(self, process):
+    def wait_for_launch(self, process):
         """For the daemon; no longer than a moment after something has failed."""
         deadline = time.monotonic() + PATIENCE
         while not self._launches() and process.poll() is None:
@@ -166,15 +168,15 @@ class Trial:
     def _look_for_daemons(self):
         # One that could not be asked to end goes on, by the rules.
         deadline = time.monotonic() + 10
-        running = self._running()
+        running = self.running()
         while running and time.monotonic() < deadline and self.call != "pidfd_send_signal":
             time.sleep(0.01)
-            running = self._running()
+            running = self.running()
         if running and self.call != "pidfd_send_signal":
             return f"leaves {len(running)} daemons behind"
         return None
 
-    def _running(self):
+    def running(self):
         return [int(pid) for pid in self._launches() if self._is_running(pid)]
 
     def _is_running(self, pid):
@@ -232,6 +234,37 @@ class ProgramTest(unittest.TestCase):
         # Threads take turns as they like: the last calls of a kind may not be made each time.
         missed = [place for place, (_, has_failed) in zip(places, outcomes) if not has_failed]
         self.assertLess(len(missed), len(places) / 4, missed)
+
+
+class SecondStartTest(unittest.TestCase):
+    """On the way to its lock a call fails once, for want of something."""
+
+    PLACES = (("open", 1), ("open", 2), ("open", 3), ("mkdir", 1), ("fstat", 1), ("fstat", 2))
+
+    def setUp(self):
+        self.first = Trial()
+        self.addCleanup(self.first.close)
+        self.first.prepare()
+        program = self.start(self.first)
+        self.first.wait_for_launch(program)
+        self.assertEqual(len(self.first.running()), 1)
+
+    def start(self, trial):
+        program = subprocess.Popen([PROGRAM], env=trial.environment(), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(program.wait)
+        self.addCleanup(program.kill)
+        return program
+
+    def test_a_moments_shortage_makes_no_second_fleet(self):
+        seconds = [Trial(*place, self.first.home, SHORTAGE) for place in self.PLACES]
+        programs = [self.start(second) for second in seconds]
+        for place, second, program in zip(self.PLACES, seconds, programs):
+            with self.subTest(place):
+                # Nothing is on the bus.
+                self.assertEqual(program.wait(PATIENCE), 1)
+                self.assertTrue(second.has_failed())
+        self.assertEqual(len(self.first.running()), 1)
 
 
 if __name__ == "__main__":

@@ -19,7 +19,7 @@ class InstancePlaceTest : public testing::Test {
 protected:
     std::string folderFor(const std::vector<std::string>& environment) const {
         const auto place = InstancePlace::forHome(environment, home);
-        return place ? place.value().folder : place.error();
+        return place ? place.value().folder : place.error().description;
     }
 
     static mode_t modeOf(const std::string& path) {

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include "platform/ErrorText.h"
+#include "platform/posix/Shortage.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace valdorn {
@@ -16,12 +17,16 @@ namespace {
 
 LockRefusal failure(const std::string& path, int errorNumber) {
     return {LockRefusal::Kind::failed,
-            "The lock file " + path + " cannot be used: " + errorText(errorNumber)};
+            "The lock file " + path + " cannot be used: " + errorText(errorNumber),
+            isShortage(errorNumber) || errorNumber == ENOLCK};
 }
 
-bool isRegular(const Descriptor& file) {
+// 0, or why the file is of no use.
+int examine(const Descriptor& file) {
     struct stat status {};
-    return fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+    if (fstat(file.number(), &status) != 0)
+        return errno;
+    return S_ISREG(status.st_mode) ? 0 : EINVAL;
 }
 
 // Those who tidy up the runtime folder leave alone what carries the sticky bit.
@@ -36,8 +41,8 @@ Result<InstanceLock, LockRefusal> InstanceLock::acquire(const std::string& path)
     }));
     if (!file)
         return failure(path, errno);
-    if (!isRegular(file))
-        return failure(path, EINVAL);
+    if (const int failed = examine(file); failed != 0)
+        return failure(path, failed);
     if (uninterrupted([&file] { return flock(file.number(), LOCK_EX | LOCK_NB); }) != 0) {
         if (errno == EWOULDBLOCK)
             return LockRefusal{LockRefusal::Kind::held, "Another instance holds " + path};

@@ -16,6 +16,7 @@ struct LockRefusal {
     };
     Kind kind = Kind::failed;
     std::string description;  // one readable line
+    bool isShortage = false;  // of the kernel's: the next try may succeed
 };
 
 // Held by the one instance that serves a home folder; movable, given back by destruction or the

@@ -16,6 +16,7 @@
 #include "platform/ErrorText.h"
 #include "platform/XdgFolders.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Shortage.h"
 
 namespace valdorn {
 
@@ -59,8 +60,9 @@ int prepare(const std::string& folder, int made) {
     return made != 0 ? made : makePrivate(folder);
 }
 
-std::string refusal(const std::string& folder, int errorNumber) {
-    return "No private folder can be had at " + folder + ": " + errorText(errorNumber);
+PlaceRefusal refusal(const std::string& folder, int errorNumber) {
+    return {"No private folder can be had at " + folder + ": " + errorText(errorNumber),
+            isShortage(errorNumber)};
 }
 
 std::string resolved(const std::string& path) {
@@ -71,14 +73,17 @@ std::string resolved(const std::string& path) {
 
 }  // namespace
 
-Result<InstancePlace, std::string> InstancePlace::forHome(
+Result<InstancePlace, PlaceRefusal> InstancePlace::forHome(
     const std::vector<std::string>& environment, const std::string& home) {
     const std::string key = instanceKeyOf(home);
     if (const auto runtime = XdgFolders::named(environment, "XDG_RUNTIME_DIR")) {
         // The session makes the runtime folder itself; where it has not, there is none.
         const std::string folder = *runtime + ownFolder;
-        if (prepare(folder, makeFolder(folder)) == 0)
+        const int failed = prepare(folder, makeFolder(folder));
+        if (failed == 0)
             return InstancePlace{folder, key};
+        if (isShortage(failed))
+            return refusal(folder, failed);
     }
     const auto state = XdgFolders::named(environment, "XDG_STATE_HOME");
     const std::string folder = state.value_or(home + "/.local/state") + ownFolder;

@@ -7,6 +7,12 @@
 
 namespace valdorn {
 
+// Why there is no place.
+struct PlaceRefusal {
+    std::string description;  // one readable line
+    bool isShortage = false;  // of the kernel's: the next try may succeed
+};
+
 // Where the instance that serves one home folder keeps what is about the instance and not about
 // the fleet: outside the home's own data, private to the user, and the same for every start with
 // that home in the same session. A start without the session's XDG_RUNTIME_DIR (over ssh, say) has
@@ -21,10 +27,11 @@ struct InstancePlace {
     std::string lockPath() const { return folder + "/" + key + ".lock"; }
     std::string ledgerPath() const { return folder + "/" + key + ".daemons"; }
 
-    // Any thread. `environment` as "NAME=value". On failure one readable line: no folder that only
-    // the user can write to is to be had.
-    static Result<InstancePlace, std::string> forHome(const std::vector<std::string>& environment,
-                                                      const std::string& home);
+    // Any thread. `environment` as "NAME=value". Refused where no folder that only the user can write
+    // to is to be had. A shortage at the first folder is no reason to take the other one: another
+    // start would not meet this one there.
+    static Result<InstancePlace, PlaceRefusal> forHome(const std::vector<std::string>& environment,
+                                                       const std::string& home);
 };
 
 // Any thread. The key of a home folder: 64-bit FNV-1a of its path with all links resolved (as
