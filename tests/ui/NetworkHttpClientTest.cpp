@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include "contracts/HttpClientContract.h"
 #include "platform/qt/NetworkHttpClient.h"
@@ -348,6 +349,41 @@ TEST_F(NetworkHttpClientTest, LongBodyBelowTheLimitArrivesWhole) {
     LoopbackServer server(always(httpAnswer("200 OK", body)));
     fetch(server.url(), 5'000'000);
     EXPECT_EQ(awaited().value().size(), 3'000'000U);
+}
+
+bool sendAll(QTcpSocket& connection, const QByteArray& bytes) {
+    connection.write(bytes);
+    while (connection.bytesToWrite() > 0 && connection.waitForBytesWritten())
+        continue;
+    return connection.bytesToWrite() == 0;
+}
+
+bool isClosedByItsPeer(const QTcpSocket& connection) {
+    char byte = 0;
+    return recv(static_cast<int>(connection.socketDescriptor()), &byte, 1,
+                MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
+// Qt closes a connection as soon as it has all of the answer. Here the bodies have arrived before
+// anybody reads (the event loop rests): the long one, which could be had long since when the short
+// one is, still waits at the socket.
+TEST_F(NetworkHttpClientTest, OfALongBodyThatNobodyReadsQtTakesLittle) {
+    QPointer<QTcpSocket> longOne;
+    QPointer<QTcpSocket> shortOne;
+    LoopbackServer server([&](QTcpSocket& connection, const QByteArray& head) {
+        (head.startsWith("GET /long ") ? longOne : shortOne) = &connection;
+    });
+    fetch(server.url("/long"), 1'000'000);
+    std::optional<Outcome> beside;
+    const auto requestBeside = fetchBeside(server.url("/short"), beside);
+    ASSERT_TRUE(runUntil([&] { return longOne && shortOne; }));
+    longOne->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1'000'000);
+    ASSERT_TRUE(sendAll(*longOne, httpAnswer("200 OK", QByteArray(300'000, 'y'))));
+    ASSERT_TRUE(sendAll(*shortOne, httpAnswer("200 OK", "short")));
+    ASSERT_TRUE(shortOne->waitForDisconnected());
+    EXPECT_FALSE(isClosedByItsPeer(*longOne));
+    EXPECT_EQ(awaited().value().size(), 300'000U);
+    EXPECT_TRUE(beside && beside->ok());
 }
 
 TEST_F(NetworkHttpClientTest, CutOffBodyIsAFailureWhateverTheStatus) {
