@@ -122,6 +122,17 @@ TEST(ExchangesUnderWayTest, CutsAlsoWhatWasReceivedBeforeTheYoungerBeganAndIsSti
     EXPECT_TRUE(olders.isCut());
 }
 
+TEST(ExchangesUnderWayTest, CutsNothingOfThoseUnderWayThatIsHeardOfAfterAYoungerOneBegan) {
+    ExchangesUnderWay exchanges;
+    const auto oldest = exchanges.begin();
+    exchanges.begin();
+    const Connection seconds;
+    exchanges.begin();
+    seconds.hear();
+    exchanges.end(oldest, End::abandoned);
+    EXPECT_FALSE(seconds.isCut());
+}
+
 TEST(ExchangesUnderWayTest, CutsNothingForAYoungerOneWhileTheOldestIsUnderWay) {
     ExchangesUnderWay exchanges;
     exchanges.begin();
