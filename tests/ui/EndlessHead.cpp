@@ -29,16 +29,30 @@ bool sendAll(int connection, std::string_view bytes) {
     return true;
 }
 
+bool isReadable(int descriptor) {
+    pollfd one{descriptor, POLLIN, 0};
+    return poll(&one, 1, 0) == 1 && (one.revents & POLLIN) != 0;
+}
+
+// Once a request has come.
+bool awaitStart(int connection, int control) {
+    std::array<char, 4096> bytes{};
+    return recv(connection, bytes.data(), bytes.size(), 0) > 0 && write(control, "x", 1) == 1 &&
+           read(control, bytes.data(), 1) == 1;
+}
+
 // In the child of a process with threads: system calls only.
-[[noreturn]] void serve(int listener, int progress, std::string_view begin, std::string_view more) {
+[[noreturn]] void serve(int listener, int progress, int control, std::string_view begin,
+                        std::string_view more) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int connection = accept(listener, nullptr, nullptr);
-    bool isTaken = sendAll(connection, begin);
-    bool isTold = false;
-    for (std::size_t sent = 0; isTaken; sent += more.size()) {
-        if (sent >= much && !isTold)
-            isTold = write(progress, "x", 1) == 1;
-        isTaken = sendAll(connection, more);
+    bool isTaken = awaitStart(connection, control) && sendAll(connection, begin);
+    for (std::size_t untold = 0; isTaken; untold += more.size()) {
+        if (untold >= much) {
+            isTaken = write(progress, "x", 1) == 1;
+            untold = 0;
+        }
+        isTaken = isTaken && sendAll(connection, more);
     }
     _exit(0);
 }
@@ -59,16 +73,22 @@ int listenOnLoopback(int& port) {
 
 }  // namespace
 
-EndlessHead::EndlessHead(const std::string& begin, const std::string& more) {
+EndlessHead::EndlessHead(const std::string& begin, const std::string& more, Start start) {
     const int listener = listenOnLoopback(port_);
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    std::array<int, 2> controls{};
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, controls.data()), 0);
+    control_ = controls[0];
+    if (start == Start::atOnce)
+        this->start();
     server_ = fork();
     if (server_ == 0)
-        serve(listener, ends[1], begin, more);
+        serve(listener, ends[1], controls[1], begin, more);
     EXPECT_GT(server_, 0);
     progress_ = ends[0];
     close(ends[1]);
+    close(controls[1]);
     close(listener);
 }
 
@@ -78,15 +98,30 @@ EndlessHead::~EndlessHead() {
         waitpid(server_, nullptr, 0);
     }
     close(progress_);
+    close(control_);
 }
 
 std::string EndlessHead::url() const {
     return "http://127.0.0.1:" + std::to_string(port_) + "/";
 }
 
+bool EndlessHead::isAsked() const {
+    return isReadable(control_);
+}
+
+void EndlessHead::start() const {
+    EXPECT_EQ(write(control_, "x", 1), 1);
+}
+
 bool EndlessHead::hasSentMuch() const {
-    pollfd progress{progress_, POLLIN, 0};
-    return poll(&progress, 1, 0) == 1 && (progress.revents & POLLIN) != 0;
+    return isReadable(progress_);
+}
+
+void EndlessHead::countAnew() const {
+    std::array<char, 4096> counted{};
+    if (hasSentMuch()) {
+        EXPECT_GT(read(progress_, counted.data(), counted.size()), 0);
+    }
 }
 
 bool EndlessHead::isOver() {

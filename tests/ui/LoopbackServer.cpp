@@ -63,6 +63,8 @@ std::unique_ptr<QTcpServer> selfSignedServer() {
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.setLocalCertificate(QSslCertificate(certificate));
     configuration.setPrivateKey(QSslKey(key, QSsl::Ec));
+    configuration.setAllowedNextProtocols(
+        {QSslConfiguration::ALPNProtocolHTTP2, QSslConfiguration::NextProtocolHttp1_1});
     tls->setSslConfiguration(configuration);
     return tls;
 }

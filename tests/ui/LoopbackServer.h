@@ -34,7 +34,8 @@ private:
     std::unique_ptr<QTcpServer> server_;
 };
 
-// A server for LoopbackServer that speaks TLS with a certificate that nobody has signed.
+// A server for LoopbackServer that speaks TLS with a certificate that nobody has signed. It says that
+// it knows HTTP/2 as well.
 std::unique_ptr<QTcpServer> selfSignedServer();
 
 // While it lives, this process trusts that certificate, which is one for the address 127.0.0.1.

@@ -1,9 +1,11 @@
 #include <QPointer>
+#include <QSslSocket>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include "contracts/HttpClientContract.h"
 #include "platform/qt/NetworkHttpClient.h"
@@ -82,6 +84,11 @@ protected:
         EXPECT_TRUE(runUntil([this] { return outcome.has_value(); }));
         EXPECT_EQ(completions, 1);
         return outcome.value_or(HttpError{HttpError::Kind::network, "no completion"});
+    }
+
+    // One beside that of fetch(), of which only the end is told.
+    std::unique_ptr<HttpRequest> fetchBeside(const std::string& url, std::optional<Outcome>& end) {
+        return client.get({url, 10s, 1000}, [&end](const Outcome& result) { end = result; });
     }
 
     VirtualMainQueue queue;
@@ -205,11 +212,178 @@ TEST_F(NetworkHttpClientTest, DroppingOneLeavesAnotherItsConnection) {
     EXPECT_EQ(awaited().value(), "kept");
 }
 
+const std::string endlessBegin = "HTTP/1.1 200 OK\r\nX: ";
+const std::string endlessRest(65536, 'a');
+
+TEST_F(NetworkHttpClientTest, AnOlderInAnEndlessHeadIsCutAndAYoungerOneGetsItsAnswer) {
+    EndlessHead endless(endlessBegin, endlessRest, EndlessHead::Start::whenTold);
+    QPointer<QTcpSocket> waiting;
+    LoopbackServer server(
+        [&waiting](QTcpSocket& connection, const QByteArray&) { waiting = &connection; });
+    std::optional<Outcome> older;
+    const auto olderRequest = fetchBeside(endless.url(), older);
+    ASSERT_TRUE(runUntil([&endless] { return endless.isAsked(); }));
+    queue.advance(1s);
+    fetch(server.url());
+    ASSERT_TRUE(runUntil([&waiting] { return !waiting.isNull(); }));
+    endless.start();
+    ASSERT_TRUE(runUntil([&endless] { return endless.hasSentMuch(); }));
+    queue.advance(9s);
+    ASSERT_TRUE(older);
+    EXPECT_EQ(older->error().kind, HttpError::Kind::timeout);
+    ASSERT_TRUE(runUntil([&endless] { return endless.isOver(); }));
+    ASSERT_EQ(server.disconnections, 0);
+    always(httpAnswer("200 OK", "kept"))(*waiting, {});
+    EXPECT_EQ(awaited().value(), "kept");
+}
+
+// Qt's thread is too busy to connect.
+TEST_F(NetworkHttpClientTest, AYoungerThatBeganDuringAnEndlessHeadGetsItsAnswerAfterTheCut) {
+    EndlessHead endless(endlessBegin, endlessRest);
+    LoopbackServer server(always(httpAnswer("200 OK", "late")));
+    std::optional<Outcome> older;
+    const auto olderRequest = fetchBeside(endless.url(), older);
+    ASSERT_TRUE(runUntil([&endless] { return endless.hasSentMuch(); }));
+    queue.advance(1s);
+    fetch(server.url());
+    endless.countAnew();
+    ASSERT_TRUE(runUntil([&endless] { return endless.hasSentMuch(); }));
+    queue.advance(9s);
+    ASSERT_TRUE(older);
+    EXPECT_EQ(awaited().value(), "late");
+    EXPECT_TRUE(runUntil([&endless] { return endless.isOver(); }));
+}
+
+TEST_F(NetworkHttpClientTest, OfThreeTheOldestIsCutEachTime) {
+    EndlessHead first(endlessBegin, endlessRest, EndlessHead::Start::whenTold);
+    EndlessHead second(endlessBegin, endlessRest, EndlessHead::Start::whenTold);
+    QPointer<QTcpSocket> waiting;
+    LoopbackServer server(
+        [&waiting](QTcpSocket& connection, const QByteArray&) { waiting = &connection; });
+    std::vector<std::optional<Outcome>> ends(2);
+    std::vector<std::unique_ptr<HttpRequest>> requests;
+    for (EndlessHead* const endless : {&first, &second}) {
+        requests.push_back(fetchBeside(endless->url(), ends[requests.size()]));
+        ASSERT_TRUE(runUntil([endless] { return endless->isAsked(); }));
+        queue.advance(1s);
+    }
+    fetch(server.url());
+    ASSERT_TRUE(runUntil([&waiting] { return !waiting.isNull(); }));
+    first.start();
+    ASSERT_TRUE(runUntil([&first] { return first.hasSentMuch(); }));
+    queue.advance(8s);
+    ASSERT_TRUE(ends[0]);
+    ASSERT_TRUE(runUntil([&first] { return first.isOver(); }));
+    second.start();
+    ASSERT_TRUE(runUntil([&second] { return second.hasSentMuch(); }));
+    EXPECT_FALSE(ends[1]);
+    queue.advance(1s);
+    ASSERT_TRUE(ends[1]);
+    ASSERT_TRUE(runUntil([&second] { return second.isOver(); }));
+    ASSERT_EQ(server.disconnections, 0);
+    always(httpAnswer("200 OK", "kept"))(*waiting, {});
+    EXPECT_EQ(awaited().value(), "kept");
+}
+
+// Such as one that was led to another server: it could be the younger's, for all that is known.
+TEST_F(NetworkHttpClientTest, AConnectionThatCameUpLateIsCutAtTheEndOfTheLast) {
+    EndlessHead endless(endlessBegin, endlessRest);
+    std::vector<QPointer<QTcpSocket>> waiting;
+    LoopbackServer server([&waiting](QTcpSocket& connection, const QByteArray&) {
+        waiting.emplace_back(&connection);
+    });
+    std::optional<Outcome> older;
+    const auto olderRequest = fetchBeside(server.url(), older);
+    ASSERT_TRUE(runUntil([&waiting] { return waiting.size() == 1; }));
+    queue.advance(1s);
+    fetch(server.url());
+    ASSERT_TRUE(runUntil([&waiting] { return waiting.size() == 2; }));
+    redirectTo(endless.url())(*waiting[0], {});
+    ASSERT_TRUE(runUntil([&endless] { return endless.hasSentMuch(); }));
+    queue.advance(9s);
+    ASSERT_TRUE(older);
+    EXPECT_FALSE(outcome);
+    queue.advance(1s);
+    EXPECT_EQ(awaited().error().kind, HttpError::Kind::timeout);
+    EXPECT_TRUE(runUntil([&endless] { return endless.isOver(); }));
+}
+
+// Qt asks again on a connection that has been kept open. It came up before the younger began, which
+// is why that alone must not tell.
+TEST_F(NetworkHttpClientTest, AConnectionThatIsUsedAgainIsNotCutForAnOlderExchange) {
+    EndlessHead endless(endlessBegin, endlessRest, EndlessHead::Start::whenTold);
+    QPointer<QTcpSocket> again;
+    LoopbackServer server([&again](QTcpSocket& connection, const QByteArray& head) {
+        if (head.startsWith("GET /first "))
+            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+        else
+            again = &connection;
+    });
+    std::optional<Outcome> older;
+    const auto olderRequest = fetchBeside(endless.url(), older);
+    ASSERT_TRUE(runUntil([&endless] { return endless.isAsked(); }));
+    fetch(server.url("/first"));
+    EXPECT_TRUE(awaited().ok());
+    completions = 0;
+    outcome.reset();
+    queue.advance(1s);
+    fetch(server.url("/again"));
+    ASSERT_TRUE(runUntil([&again] { return !again.isNull(); }));
+    // The server's end is in this process as well, and not to be taken for one nobody speaks on.
+    again->write("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n");
+    runReadyEvents();
+    endless.start();
+    ASSERT_TRUE(runUntil([&endless] { return endless.hasSentMuch(); }));
+    queue.advance(9s);
+    ASSERT_TRUE(older);
+    ASSERT_TRUE(runUntil([&endless] { return endless.isOver(); }));
+    ASSERT_TRUE(again);
+    again->write("\r\nkept");
+    EXPECT_EQ(awaited().value(), "kept");
+    EXPECT_EQ(server.requests, 2);
+    EXPECT_EQ(server.disconnections, 0);
+}
+
 TEST_F(NetworkHttpClientTest, LongBodyBelowTheLimitArrivesWhole) {
     const QByteArray body(3'000'000, 'y');
     LoopbackServer server(always(httpAnswer("200 OK", body)));
     fetch(server.url(), 5'000'000);
     EXPECT_EQ(awaited().value().size(), 3'000'000U);
+}
+
+bool sendAll(QTcpSocket& connection, const QByteArray& bytes) {
+    connection.write(bytes);
+    while (connection.bytesToWrite() > 0 && connection.waitForBytesWritten())
+        continue;
+    return connection.bytesToWrite() == 0;
+}
+
+bool isClosedByItsPeer(const QTcpSocket& connection) {
+    char byte = 0;
+    return recv(static_cast<int>(connection.socketDescriptor()), &byte, 1,
+                MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
+// Qt closes a connection as soon as it has all of the answer. Here the bodies have arrived before
+// anybody reads (the event loop rests): the long one, which could be had long since when the short
+// one is, still waits at the socket.
+TEST_F(NetworkHttpClientTest, OfALongBodyThatNobodyReadsQtTakesLittle) {
+    QPointer<QTcpSocket> longOne;
+    QPointer<QTcpSocket> shortOne;
+    LoopbackServer server([&](QTcpSocket& connection, const QByteArray& head) {
+        (head.startsWith("GET /long ") ? longOne : shortOne) = &connection;
+    });
+    fetch(server.url("/long"), 1'000'000);
+    std::optional<Outcome> beside;
+    const auto requestBeside = fetchBeside(server.url("/short"), beside);
+    ASSERT_TRUE(runUntil([&] { return longOne && shortOne; }));
+    longOne->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 1'000'000);
+    ASSERT_TRUE(sendAll(*longOne, httpAnswer("200 OK", QByteArray(300'000, 'y'))));
+    ASSERT_TRUE(sendAll(*shortOne, httpAnswer("200 OK", "short")));
+    ASSERT_TRUE(shortOne->waitForDisconnected());
+    EXPECT_FALSE(isClosedByItsPeer(*longOne));
+    EXPECT_EQ(awaited().value().size(), 300'000U);
+    EXPECT_TRUE(beside && beside->ok());
 }
 
 TEST_F(NetworkHttpClientTest, CutOffBodyIsAFailureWhateverTheStatus) {
@@ -310,6 +484,22 @@ TEST_F(NetworkHttpClientTest, CertificateThatSomebodyTrustedHasSignedIsTaken) {
     LoopbackServer server(always(httpAnswer("200 OK", "secret")), selfSignedServer());
     fetch(server.url("/", "https"));
     EXPECT_EQ(awaited().value(), "secret");
+}
+
+// With HTTP/2 exchanges would share a connection, and the cut of one would be that of all.
+TEST_F(NetworkHttpClientTest, Http2IsNotWanted) {
+    const TrustInTheServer trust;
+    QByteArray protocol;
+    LoopbackServer server(
+        [&protocol](QTcpSocket& connection, const QByteArray& head) {
+            protocol =
+                dynamic_cast<QSslSocket&>(connection).sslConfiguration().nextNegotiatedProtocol();
+            always(httpAnswer("200 OK", ""))(connection, head);
+        },
+        selfSignedServer());
+    fetch(server.url("/", "https"));
+    EXPECT_TRUE(awaited().ok());
+    EXPECT_NE(protocol, QSslConfiguration::ALPNProtocolHTTP2);
 }
 
 TEST_F(NetworkHttpClientTest, TrustedCertificateOfAnotherHostIsRefused) {

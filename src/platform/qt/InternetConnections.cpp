@@ -2,14 +2,16 @@
 
 #include <charconv>
 #include <filesystem>
-#include <optional>
+#include <functional>
 #include <string>
 #include <system_error>
 #include <tuple>
 #include <vector>
 
 #include <fcntl.h>
+#include <linux/tcp.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,8 +20,9 @@ namespace valdorn {
 
 namespace {
 
-// Of the whole process.
-std::vector<int> openDescriptors() {
+// Of the whole process. None where they cannot all be told, as when no descriptor is free to read
+// the folder by.
+std::optional<std::vector<int>> openDescriptors() {
     std::vector<int> numbers;
     std::error_code error;
     std::filesystem::directory_iterator entry("/proc/self/fd", error);
@@ -29,6 +32,8 @@ std::vector<int> openDescriptors() {
         if (std::from_chars(name.data(), name.data() + name.size(), number).ec == std::errc())
             numbers.push_back(number);
     }
+    if (error)
+        return std::nullopt;
     return numbers;
 }
 
@@ -52,6 +57,11 @@ bool isInternetConnection(int descriptor) {
            option(descriptor, SO_PROTOCOL) == IPPROTO_TCP && option(descriptor, SO_ACCEPTCONN) == 0;
 }
 
+bool hasUnread(int descriptor) {
+    int bytes = 0;
+    return ::ioctl(descriptor, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
 // Drops what was received as well. After shutdown() it could be read still, and be megabytes.
 void disconnect(int descriptor) {
     sockaddr nobody{};
@@ -61,34 +71,78 @@ void disconnect(int descriptor) {
 }
 
 // Its owner may close it meanwhile and open another one in its place: ours stays the same socket.
-void cutUnlessIn(const std::set<ino_t>& spared, int descriptor) {
+void cutIf(const std::function<bool(int descriptor, ino_t socket)>& isMeant, int descriptor) {
     if (!socketAt(descriptor))
         return;
     const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    // Closed meanwhile, which is as good; or no descriptor is free. It is then read on, but nobody
+    // waits for it: the next exchange, which Qt cannot serve, ends in a cut as well, or the client.
     if (own < 0)
         return;
     const auto socket = socketAt(own);
-    if (socket && !spared.contains(*socket) && isInternetConnection(own))
+    if (socket && isInternetConnection(own) && isMeant(own, *socket))
         disconnect(own);
     ::close(own);
 }
 
-std::set<ino_t> openSockets() {
-    std::set<ino_t> sockets;
-    for (const int descriptor : openDescriptors()) {
-        if (const auto socket = socketAt(descriptor))
-            sockets.insert(*socket);
-    }
-    return sockets;
+void cutThose(const std::function<bool(int descriptor, ino_t socket)>& areMeant) {
+    const auto descriptors = openDescriptors();
+    // As above: the next end is soon enough.
+    if (!descriptors)
+        return;
+    for (const int descriptor : *descriptors)
+        cutIf(areMeant, descriptor);
 }
 
 }  // namespace
 
-InternetConnections::InternetConnections() : before_(openSockets()) {}
+InternetConnections::InternetConnections() : seen_(look()) {}
+
+// Where this cannot be told, nothing is cut for its sake: it could be anybody's.
+std::optional<InternetConnections::Sockets> InternetConnections::look() {
+    const auto descriptors = openDescriptors();
+    if (!descriptors)
+        return std::nullopt;
+    Sockets sockets;
+    for (const int descriptor : *descriptors) {
+        if (const auto socket = socketAt(descriptor))
+            sockets.emplace(*socket, trafficOf(descriptor));
+    }
+    return sockets;
+}
+
+// Nothing where it is no TCP connection.
+InternetConnections::Traffic InternetConnections::trafficOf(int descriptor) {
+    tcp_info facts{};
+    socklen_t size = sizeof facts;
+    if (::getsockopt(descriptor, IPPROTO_TCP, TCP_INFO, &facts, &size) != 0)
+        return {};
+    return {facts.tcpi_bytes_sent, facts.tcpi_bytes_received};
+}
+
+bool InternetConnections::isNew(ino_t socket) const {
+    return seen_ && !seen_->contains(socket);
+}
+
+bool InternetConnections::isUnasked(int descriptor, ino_t socket) const {
+    if (!seen_)
+        return false;
+    const auto then = seen_->find(socket);
+    if (then == seen_->end())
+        return false;
+    const Traffic now = trafficOf(descriptor);
+    return now.sentBytes == then->second.sentBytes &&
+           (now.receivedBytes > then->second.receivedBytes || hasUnread(descriptor));
+}
 
 void InternetConnections::cut() const {
-    for (const int descriptor : openDescriptors())
-        cutUnlessIn(before_, descriptor);
+    cutThose([this](int, ino_t socket) { return isNew(socket); });
+}
+
+void InternetConnections::cutUnasked(const InternetConnections& later) const {
+    cutThose([this, &later](int descriptor, ino_t socket) {
+        return isNew(socket) && later.isUnasked(descriptor, socket);
+    });
 }
 
 }  // namespace valdorn

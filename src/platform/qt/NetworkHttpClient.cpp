@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "platform/MainQueue.h"
-#include "platform/qt/InternetConnections.h"
+#include "platform/qt/ExchangesUnderWay.h"
 
 namespace valdorn {
 
@@ -28,6 +28,8 @@ QNetworkRequest makeRequest(const QUrl& url) {
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::NoLessSafeRedirectPolicy);
+    // Otherwise exchanges with one server share a connection, and none could be cut for one of them.
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     return request;
 }
 
@@ -51,10 +53,10 @@ bool isCutOff(const QNetworkReply& reply, std::size_t bodyBytes) {
 class Exchange : public QObject, public HttpRequest {
 public:
     Exchange(const HttpQuery& query, HttpClient::Completion completion,
-             std::shared_ptr<const InternetConnections> connections)
+             std::shared_ptr<ExchangesUnderWay> underWay)
         : maxBodyBytes_(query.maxBodyBytes),
           completion_(std::move(completion)),
-          connections_(std::move(connections)) {}
+          underWay_(std::move(underWay)) {}
     ~Exchange() override { release(); }
 
     void start(MainQueue& queue, QNetworkAccessManager& manager, const HttpQuery& query) {
@@ -72,6 +74,7 @@ public:
                 fail(HttpError::Kind::timeout, "The server takes too long to answer");
             });
         }
+        number_ = underWay_->begin();
         follow(manager.get(makeRequest(url)));
     }
 
@@ -114,28 +117,23 @@ private:
 
     void release() {
         outcome_.cancel();
-        const auto connections = std::exchange(connections_, nullptr);
         QNetworkReply* const reply = reply_.data();
         if (!reply)
             return;
         reply_ = nullptr;
-        const bool isUnderWay = reply->isRunning();
+        const bool isAbandoned = reply->isRunning();
         reply->disconnect(this);
         reply->abort();
         reply->deleteLater();
-        if (isUnderWay && isLast(connections))
-            connections->cut();
-    }
-
-    // Whether only this exchange and the client (which may be gone) still know the connections.
-    static bool isLast(const std::shared_ptr<const InternetConnections>& connections) {
-        return connections && connections.use_count() <= 2;
+        using End = ExchangesUnderWay::End;
+        underWay_->end(number_, isAbandoned ? End::abandoned : End::byItself);
     }
 
     const std::size_t maxBodyBytes_;
     HttpClient::Completion completion_;
     std::string body_;
-    std::shared_ptr<const InternetConnections> connections_;  // until the end
+    const std::shared_ptr<ExchangesUnderWay> underWay_;  // the client may be gone
+    ExchangesUnderWay::Number number_ = 0;
     ScheduledTask outcome_;          // the failure that comes when nothing else does
     QPointer<QNetworkReply> reply_;  // belongs to the manager until it is released
 };
@@ -143,18 +141,18 @@ private:
 }  // namespace
 
 NetworkHttpClient::NetworkHttpClient(MainQueue& mainQueue)
-    : mainQueue_(mainQueue), connections_(std::make_shared<const InternetConnections>()) {
+    : mainQueue_(mainQueue), underWay_(std::make_shared<ExchangesUnderWay>()) {
     // Otherwise Qt asks nobody whether there is a proxy.
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 }
 
 // Qt waits for its thread, five seconds at most.
 NetworkHttpClient::~NetworkHttpClient() {
-    connections_->cut();
+    underWay_->endAll();
 }
 
 std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
-    auto exchange = std::make_unique<Exchange>(query, std::move(completion), connections_);
+    auto exchange = std::make_unique<Exchange>(query, std::move(completion), underWay_);
     exchange->start(mainQueue_, manager_, query);
     return exchange;
 }
