@@ -32,12 +32,8 @@ public:
             isQuoted_ = !isQuoted_;
         else if (isQuoted_)
             add(static_cast<unsigned char>(c));
-        else if (c == ';')
-            skipComment();
-        else if (QByteArrayView("=,\n\r").contains(c))
-            begin_.clear();
-        else if (c != ' ' && c != '\t')
-            add(static_cast<unsigned char>(c));
+        else
+            addUnquoted(c);
         return true;
     }
 
@@ -52,6 +48,15 @@ private:
         constexpr qsizetype enough = 11;
         if (begin_.size() < enough)
             begin_ += QChar(unit);
+    }
+
+    void addUnquoted(char c) {
+        if (c == ';')
+            skipComment();
+        else if (QByteArrayView("=,\n\r").contains(c))
+            begin_.clear();
+        else if (c != ' ' && c != '\t')
+            add(static_cast<unsigned char>(c));
     }
 
     void addEscaped() {
