@@ -79,8 +79,11 @@ TYPED_TEST_P(HttpClientContract, AnEmptyBodyIsABody) {
 }
 
 TYPED_TEST_P(HttpClientContract, HandsTheBodyOverWhateverTheStatus) {
-    for (const char* const status : {"400 Bad Request", "401 Unauthorized", "403 Forbidden",
-                                     "404 Not Found", "418 Teapot", "500 Error", "503 Busy"}) {
+    for (const char* const status :
+         {"201 Created", "205 Reset", "300 Choices", "301 Moved", "302 Found", "303 Other",
+          "305 Proxy", "306 Unused", "307 Elsewhere", "308 Elsewhere", "400 Bad Request",
+          "401 Unauthorized", "403 Forbidden", "404 Not Found", "407 Proxy", "418 Teapot",
+          "500 Error", "503 Busy", "999 Unknown"}) {
         SCOPED_TRACE(status);
         this->outcomes.clear();
         this->fixture.answer(status, "{\"message\":\"no\"}");

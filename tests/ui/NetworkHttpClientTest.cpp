@@ -462,6 +462,19 @@ TEST_F(NetworkHttpClientTest, RedirectIsFollowed) {
     EXPECT_EQ(awaited().value(), "moved here");
 }
 
+TEST_F(NetworkHttpClientTest, WhatARedirectSaysBesidesIsNotTheBody) {
+    LoopbackServer server([](QTcpSocket& connection, const QByteArray& head) {
+        const bool moved = head.startsWith("GET /old ");
+        connection.write(moved ? QByteArray("HTTP/1.1 302 Found\r\nLocation: new?a=b%20c#d\r\n"
+                                            "Content-Length: 2000\r\n\r\n") +
+                                     QByteArray(2000, 'x')
+                               : httpAnswer("200 OK", head.left(head.indexOf('\r'))));
+        connection.disconnectFromHost();
+    });
+    fetch(server.url("/old"), 1000);
+    EXPECT_EQ(awaited().value(), "GET /new?a=b%20c HTTP/1.1");
+}
+
 TEST_F(NetworkHttpClientTest, RedirectToAnotherServerIsFollowed) {
     LoopbackServer other(always(httpAnswer("200 OK", "moved there")));
     LoopbackServer server(redirectTo(other.url("/new")));
@@ -527,8 +540,8 @@ TEST_F(NetworkHttpClientTest, RedirectsWithoutEndAreGivenUp) {
     LoopbackServer server(redirectTo("/again"));
     fetch(server.url());
     EXPECT_EQ(awaited().error().kind, HttpError::Kind::network);
-    EXPECT_GT(server.requests, 1);
     // After 50 of them; some Qt asks for twice.
+    EXPECT_GT(server.requests, 50);
     EXPECT_LT(server.requests, 150);
 }
 

@@ -26,19 +26,35 @@ QUrl parse(const std::string& url) {
 
 QNetworkRequest makeRequest(const QUrl& url) {
     QNetworkRequest request(url);
+    // Qt keeps nothing of an answer with the status of a redirection that names no place to go to.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::NoLessSafeRedirectPolicy);
+                         QNetworkRequest::ManualRedirectPolicy);
     // Otherwise exchanges with one server share a connection, and none could be cut for one of them.
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     return request;
 }
 
-// Qt counts answers like 404 among the errors, after those of the network and of proxies.
+// Qt counts answers like 404 among the errors, after those of the network and of proxies; but for
+// 407, which a server may give as well as a proxy.
 bool isAnswer(const QNetworkReply& reply) {
     constexpr int lastProxyError = QNetworkReply::UnknownProxyError;
     const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     return reply.error() == QNetworkReply::NoError ||
+           (status == 407 && reply.error() == QNetworkReply::ProxyAuthenticationRequiredError) ||
            (status >= 400 && reply.error() > lastProxyError);
+}
+
+// Where the answer says to go instead; empty where it does not.
+QUrl redirection(const QNetworkReply& reply) {
+    const QUrl target = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    return target.isEmpty() ? QUrl() : reply.url().resolved(target);
+}
+
+// As Qt's own.
+constexpr int maxRedirections = 50;
+
+bool isLessSafe(const QUrl& url, const QUrl& than) {
+    return than.scheme() == QLatin1String("https") && url.scheme() != QLatin1String("https");
 }
 
 // Qt does not always notice that the connection was closed before the end of the body. The length
@@ -86,9 +102,22 @@ private:
         connect(reply, &QNetworkReply::finished, this, [this] { finish(); });
     }
 
+    void redirect(const QUrl& target) {
+        const QUrl next = parse(target.toString(QUrl::FullyEncoded).toStdString());
+        if (next.isEmpty() || isLessSafe(next, reply_->url()) || ++redirections_ > maxRedirections)
+            return fail(HttpError::Kind::network, "The server leads nowhere");
+        QNetworkReply* const reply = reply_.data();
+        reply->disconnect(this);
+        reply->deleteLater();
+        follow(reply->manager()->get(makeRequest(next)));
+    }
+
     // False when the body has become too long; the exchange is then over.
     bool read() {
-        body_ += reply_->readAll().toStdString();
+        const QByteArray bytes = reply_->readAll();
+        if (!redirection(*reply_).isEmpty())
+            return true;  // what it says meanwhile is for nobody
+        body_ += bytes.toStdString();
         if (body_.size() <= maxBodyBytes_)
             return true;
         fail(HttpError::Kind::tooLarge, "The answer is too long");
@@ -100,6 +129,8 @@ private:
             return fail(HttpError::Kind::network, reply_->errorString().toStdString());
         if (!read())
             return;
+        if (const QUrl target = redirection(*reply_); !target.isEmpty())
+            return redirect(target);
         if (isCutOff(*reply_, body_.size()))
             return fail(HttpError::Kind::network, "The connection was closed too early");
         complete(std::move(body_));
@@ -132,6 +163,7 @@ private:
     const std::size_t maxBodyBytes_;
     HttpClient::Completion completion_;
     std::string body_;
+    int redirections_ = 0;
     const std::shared_ptr<ExchangesUnderWay> underWay_;  // the client may be gone
     ExchangesUnderWay::Number number_ = 0;
     ScheduledTask outcome_;          // the failure that comes when nothing else does
