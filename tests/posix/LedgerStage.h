@@ -24,8 +24,11 @@ protected:
     static constexpr std::chrono::seconds longEnough{60};
 
     ~LedgerStage() override {
-        for (const auto& child : children)
-            kill(static_cast<pid_t>(child->id()), SIGKILL);
+        // The id of one that has ended may be another's by now.
+        for (const auto& child : children) {
+            if (child->isRunning())
+                kill(static_cast<pid_t>(child->id()), SIGKILL);
+        }
         for (const auto& recorder : recorders)
             EXPECT_TRUE(recorder->waitForRelease());
     }
