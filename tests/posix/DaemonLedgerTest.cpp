@@ -73,8 +73,9 @@ TEST_F(DaemonLedgerTest, AsksPolitelyOnlyAndAgainAtTheNextStart) {
         EXPECT_TRUE(stubborn.isRunning());
         ASSERT_EQ(written().daemons.size(), 1u);
         EXPECT_EQ(written().daemons[0].pid, stubborn.id());
+        // Two requests at once would count as one.
+        EXPECT_TRUE(recorders[0]->waitForText(start == 1 ? "asked\n" : "asked\nasked\n"));
     }
-    EXPECT_TRUE(recorders[0]->waitForText("asked\nasked\n"));
 }
 
 TEST_F(DaemonLedgerTest, WaitsForAllTogetherAndNoLonger) {
