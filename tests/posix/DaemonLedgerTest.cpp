@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "platform/posix/RecordingChildLauncher.h"
+#include "posix/HiddenChild.h"
 #include "posix/LedgerStage.h"
 #include "support/MemoryChildLauncher.h"
 #include "support/MemoryFileSystem.h"
@@ -387,9 +388,24 @@ TEST_F(DaemonLedgerTest, APoliteQuitLeavesWrittenDownWhatItCouldNotAsk) {
     EXPECT_EQ(DaemonLedger(memory, "/ledger").endLeftovers(longEnough).ended, 1u);
 }
 
-// The first process is, nearly everywhere, one that we may not look at.
-TEST_F(DaemonLedgerTest, ForgetsARecordWhoseIdHasGoneToAnotherUsersProcess) {
-    expectUntouchedAfter([](DaemonRecords& records) { records.daemons[0].pid = 1; });
+TEST_F(DaemonLedgerTest, ForgetsARecordWhoseIdHasGoneToAProcessThatCannotBeLookedAt) {
+    const HiddenChild stranger;
+    const WithoutPower powerless;
+    ASSERT_FALSE(factsAbout(stranger.id()));
+    ProcessFacts earlier = birthOf(stranger.id()).value();
+    --earlier.startTicks;
+    ASSERT_FALSE(files.replaceContent(path(), textOf({bootId(), {earlier}})));
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+    EXPECT_FALSE(files.exists(path()));
+}
+
+TEST_F(DaemonLedgerTest, KeepsTheRecordOfADaemonThatCannotBeLookedAt) {
+    const HiddenChild daemon;
+    const WithoutPower powerless;
+    const ProcessFacts facts = birthOf(daemon.id()).value();
+    ASSERT_FALSE(files.replaceContent(path(), textOf({bootId(), {facts}})));
+    EXPECT_EQ(newLedger()->endLeftovers(longEnough).asked, 0u);
+    EXPECT_EQ(written().daemons.size(), 1u);
 }
 
 }  // namespace
