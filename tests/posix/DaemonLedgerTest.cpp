@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/HiddenChild.h"
 #include "posix/LedgerStage.h"
+#include "posix/NoDescriptors.h"
 #include "support/MemoryChildLauncher.h"
 #include "support/MemoryFileSystem.h"
 
@@ -186,7 +186,7 @@ TEST_F(DaemonLedgerTest, ForgetsAnEndedDaemonOnce) {
 }
 
 TEST_F(DaemonLedgerTest, NotesNothingOfAProcessThatHasEnded) {
-    newLedger()->note(0x3fffffff);
+    newLedger()->note(idOfNobody);
     EXPECT_FALSE(files.exists(path()));
 }
 
@@ -337,25 +337,6 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());
     EXPECT_TRUE(memory.atomicReplacements.empty());
 }
-
-// Takes the descriptors away until the end of the scope: what is open stays, nothing more can be had.
-class NoDescriptors {
-public:
-    NoDescriptors() {
-        getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit none{0, before_.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &none);
-    }
-    NoDescriptors(const NoDescriptors&) = delete;
-    NoDescriptors& operator=(const NoDescriptors&) = delete;
-    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
-
-private:
-    rlimit before_{};
-};
-
-// A sanitizer looks at objects through a pipe of its own.
-constexpr bool canDoWithoutDescriptors = std::string_view(VALDORN_SANITIZE).empty();
 
 TEST_F(DaemonLedgerTest, ADaemonThatCannotBeLookedAtKeepsTheNoteOfItsBirthUntilItEnds) {
     if (!canDoWithoutDescriptors)
