@@ -315,7 +315,7 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNobodyElseUnderTheIdOfAnEndedChil
     const auto ledger = newLedger();
     RecordingChildLauncher recording(hasty, *ledger);
     ChildRecorder recorder;
-    ASSERT_FALSE(files.replaceContent(path() + ".birth", "its own"));
+    ASSERT_FALSE(files.replaceContent(path() + ".birth", noteOfNobody()));
     ASSERT_TRUE(recording.launch({}, recorder.handlers()).ok());
     EXPECT_TRUE(recorder.waitForExit());
     EXPECT_FALSE(files.exists(path()));
@@ -328,7 +328,7 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     DaemonLedger ledger(memory, "/ledger");
     RecordingChildLauncher recording(inner, ledger);
     ChildRecorder recorder;
-    ASSERT_FALSE(memory.replaceContent("/ledger.birth", "of the child that failed"));
+    ASSERT_FALSE(memory.replaceContent("/ledger.birth", noteOfNobody()));
     inner.failNextLaunch = LaunchError{LaunchError::Step::execute, ENOENT, "/x"};
     EXPECT_FALSE(recording.launch({}, recorder.handlers()).ok());
     EXPECT_FALSE(memory.exists("/ledger.birth"));
@@ -336,23 +336,6 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
     recording.shutDown();
     EXPECT_FALSE(recording.run({}, [](std::string_view) {}).ok());
     EXPECT_TRUE(memory.atomicReplacements.empty());
-}
-
-TEST_F(DaemonLedgerTest, ADaemonThatCannotBeLookedAtKeepsTheNoteOfItsBirthUntilItEnds) {
-    if (!canDoWithoutDescriptors)
-        GTEST_SKIP();
-    MemoryFileSystem memory;
-    DaemonLedger ledger(memory, "/ledger");
-    ASSERT_FALSE(memory.replaceContent("/ledger.birth", "its own"));
-    const auto pid = startHanging().id();
-    DaemonLedger::Entry entry = 0;
-    {
-        const NoDescriptors none;
-        entry = ledger.note(pid);
-    }
-    EXPECT_TRUE(memory.exists("/ledger.birth"));
-    ledger.forget(entry);
-    EXPECT_FALSE(memory.exists("/ledger.birth"));
 }
 
 TEST_F(DaemonLedgerTest, APoliteQuitLeavesWrittenDownWhatItCouldNotAsk) {

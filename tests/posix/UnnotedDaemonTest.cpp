@@ -140,6 +140,17 @@ TEST_F(UnnotedDaemonTest, IsEndedWhereTheLedgerCouldNotBeWritten) {
     EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
 }
 
+TEST_F(UnnotedDaemonTest, KeepsWhatCannotBeReadAsLongAsItMayTellOfSomebody) {
+    const auto ledger = newLedger();
+    std::filesystem::create_directory(birthPath());
+    std::filesystem::create_directory(path());
+    ledger->note(startHanging().id());
+    EXPECT_TRUE(files.exists(birthPath()));
+    std::filesystem::remove(path());
+    ledger->note(startHanging().id());
+    EXPECT_FALSE(files.exists(birthPath())) << "all are written down";
+}
+
 TEST_F(UnnotedDaemonTest, KeepsItsNoteWhereALeftoverCouldNotBeWrittenDown) {
     ChildProcess& stubborn = startUnnoted("ignore_term");
     const auto ledger = newLedger();
