@@ -251,6 +251,16 @@ TEST_F(UnseenDaemonTest, KeepsItsNoteThoughAnotherOneIsNotedThatHasNone) {
     EXPECT_TRUE(isNoteOf(*children[0]));
 }
 
+TEST_F(UnseenDaemonTest, IsWrittenDownBeforeTheNextOneIsBorn) {
+    launchUnseen(startHanging());
+    failLaunch();
+    ASSERT_EQ(inLedger().daemons.size(), 1u);
+    EXPECT_EQ(inLedger().daemons[0].pid, children[0]->id());
+    launch(startHanging());
+    EXPECT_EQ(inLedger().daemons.size(), 2u);
+    EXPECT_FALSE(isNoteThere());
+}
+
 TEST_F(UnseenDaemonTest, IsAskedAtAPoliteQuit) {
     ChildProcess& child = startStopped();
     launchUnseen(child);

@@ -125,6 +125,8 @@ DaemonLedger::DaemonLedger(FileSystem& files, std::string path)
 void DaemonLedger::expectBirth() {
     const std::lock_guard lock(mutex_);
     isBirthExpected_ = true;
+    if (lookAgain())
+        write();
 }
 
 DaemonLedger::Entry DaemonLedger::note(std::int64_t id) {

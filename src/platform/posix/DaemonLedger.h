@@ -39,7 +39,9 @@ public:
     BirthNote birthNote() const { return BirthNote::at(birthPath_, boot_); }
 
     // A launch begins. Its child may write down its birth at any moment until note() or noteNobody()
-    // tells what has come of it: meanwhile nobody takes that note away.
+    // tells what has come of it: meanwhile nobody takes that note away. As it replaces that of a
+    // child that could not be looked at, another look is taken at that one. Blocks for a small write
+    // at the most.
     void expectBirth();
 
     // Notes a child that has just been launched: its executable is the one that the kernel runs.
