@@ -1,15 +1,22 @@
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <future>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <utility>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 
 #include "platform/posix/ProcessFacts.h"
+#include "posix/HeldWrites.h"
 #include "posix/LedgerStage.h"
+#include "support/Skipping.h"
 
 namespace valdorn {
 
@@ -112,6 +119,38 @@ TEST_F(UnnotedDaemonTest, IsLaunchedThoughTheNoteCannotBeWritten) {
     std::filesystem::remove(birthPath());
     ASSERT_EQ(mkfifo(birthPath().c_str(), 0600), 0);
     EXPECT_TRUE(startUnnoted().isRunning());
+}
+
+TEST_F(UnnotedDaemonTest, OutlivesAWriteToANamedPipeThatNobodyReadsAnyMore) {
+    startUnnoted();  // its listener is no child of the held thread
+    std::filesystem::remove(birthPath());
+    ASSERT_EQ(mkfifo(birthPath().c_str(), 0600), 0);
+    Descriptor reader(open(birthPath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    ChildRecorder recorder;
+    std::promise<Descriptor> held;
+    std::thread launching([&] {
+        Descriptor writes = HeldWrites::hold();
+        const bool isHeld(writes);
+        held.set_value(std::move(writes));
+        if (!isHeld)
+            return;
+        EXPECT_TRUE(noting.launch(childCommand("play", {"exit:7"}), recorder.handlers()).ok());
+        HeldWrites::end();
+    });
+    Descriptor writes = held.get_future().get();
+    const bool isHeld(writes);
+    if (isHeld) {
+        HeldWrites::letGoOn(std::move(writes), [&](std::size_t lengthBytes) {
+            if (lengthBytes == newLedger()->birthNote().heading.size())
+                reader.reset();
+        });
+    }
+    launching.join();
+    if (!isHeld)
+        return leaveOut("writes cannot be held here");
+    ASSERT_FALSE(reader) << "the birth is not written";
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.exit(), (ChildExit{ChildExit::Kind::exited, 7}));
 }
 
 TEST_F(UnnotedDaemonTest, WritesDownNothingOfAForegroundRun) {
