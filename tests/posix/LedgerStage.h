@@ -1,12 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include "platform/posix/DaemonLedger.h"
 #include "platform/posix/DaemonRecords.h"
@@ -22,10 +26,14 @@ namespace valdorn {
 class LedgerStage : public testing::Test {
 protected:
     static constexpr std::chrono::seconds longEnough{60};
+    static constexpr std::int64_t idOfNobody = 0x3fffffff;  // no kernel counts so far
 
     ~LedgerStage() override {
-        for (const auto& child : children)
-            kill(static_cast<pid_t>(child->id()), SIGKILL);
+        // The id of one that has ended may be another's by now.
+        for (const auto& child : children) {
+            if (child->isRunning())
+                kill(static_cast<pid_t>(child->id()), SIGKILL);
+        }
         for (const auto& recorder : recorders)
             EXPECT_TRUE(recorder->waitForRelease());
     }
@@ -44,6 +52,21 @@ protected:
 
     std::unique_ptr<DaemonLedger> newLedger() {
         return std::make_unique<DaemonLedger>(files, path());
+    }
+
+    // What that child writes down at its birth.
+    static std::string noteOf(std::int64_t id) {
+        const std::ifstream stat("/proc/" + std::to_string(id) + "/stat");
+        std::ostringstream text;
+        text << bootLine(bootId()) << stat.rdbuf();
+        return text.str();
+    }
+
+    // What a child has written down that has ended since.
+    static std::string noteOfNobody() {
+        const std::string heading = bootLine(bootId());
+        const std::string own = noteOf(getpid()).substr(heading.size());
+        return heading + std::to_string(idOfNobody) + own.substr(own.find(' '));
     }
 
     std::string path() const { return folder / "ledger"; }

@@ -1,15 +1,22 @@
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <future>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <utility>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 
 #include "platform/posix/ProcessFacts.h"
+#include "posix/HeldWrites.h"
 #include "posix/LedgerStage.h"
+#include "support/Skipping.h"
 
 namespace valdorn {
 
@@ -114,6 +121,38 @@ TEST_F(UnnotedDaemonTest, IsLaunchedThoughTheNoteCannotBeWritten) {
     EXPECT_TRUE(startUnnoted().isRunning());
 }
 
+TEST_F(UnnotedDaemonTest, OutlivesAWriteToANamedPipeThatNobodyReadsAnyMore) {
+    startUnnoted();  // its listener is no child of the held thread
+    std::filesystem::remove(birthPath());
+    ASSERT_EQ(mkfifo(birthPath().c_str(), 0600), 0);
+    Descriptor reader(open(birthPath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    ChildRecorder recorder;
+    std::promise<Descriptor> held;
+    std::thread launching([&] {
+        Descriptor writes = HeldWrites::hold();
+        const bool isHeld(writes);
+        held.set_value(std::move(writes));
+        if (!isHeld)
+            return;
+        EXPECT_TRUE(noting.launch(childCommand("play", {"exit:7"}), recorder.handlers()).ok());
+        HeldWrites::end();
+    });
+    Descriptor writes = held.get_future().get();
+    const bool isHeld(writes);
+    if (isHeld) {
+        HeldWrites::letGoOn(std::move(writes), [&](std::size_t lengthBytes) {
+            if (lengthBytes == newLedger()->birthNote().heading.size())
+                reader.reset();
+        });
+    }
+    launching.join();
+    if (!isHeld)
+        return leaveOut("writes cannot be held here");
+    ASSERT_FALSE(reader) << "the birth is not written";
+    ASSERT_TRUE(recorder.waitForRelease());
+    EXPECT_EQ(recorder.exit(), (ChildExit{ChildExit::Kind::exited, 7}));
+}
+
 TEST_F(UnnotedDaemonTest, WritesDownNothingOfAForegroundRun) {
     const auto ended = noting.run(childCommand("echo"), [](std::string_view) {});
     ASSERT_TRUE(ended.ok());
@@ -138,6 +177,17 @@ TEST_F(UnnotedDaemonTest, IsEndedWhereTheLedgerCouldNotBeWritten) {
     std::filesystem::create_directory(path());
     killed->note(child.id());
     EXPECT_EQ(newLedger()->endLeftovers(longEnough).ended, 1u);
+}
+
+TEST_F(UnnotedDaemonTest, KeepsWhatCannotBeReadAsLongAsItMayTellOfSomebody) {
+    const auto ledger = newLedger();
+    std::filesystem::create_directory(birthPath());
+    std::filesystem::create_directory(path());
+    ledger->note(startHanging().id());
+    EXPECT_TRUE(files.exists(birthPath()));
+    std::filesystem::remove(path());
+    ledger->note(startHanging().id());
+    EXPECT_FALSE(files.exists(birthPath())) << "all are written down";
 }
 
 TEST_F(UnnotedDaemonTest, KeepsItsNoteWhereALeftoverCouldNotBeWrittenDown) {

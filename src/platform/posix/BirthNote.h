@@ -19,8 +19,18 @@ struct BirthNote {
     static BirthNote at(std::string path, const std::string& boot);
 };
 
+// Pure; any thread. Id, time of birth and owner of the process that has written the text in `boot`,
+// whether it lives or not. Nothing when the text is cut short or of another boot.
+std::optional<ProcessFacts> birthIn(const std::string& birthNote, const std::string& boot);
+
 // Any thread; reads /proc. The process that has written the text in `boot`, the present one. Nothing
 // when the text is cut short or of another boot, or its process has ended or is another user's.
 std::optional<ProcessFacts> livingProcessOf(const std::string& birthNote, const std::string& boot);
+
+// Any thread. Whether the process that has written the text in `boot`, the present one, has ended
+// beyond doubt: nobody has its id, or somebody who was born at another time. One that is not reaped
+// yet has not ended. False when the text is cut short or of another boot, and when nothing can be
+// seen. Can tell without any descriptor that nobody has the id.
+bool hasSurelyEnded(const std::string& birthNote, const std::string& boot);
 
 }  // namespace valdorn

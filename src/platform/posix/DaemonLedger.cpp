@@ -122,16 +122,29 @@ DaemonLedger::DaemonLedger(FileSystem& files, std::string path)
       boot_(bootId()),
       leftovers_(leftBehind(files_, path_, birthPath_, boot_)) {}
 
-DaemonLedger::Entry DaemonLedger::note(std::int64_t pid) {
-    const auto facts = factsAbout(static_cast<pid_t>(pid));
+void DaemonLedger::expectBirth() {
     const std::lock_guard lock(mutex_);
+    isBirthExpected_ = true;
+    if (lookAgain())
+        write();
+}
+
+DaemonLedger::Entry DaemonLedger::note(std::int64_t id) {
+    const auto pid = static_cast<pid_t>(id);
+    const auto facts = factsAbout(pid);
+    const std::lock_guard lock(mutex_);
+    isBirthExpected_ = false;
     const Entry entry = ++lastEntry_;
-    if (!facts)
-        return entry;
-    noted_.emplace(entry, Noted{*facts});
-    if (write())
-        forgetBirth();
+    noted_.emplace(entry, Noted{pid, facts});
+    if (facts)
+        writeForGood();
     return entry;
+}
+
+void DaemonLedger::noteNobody() {
+    const std::lock_guard lock(mutex_);
+    isBirthExpected_ = false;
+    forgetEndedBirth();
 }
 
 void DaemonLedger::noteAsked(Entry entry) {
@@ -144,8 +157,7 @@ void DaemonLedger::forget(Entry entry) {
     const std::lock_guard lock(mutex_);
     if (noted_.erase(entry) > 0)
         write();
-    else if (entry == lastEntry_)
-        forgetBirth();  // its own: it could not be looked at
+    forgetEndedBirth();
 }
 
 DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds patience) {
@@ -165,36 +177,87 @@ DaemonLedger::Leftovers DaemonLedger::endLeftovers(std::chrono::milliseconds pat
     }
     const std::lock_guard lock(mutex_);
     leftovers_ = remaining;
-    if (write())
-        forgetBirth();
+    writeForGood();
     return {asked.size(), ended};
 }
 
 void DaemonLedger::clear() {
     const std::lock_guard lock(mutex_);
+    lookAgain();
     Records unasked;
     for (const auto& [entry, daemon] : noted_) {
-        if (!daemon.isAsked)
-            unasked.push_back(daemon.facts);
+        if (daemon.facts && !daemon.isAsked)
+            unasked.push_back(*daemon.facts);
     }
     // A wrapper may have become the real program since it was noted.
     const Asking asking = askToEnd(unasked, &ProcessFacts::hasSameBirthAs);
     leftovers_.insert(leftovers_.end(), asking.unasked.begin(), asking.unasked.end());
-    noted_.clear();
-    write();
-    forgetBirth();
+    std::erase_if(noted_, [](const auto& one) { return one.second.facts || one.second.isAsked; });
+    writeForGood();
 }
 
-// One that stays means a process that is noted, or has ended.
+// Of those that could not be looked at, the one that the note of a birth tells of: other children of
+// ours may have gone by the same id since.
+bool DaemonLedger::lookAgain() {
+    const auto isUnseen = [](const auto& one) { return !one.second.facts; };
+    if (std::none_of(noted_.begin(), noted_.end(), isUnseen))
+        return false;
+    const auto note = files_.read(birthPath_);
+    const auto facts = note ? livingProcessOf(note.value(), boot_) : std::nullopt;
+    bool isTold = false;
+    for (auto& [entry, daemon] : noted_) {
+        if (daemon.facts || !facts || daemon.pid != facts->pid)
+            continue;
+        daemon.facts = facts;
+        isTold = true;
+    }
+    return isTold;
+}
+
+void DaemonLedger::writeForGood() {
+    if (!isBirthNeeded(write()))
+        forgetBirth();
+}
+
+// By a daemon that may run and is not in the ledger.
+bool DaemonLedger::isBirthNeeded(bool isWritten) const {
+    std::vector<pid_t> missing;
+    for (const auto& [entry, daemon] : noted_) {
+        if (!isWritten || !daemon.facts)
+            missing.push_back(daemon.pid);
+    }
+    for (const ProcessFacts& daemon : isWritten ? Records{} : leftovers_)
+        missing.push_back(daemon.pid);
+    if (missing.empty())
+        return false;
+    const auto note = files_.read(birthPath_);
+    if (!note)
+        return true;
+    const auto born = birthIn(note.value(), boot_);
+    return born && std::find(missing.begin(), missing.end(), born->pid) != missing.end() &&
+           !hasSurelyEnded(note.value(), boot_);
+}
+
+// One that cannot be removed costs little: the next start asks the daemon that it tells of, if that
+// one still runs, once more.
 void DaemonLedger::forgetBirth() {
-    std::ignore = files_.removeTree(birthPath_);
+    if (!isBirthExpected_)
+        std::ignore = files_.removeTree(birthPath_);
+}
+
+void DaemonLedger::forgetEndedBirth() {
+    const auto note = files_.read(birthPath_);
+    if (note && hasSurelyEnded(note.value(), boot_))
+        forgetBirth();
 }
 
 // Nobody to tell when it fails, and nothing to do about it: the daemons run just as well.
 bool DaemonLedger::write() {
     DaemonRecords records{boot_, leftovers_};
-    for (const auto& [entry, daemon] : noted_)
-        records.daemons.push_back(daemon.facts);
+    for (const auto& [entry, daemon] : noted_) {
+        if (daemon.facts)
+            records.daemons.push_back(*daemon.facts);
+    }
     const auto failed = records.daemons.empty() ? files_.removeTree(path_)
                                                 : files_.replaceAtomically(path_, textOf(records));
     return !failed;

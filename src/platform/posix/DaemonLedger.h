@@ -5,8 +5,11 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 #include "platform/FileSystem.h"
 #include "platform/posix/BirthNote.h"
@@ -35,19 +38,27 @@ public:
     // launch of the one thread that launches is noted before the next.
     BirthNote birthNote() const { return BirthNote::at(birthPath_, boot_); }
 
+    // A launch begins. Its child may write down its birth at any moment until note() or noteNobody()
+    // tells what has come of it: meanwhile nobody takes that note away. As it replaces that of a
+    // child that could not be looked at, another look is taken at that one. Blocks for a small write
+    // at the most.
+    void expectBirth();
+
     // Notes a child that has just been launched: its executable is the one that the kernel runs.
     // A child that has ended already is not written down. One that cannot be written down, or not
     // be looked at, keeps the note of its birth until it ends or the next one is born. Blocks for a
     // small write.
-    Entry note(std::int64_t pid);
+    Entry note(std::int64_t id);
 
-    // The child that was launched last needs no note: it has ended already, or never came to be.
-    void forgetBirth();
+    // The launch has come to nothing, or its child has ended already. The note of a birth stays
+    // unless the process that it tells of has ended beyond doubt: it may be of an earlier child.
+    void noteNobody();
 
     // The child was asked to end by whoever launched it.
     void noteAsked(Entry entry);
 
-    // The child has ended. Harmless when called twice.
+    // The child has ended, and been reaped: a note of its birth goes with it. Harmless when called
+    // twice.
     void forget(Entry entry);
 
     // What became of the daemons of an earlier instance.
@@ -65,18 +76,26 @@ public:
 
     // The program quits politely: asks those of its daemons to end that nobody has asked (a runner
     // that was launched twice has lost sight of its first daemon), and forgets them all. Those that
-    // could not be looked at or asked stay written down, and so do leftovers that have not ended.
+    // could not be looked at or asked stay written down, be it only in the note of a birth, and so do
+    // leftovers that have not ended.
     void clear();
 
 private:
     using Records = std::vector<ProcessFacts>;
 
     struct Noted {
-        ProcessFacts facts;
+        pid_t pid;
+        std::optional<ProcessFacts> facts;  // nothing while it could not be looked at
         bool isAsked = false;
     };
 
-    bool write();  // mutex_ is held; false when it could not be written
+    // mutex_ is held.
+    bool write();         // false when it could not be written
+    void writeForGood();  // needs no note of a birth besides, where that can be
+    bool lookAgain();     // true when that has told something
+    bool isBirthNeeded(bool isWritten) const;
+    void forgetBirth();
+    void forgetEndedBirth();
 
     FileSystem& files_;
     const std::string path_;
@@ -84,6 +103,7 @@ private:
     const std::string boot_;
 
     std::mutex mutex_;
+    bool isBirthExpected_ = false;  // guarded by mutex_
     Entry lastEntry_ = 0;           // guarded by mutex_
     std::map<Entry, Noted> noted_;  // guarded by mutex_; launched by this instance
     Records leftovers_;             // guarded by mutex_; by an earlier one

@@ -17,7 +17,7 @@ public:
     void begin(std::int64_t pid) {
         const std::lock_guard lock(mutex_);
         if (hasEnded_)
-            ledger_.forgetBirth();
+            ledger_.noteNobody();
         else
             entry_ = ledger_.note(pid);
     }
@@ -71,9 +71,10 @@ Result<std::unique_ptr<ChildProcess>, LaunchError> RecordingChildLauncher::launc
         entry->end();
         onExit(exit);
     };
+    ledger_.expectBirth();
     auto launched = launcher_.launch(command, std::move(handlers));
     if (!launched) {
-        ledger_.forgetBirth();
+        ledger_.noteNobody();
         return launched.error();
     }
     entry->begin(launched.value()->id());

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace valdorn {
+
+// A stopped child of ours that shows nobody but root its executable; where we are root, it has become
+// another user's.
+class HiddenChild {
+public:
+    HiddenChild() : id_(fork()) {
+        if (id_ == 0)
+            hide();
+        siginfo_t stopped{};
+        EXPECT_EQ(waitid(P_PID, static_cast<id_t>(id_), &stopped, WSTOPPED), 0);
+    }
+    HiddenChild(const HiddenChild&) = delete;
+    HiddenChild& operator=(const HiddenChild&) = delete;
+    ~HiddenChild() {
+        kill(id_, SIGKILL);
+        waitpid(id_, nullptr, 0);
+    }
+
+    pid_t id() const { return id_; }
+
+private:
+    static constexpr unsigned nobody = 65534;
+
+    [[noreturn]] static void hide() {
+        if (geteuid() == 0)
+            syscall(SYS_setuid, nobody);
+        prctl(PR_SET_DUMPABLE, 0);
+        for (;;)
+            syscall(SYS_kill, syscall(SYS_getpid), SIGSTOP);
+    }
+
+    const pid_t id_;
+};
+
+// Until the end of the scope this thread may not look at the processes of others, though it is root's.
+class WithoutPower {
+public:
+    WithoutPower() {
+        syscall(SYS_capget, &header_, before_);
+        __user_cap_data_struct fewer[2] = {before_[0], before_[1]};
+        fewer[0].effective &= ~(1U << CAP_SYS_PTRACE);
+        EXPECT_EQ(syscall(SYS_capset, &header_, fewer), 0);
+    }
+    WithoutPower(const WithoutPower&) = delete;
+    WithoutPower& operator=(const WithoutPower&) = delete;
+    ~WithoutPower() { EXPECT_EQ(syscall(SYS_capset, &header_, before_), 0); }
+
+private:
+    __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct before_[2]{};
+};
+
+}  // namespace valdorn
