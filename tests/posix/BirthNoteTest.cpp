@@ -6,7 +6,7 @@
 #include "platform/posix/BirthNote.h"
 #include "posix/HiddenChild.h"
 #include "posix/LedgerStage.h"
-#include "posix/NoDescriptors.h"
+#include "support/NoDescriptors.h"
 #include "support/Skipping.h"
 
 namespace valdorn {

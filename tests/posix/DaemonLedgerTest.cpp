@@ -15,7 +15,7 @@
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/HiddenChild.h"
 #include "posix/LedgerStage.h"
-#include "posix/NoDescriptors.h"
+#include "support/NoDescriptors.h"
 #include "support/MemoryChildLauncher.h"
 #include "support/MemoryFileSystem.h"
 

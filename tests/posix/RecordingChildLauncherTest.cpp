@@ -14,7 +14,7 @@
 
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/LedgerStage.h"
-#include "posix/NoDescriptors.h"
+#include "support/NoDescriptors.h"
 #include "support/MemoryFileSystem.h"
 
 namespace valdorn {

@@ -13,6 +13,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "ui/LoopbackListener.h"
+
 namespace valdorn {
 
 namespace {
@@ -57,24 +59,12 @@ bool awaitStart(int connection, int control) {
     _exit(0);
 }
 
-int listenOnLoopback(int& port) {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* const plain = reinterpret_cast<sockaddr*>(&address);
-    EXPECT_EQ(bind(listener, plain, size), 0);
-    EXPECT_EQ(listen(listener, 1), 0);
-    EXPECT_EQ(getsockname(listener, plain, &size), 0);
-    port = ntohs(address.sin_port);
-    return listener;
-}
-
 }  // namespace
 
 EndlessHead::EndlessHead(const std::string& begin, const std::string& more, Start start) {
-    const int listener = listenOnLoopback(port_);
+    sockaddr_in address{};
+    const int listener = listenOnLoopback(address);
+    port_ = ntohs(address.sin_port);
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
     std::array<int, 2> controls{};

@@ -1,14 +1,14 @@
 #include <cerrno>
 #include <optional>
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "platform/qt/ExchangesUnderWay.h"
+#include "support/NoDescriptors.h"
+#include "ui/LoopbackListener.h"
 
 namespace valdorn {
 namespace {
@@ -19,16 +19,10 @@ using End = ExchangesUnderWay::End;
 class Connection {
 public:
     Connection() {
-        const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* const plain = reinterpret_cast<sockaddr*>(&address);
-        EXPECT_EQ(bind(listener, plain, size), 0);
-        EXPECT_EQ(listen(listener, 1), 0);
-        EXPECT_EQ(getsockname(listener, plain, &size), 0);
-        EXPECT_EQ(connect(own_, plain, size), 0);
+        const int listener = listenOnLoopback(address);
+        const auto* const plain = reinterpret_cast<const sockaddr*>(&address);
+        EXPECT_EQ(connect(own_, plain, sizeof address), 0);
         peer_ = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
         close(listener);
     }
@@ -51,22 +45,6 @@ public:
 private:
     const int own_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int peer_ = -1;
-};
-
-// While it lives, this process can open nothing.
-class NoDescriptors {
-public:
-    NoDescriptors() {
-        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &before_), 0);
-        const rlimit none{0, before_.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-    NoDescriptors(const NoDescriptors&) = delete;
-    NoDescriptors& operator=(const NoDescriptors&) = delete;
-    ~NoDescriptors() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before_), 0); }
-
-private:
-    rlimit before_{};
 };
 
 TEST(ExchangesUnderWayTest, CutsNothingOfThoseThatEndByThemselves) {

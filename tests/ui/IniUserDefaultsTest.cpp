@@ -59,7 +59,7 @@ protected:
     }
 
     const QTemporaryDir folder_;
-    PosixFileSystem files_;
+    mutable PosixFileSystem files_;
 };
 
 TEST_F(IniUserDefaultsTest, MissingFileHoldsNothingAndIsNotMade) {
@@ -215,42 +215,39 @@ TEST_F(IniUserDefaultsTest, WhatIsNoLockIsNotWaitedForInItsPlace) {
     EXPECT_EQ(content(), QByteArray());
 }
 
-TEST_F(IniUserDefaultsTest, ALockThatSomebodyKeepsIsNotWaitedForWithoutEnd) {
-    writeByHand("");
-    QLockFile kept(QString::fromStdString(path() + ".lock"));
-    ASSERT_TRUE(kept.lock());
-    IniUserDefaults defaults(files_, path());
-    setInMemoryOnly(defaults);
-    kept.unlock();
-    // A later value is written, and is the one that counts.
-    defaults.setString("labels", "b");
-    EXPECT_EQ(defaults.string("labels"), "b");
-    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "b");
+// The labels were set to "a" while somebody kept the lock.
+class KeptLockTest : public IniUserDefaultsTest {
+protected:
+    KeptLockTest() {
+        writeByHand("");
+        QLockFile kept(QString::fromStdString(path() + ".lock"));
+        EXPECT_TRUE(kept.lock());
+        setInMemoryOnly(defaults_.emplace(files_, path()));
+    }
+
+    std::optional<std::string> labelsOnDisk() const {
+        return IniUserDefaults(files_, path()).string("labels");
+    }
+
+    std::optional<IniUserDefaults> defaults_;
+};
+
+TEST_F(KeptLockTest, IsNotWaitedForAndALaterValueCounts) {
+    defaults_->setString("labels", "b");
+    EXPECT_EQ(defaults_->string("labels"), "b");
+    EXPECT_EQ(labelsOnDisk(), "b");
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path() + ".lock")));
 }
 
-TEST_F(IniUserDefaultsTest, WhatALockKeptFromTheDiskIsWrittenWhenItIsSetAgain) {
-    writeByHand("");
-    QLockFile kept(QString::fromStdString(path() + ".lock"));
-    ASSERT_TRUE(kept.lock());
-    IniUserDefaults defaults(files_, path());
-    setInMemoryOnly(defaults);
-    kept.unlock();
-    defaults.setString("labels", "a");
-    EXPECT_EQ(IniUserDefaults(files_, path()).string("labels"), "a");
+TEST_F(KeptLockTest, WhatItKeptFromTheDiskIsWrittenWhenItIsSetAgain) {
+    defaults_->setString("labels", "a");
+    EXPECT_EQ(labelsOnDisk(), "a");
 }
 
-TEST_F(IniUserDefaultsTest, WhatALockKeptFromTheDiskIsWrittenWithTheNextValue) {
-    writeByHand("");
-    QLockFile kept(QString::fromStdString(path() + ".lock"));
-    ASSERT_TRUE(kept.lock());
-    IniUserDefaults defaults(files_, path());
-    setInMemoryOnly(defaults);
-    kept.unlock();
-    defaults.setBoolean("hasConnected", true);
-    const IniUserDefaults again(files_, path());
-    EXPECT_EQ(again.string("labels"), "a");
-    EXPECT_TRUE(again.boolean("hasConnected"));
+TEST_F(KeptLockTest, WhatItKeptFromTheDiskIsWrittenWithTheNextValue) {
+    defaults_->setBoolean("hasConnected", true);
+    EXPECT_EQ(labelsOnDisk(), "a");
+    EXPECT_TRUE(IniUserDefaults(files_, path()).boolean("hasConnected"));
 }
 
 TEST_F(IniUserDefaultsTest, TheFolderThatItMakesIsClosedToOthers) {
