@@ -40,10 +40,8 @@ std::string_view labelOf(std::string_view line) {
         return {};
     const std::string_view label = line.substr(1, end - 1);
 
-    const std::size_t workflow = label.find_first_not_of('/');
-    if (workflow == std::string_view::npos)
-        return {};
-    const std::size_t slash = label.find('/', workflow);
+    // Where all are slashes, none is found behind them.
+    const std::size_t slash = label.find('/', label.find_first_not_of('/'));
     if (slash == std::string_view::npos)
         return {};
     const std::string_view job = label.substr(slash + 1);
