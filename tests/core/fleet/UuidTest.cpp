@@ -42,6 +42,20 @@ TEST(Uuid, AllIsRandomButTheVersionAndTheVariant) {
     }
 }
 
+// Its parts are drawn one after the other: copies would look as random, and be guessed sooner.
+TEST(Uuid, NoPartIsACopyOfAnother) {
+    std::size_t mostDiffering = 0;
+    for (int count = 0; count < 1000; ++count) {
+        std::string digits = makeUuid();
+        std::erase(digits, '-');
+        std::set<std::string> ends;
+        for (std::size_t part = 0; part < 4; ++part)
+            ends.insert(digits.substr(8 * part + 5, 3));
+        mostDiffering = std::max(mostDiffering, ends.size());
+    }
+    EXPECT_EQ(mostDiffering, 4U);
+}
+
 TEST(Uuid, IsNeverTheSame) {
     std::set<std::string> seen;
     for (int count = 0; count < 1000; ++count)
