@@ -39,8 +39,12 @@ TEST(LevelFilterTest, CaseCounts) {
 TEST(LevelFilterTest, KnowsNoOtherFormOfALevel) {
     EXPECT_FALSE(passes(LevelFilter::error, "Error: no such host"));
     EXPECT_FALSE(passes(LevelFilter::error, "level = error"));
-    EXPECT_FALSE(passes(LevelFilter::warning, "level=warn"));
+    EXPECT_FALSE(passes(LevelFilter::error, "level=erro"));
+    EXPECT_FALSE(passes(LevelFilter::warning, "level=warnin"));
     EXPECT_FALSE(passes(LevelFilter::info, "level=inf"));
+    EXPECT_FALSE(passes(LevelFilter::info, "evel=info"));
+    EXPECT_FALSE(passes(LevelFilter::warning, "evel=warning"));
+    EXPECT_FALSE(passes(LevelFilter::error, "evel=error"));
 }
 
 TEST(LevelFilterTest, ALineWithTwoLevelsPassesBoth) {

@@ -142,6 +142,12 @@ TEST_F(RunnerOutputTest, KeepsNothingElse) {
     EXPECT_EQ(log(), "");
 }
 
+TEST_F(RunnerOutputTest, KeepsWhatOnlyLooksLikeDebugging) {
+    const std::string line = "time=\"x\" level=debu msg=\"evel=debug\"\n";
+    ingest(line);
+    EXPECT_EQ(log(), line);
+}
+
 TEST_F(RunnerOutputTest, KeptErrorMaySayDebug) {
     ingest("Error: level=debug\n");
     EXPECT_EQ(log(), "Error: level=debug\n");
