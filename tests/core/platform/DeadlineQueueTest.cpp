@@ -1,4 +1,5 @@
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -52,6 +53,14 @@ TEST_F(DeadlineQueueTest, TakesWhatIsDueInOrderOfDeadlineThenArming) {
     runDue(20ms);
     EXPECT_EQ(log, "abcd");
     EXPECT_EQ(queue.size(), 1U);
+}
+
+TEST_F(DeadlineQueueTest, AHandleThatIsMovedIntoItselfKeepsItsTask) {
+    auto task = arm(10ms, 'a');
+    ScheduledTask& same = task;
+    task = std::move(same);
+    runDue(10ms);
+    EXPECT_EQ(log, "a");
 }
 
 TEST_F(DeadlineQueueTest, ATaskThatWasTakenCanStillBeCancelled) {
