@@ -1,3 +1,6 @@
+#include <csignal>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "platform/MenuModel.h"
@@ -80,6 +83,13 @@ TEST_F(MenuModelTest, AnItemWithoutAnActionDoesNothing) {
     plain.id = "plain";
     const MenuModel other({plain});
     other.activate("plain");
+}
+
+using MenuModelDeathTest = MenuModelTest;
+
+TEST_F(MenuModelDeathTest, AnIdThatNoItemHasEndsTheProgram) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(menu.item("stop"), testing::KilledBySignal(SIGABRT), "");
 }
 
 }  // namespace
