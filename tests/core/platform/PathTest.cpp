@@ -15,6 +15,7 @@ TEST(AppendPathComponent, PutsOneSeparatorBetweenTheParts) {
 TEST(AppendPathComponent, LeavesNoDoubledOrTrailingSeparators) {
     EXPECT_EQ(appendPathComponent("/a//b/", "runners/"), "/a/b/runners");
     EXPECT_EQ(appendPathComponent("/a", ""), "/a");
+    EXPECT_EQ(appendPathComponent("a", ""), "a");
     EXPECT_EQ(appendPathComponent("/", ""), "/");
 }
 
