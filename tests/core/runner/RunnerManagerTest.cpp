@@ -125,7 +125,8 @@ constexpr char fixedPath[] =
     "PATH=/home/ada/.cargo/bin:/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin";
 
 TEST_F(RunnerManagerTest, ReplacesOnlyPathInTheEnvironment) {
-    world.host.variables = {"LANG=C", "PATH=/elsewhere", "PATHOLOGY=x", "PATH=/twice", "A=b"};
+    world.host.variables = {"LANG=C",      "PATH=/elsewhere", "PATH=/twice",
+                            "PATHOLOGY=x", "PATH=/thrice",    "A=b"};
     startRunner();
     EXPECT_EQ(world.launcher.launches.front().environment,
               (std::vector<std::string>{"LANG=C", fixedPath, "PATHOLOGY=x", "A=b"}));
