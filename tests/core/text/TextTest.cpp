@@ -39,6 +39,21 @@ TEST(TextLastCharacters, AreBoundedHoweverManyMarksTheyHave) {
     EXPECT_TRUE(isWellFormedUtf8(tail));
 }
 
+TEST(TextLastCharacters, BeginWithAWholeCharacterWhereverTheBoundIs) {
+    constexpr std::size_t longest = std::size_t{256} * 1024;
+    const std::string mark = "\xF0\x9D\x85\xA5";  // a note's stem
+    for (std::size_t behind = 0; behind < mark.size(); ++behind) {
+        std::string text = "e";
+        while (text.size() < longest + mark.size())
+            text += mark;
+        text.append(behind, 'x');
+        const std::string_view tail = Text::lastCharacters(text, longest);
+        EXPECT_EQ(tail.substr(0, mark.size()), mark) << behind;
+        EXPECT_LE(tail.size(), longest) << behind;
+        EXPECT_GT(tail.size(), longest - mark.size()) << behind;
+    }
+}
+
 TEST(TextCompleteLength, LeavesOutACharacterThatHasOnlyBegun) {
     EXPECT_EQ(Text::completeLength(""), 0U);
     EXPECT_EQ(Text::completeLength("abc"), 3U);
