@@ -33,6 +33,7 @@ TEST(Utf8Test, TextPassesUnchanged) {
                                    "plain ascii, longer than a word",
                                    "\x01\x7F",
                                    "\xC2\x80",
+                                   "\xC2\x80\x7F",
                                    "\xDF\xBF",
                                    "\xE0\xA0\x80",
                                    "\xE0\xBF\xBF",
