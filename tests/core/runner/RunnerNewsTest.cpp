@@ -55,6 +55,10 @@ TEST(RunnerNews, JobIsToldOnceForAllItsLines) {
               (std::vector<RunnerNews>{job("a/b")}));
 }
 
+TEST(RunnerNews, LabelEndsWithItsFirstBracket) {
+    EXPECT_EQ(newsOf({"[a/b] list[0]", "[a/b] list"}), (std::vector<RunnerNews>{job("a/b")}));
+}
+
 TEST(RunnerNews, JobThatComesBackIsToldAgain) {
     EXPECT_EQ(newsOf({"[a/b]", "[c/d]", "[a/b]"}),
               (std::vector<RunnerNews>{job("a/b"), job("c/d"), job("a/b")}));
