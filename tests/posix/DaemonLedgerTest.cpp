@@ -15,9 +15,9 @@
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/HiddenChild.h"
 #include "posix/LedgerStage.h"
-#include "support/NoDescriptors.h"
 #include "support/MemoryChildLauncher.h"
 #include "support/MemoryFileSystem.h"
+#include "support/NoDescriptors.h"
 
 namespace valdorn {
 

@@ -14,8 +14,8 @@
 
 #include "platform/posix/RecordingChildLauncher.h"
 #include "posix/LedgerStage.h"
-#include "support/NoDescriptors.h"
 #include "support/MemoryFileSystem.h"
+#include "support/NoDescriptors.h"
 
 namespace valdorn {
 
