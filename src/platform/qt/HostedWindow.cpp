@@ -59,7 +59,8 @@ void endFormerFocus(const QWindow* window) {
 }
 
 // What a window has taken lies between what stays. The C library keeps the gaps, and what it puts into
-// them makes the next opening take more: months of looking would add up.
+// them makes the next opening take more: months of looking would add up. Once all that is hidden with
+// the window is gone.
 void giveMemoryBack() {
     malloc_trim(0);
 }
@@ -88,6 +89,7 @@ HostedWindow::HostedWindow(const WindowDescription& description, QWidget* view)
     closing->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     connect(closing, &QAction::triggered, this, &QWidget::close);
     addAction(closing);
+    connect(this, &HostedWindow::hidden, this, giveMemoryBack, Qt::QueuedConnection);
     resizeContent(described_);
     center();
 }
@@ -99,7 +101,7 @@ bool HostedWindow::event(QEvent* event) {
     if (event->type() == QEvent::LayoutRequest && !resizable_)
         resizeContent(described_);
     if (event->type() == QEvent::Hide)
-        QMetaObject::invokeMethod(this, giveMemoryBack, Qt::QueuedConnection);  // once all is gone
+        Q_EMIT hidden();
     return handled;
 }
 

@@ -29,6 +29,9 @@ public:
     // Puts a menu bar with the one menu above the content, which keeps its size, or takes it away.
     void setMenu(MenuModel* menu);
 
+Q_SIGNALS:
+    void hidden();
+
 protected:
     bool event(QEvent* event) override;
 
