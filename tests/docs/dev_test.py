@@ -104,9 +104,23 @@ class CommandTest(DevCase):
         self.assertTrue(ctest.startswith("ctest --preset dev"), ctest)
         self.assertTrue(ctest.endswith("--tests-regex ^e2e\\.faults\\.(.*)_test$|"
                                        "^posix\\.(RelaunchStorm)Test\\."), ctest)
-        self.dev("faults", "killed", "crowd")
+        for name in ("killed", "crowd"):
+            self.sandbox.write(f"tree/tests/e2e/faults/{name}_test.py", "")
+        self.dev("faults", "killed_test.py", "crowd")
         self.assertTrue(self.calls()[-2].endswith("(killed|crowd)_test$|^posix\\.(killed|crowd)"
                                                   "Test\\."), self.calls())
+
+    def test_a_wrong_word_is_told_before_anything_is_done_for_it(self):
+        self.sandbox.write("tree/bench/one.py", "")
+        self.sandbox.write("tree/tests/e2e/faults/one_test.py", "")
+        for words in (("bench", "nosuch"), ("bench", "one", "nosuch"), ("bench", "--short", "nosuch"),
+                      ("faults", "nosuch"), ("faults", "one", "nosuch"), ("fuzz", "0"),
+                      ("fuzz", "nosuch"), ("fuzz", "99999999999"), ("soak", "nosuch"),
+                      ("soak", "program", "nosuch"), ("soak", "program", "0"),
+                      ("soak", "simulation", "nosuch")):
+            with self.subTest(words):
+                self.assertIn(f'"{words[-1]}"', self.dev(*words, status=2))
+        self.assertNotIn("calls", self.sandbox.files())
 
     def test_an_unknown_word_is_no_command(self):
         self.assertIn('what is "tset"?', self.dev("tset", status=2))
@@ -197,7 +211,7 @@ echo "stat::average_exec_per_sec:     617"
         self.dev("fuzz", "5", "two")
         self.assertEqual(self.fuzzed(), [("two", "5")])
         self.assertIn('no target "three"', self.dev("fuzz", "5", "three", status=1))
-        self.assertIn("./dev fuzz: SECONDS first", self.dev("fuzz", "two", status=1))
+        self.assertIn('"two" is no number', self.dev("fuzz", "two", status=2))
 
     def test_fails_on_a_finding_and_shows_it(self):
         self.add_target("one", status=77)

@@ -1,7 +1,11 @@
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <ostream>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include <gtest/gtest.h>
 
@@ -21,9 +25,17 @@ namespace {
 // As many as the everyday test run has time for; `./dev soak` takes a million.
 constexpr std::uint64_t schedulesOfEach = 2500;
 
+// A word that is no number would play something, and look as if that had been asked for.
 std::uint64_t numberFrom(const char* variable, std::uint64_t otherwise) {
     const char* text = std::getenv(variable);
-    return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+    if (text == nullptr)
+        return otherwise;
+    const char* const end = text + std::strlen(text);
+    std::uint64_t number = 0;
+    const auto read = std::from_chars(text, end, number);
+    if (read.ec != std::errc() || read.ptr != end)
+        throw std::invalid_argument(std::string(variable) + " is no number");
+    return number;
 }
 
 class CampaignTest : public testing::TestWithParam<Campaign> {};

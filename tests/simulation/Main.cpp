@@ -48,5 +48,9 @@ int main(int argc, char** argv) {
         std::fputs(usage, stderr);
         return 2;
     }
-    return RUN_ALL_TESTS();
+    const int status = RUN_ALL_TESTS();
+    if (testing::UnitTest::GetInstance()->test_to_run_count() > 0)
+        return status;
+    std::fputs("There is no test of that name.\n", stderr);
+    return 2;
 }

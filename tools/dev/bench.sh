@@ -1,5 +1,13 @@
 # The benchmarks, in full or in short form. Sourced by ./dev.
 
+# expect_benchmarks [--short] [NAME...]: there is each that is named.
+expect_benchmarks() {
+    local name
+    for name in "${@#--short}"; do
+        [ -z "$name" ] || expect_file benchmark "$name" "bench/$(basename "$name" .py).py"
+    done
+}
+
 # run_benchmarks PRESET [--short] [NAME...]: all when none is named. Goes on after one that fails.
 run_benchmarks() {
     local preset=$1 short=() name status=0
@@ -11,12 +19,6 @@ run_benchmarks() {
     if [ $# -eq 0 ]; then
         set -- bench/*.py
     fi
-    for name in "$@"; do
-        if [ ! -f "bench/$(basename "$name" .py).py" ]; then
-            echo "./dev: there is no benchmark \"$name\"" >&2
-            return 2
-        fi
-    done
     build "$preset" benchmarks || return
     for name in "$@"; do
         name=$(basename "$name" .py)

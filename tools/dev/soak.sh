@@ -17,6 +17,18 @@ soak_program() {
         --timeout $((seconds + 600)) --verbose
 }
 
+# expect_soak: the same words as soak.
+expect_soak() {
+    case "${1-}" in
+        "") ;;
+        simulation | program) expect_number "${@:2:1}" ;;  # any seed will do
+        *)
+            echo "./dev: there is no soak \"$1\"" >&2
+            exit 2
+            ;;
+    esac
+}
+
 # soak [simulation [COUNT [SEED]] | program [SECONDS]]: both when none is named.
 soak() {
     case "${1-}" in
@@ -25,9 +37,5 @@ soak() {
             ;;
         simulation) soak_simulation "${@:2}" ;;
         program) soak_program "${@:2}" ;;
-        *)
-            echo "./dev: there is no soak \"$1\"" >&2
-            return 2
-            ;;
     esac
 }
