@@ -63,7 +63,7 @@ TEST_F(BirthNoteTest, SaysNothingForSureOfAnotherBoot) {
 
 TEST_F(BirthNoteTest, CanTellWithoutDescriptors) {
     if (!canDoWithoutDescriptors)
-        GTEST_SKIP();
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
     const std::string boot = bootId();
     const std::string mine = noteOf(getpid());
     const std::string others = withOtherBirth(mine, getpid());

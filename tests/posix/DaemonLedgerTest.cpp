@@ -340,7 +340,7 @@ TEST_F(DaemonLedgerTest, RecordingLauncherNotesNeitherFailuresNorRuns) {
 
 TEST_F(DaemonLedgerTest, APoliteQuitLeavesWrittenDownWhatItCouldNotAsk) {
     if (!canDoWithoutDescriptors)
-        GTEST_SKIP();
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
     MemoryFileSystem memory;
     DaemonLedger ledger(memory, "/ledger");
     ledger.note(startHanging().id());

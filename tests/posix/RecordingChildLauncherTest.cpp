@@ -149,7 +149,7 @@ class UnseenDaemonTest : public RecordingChildLauncherTest {
 protected:
     void SetUp() override {
         if (!canDoWithoutDescriptors)
-            GTEST_SKIP();
+            GTEST_SKIP() << whyDescriptorsAreNeeded;
     }
 };
 
@@ -222,7 +222,7 @@ TEST_F(RecordingChildLauncherTest, AQuitDuringALaunchTakesNoNoteAway) {
 
 TEST_F(RecordingChildLauncherTest, AQuitKeepsTheNoteOfADaemonThatItCanNeitherAskNorWriteDown) {
     if (!canDoWithoutDescriptors)
-        GTEST_SKIP();
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
     launchUnwritten(startHanging());
     {
         const NoDescriptors none;

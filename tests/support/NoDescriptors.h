@@ -24,5 +24,7 @@ private:
 
 // A sanitizer looks at objects through a pipe of its own.
 constexpr bool canDoWithoutDescriptors = std::string_view(VALDORN_SANITIZE).empty();
+constexpr char whyDescriptorsAreNeeded[] =
+    "A sanitizer looks at objects through a pipe of its own.";
 
 }  // namespace valdorn
