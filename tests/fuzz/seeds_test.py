@@ -9,7 +9,8 @@ CORPUS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "corpus")
 
 # What once showed a mistake: nobody writes these anew.
 FOUND = {"desktop_entry": {"blank_at_the_end", "carriage_return_at_the_end",
-                           "carriage_return_at_the_end_without_group"}}
+                           "carriage_return_at_the_end_without_group"},
+         "user_defaults": {"what_is_set_last"}}
 
 
 def content(target, name):

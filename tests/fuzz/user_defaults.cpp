@@ -65,13 +65,16 @@ QByteArray bytesOf(const std::string& path) {
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Whether the file is left alone, whatever is set.
+// Whether the file is left alone, whatever is set. The last that is set may be what stood there before
+// the first: each counts.
 bool isOverlooked(const std::string& path) {
     const QByteArray before = bytesOf(path);
-    // One of them is not what stands there.
-    for (const std::string probe : {"probe", "another"})
+    bool isLeftAlone = true;
+    for (const std::string probe : {"probe", "another"}) {
         Settings(path).defaults.setString(Config::extraPathKey, probe);
-    return bytesOf(path) == before;
+        isLeftAlone = isLeftAlone && bytesOf(path) == before;
+    }
+    return isLeftAlone;
 }
 
 // Whether the value is of a type that Qt has in plain text.
