@@ -6,9 +6,15 @@
 #include <QScreen>
 #include <QTest>
 #include <QWindow>
+#include <cstdint>
+#include <fstream>
 #include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "contracts/WindowHostContract.h"
 #include "platform/MenuModel.h"
@@ -251,6 +257,36 @@ TEST_F(QtWindowHostTest, AChangeOfFocusIsToldAsOftenAsBeforeTheWindowWasClosed) 
         ASSERT_TRUE(runUntil([] { return window("logWindow")->isActiveWindow(); }));
     }
     EXPECT_EQ(timesFocusIsTold(), told);
+}
+
+std::uint64_t residentBytes() {
+    std::uint64_t size = 0;
+    std::uint64_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Takes memory, and leaves nearly all of it again: the last block holds the heap where it is.
+std::vector<char> leaveGapOf(std::size_t bytes) {
+    constexpr std::size_t blockBytes = 16384;  // too small for a mapping of its own
+    std::vector<std::vector<char>> blocks;
+    for (std::size_t taken = 0; taken < bytes; taken += blockBytes)
+        blocks.emplace_back(blockBytes);
+    return std::move(blocks.back());
+}
+
+TEST_F(QtWindowHostTest, AClosedWindowGivesGapsInMemoryBack) {
+    if (!std::string_view(VALDORN_SANITIZE).empty())
+        GTEST_SKIP() << "a sanitizer has a memory of its own, and keeps what is left for a while";
+    constexpr std::uint64_t bytes = std::uint64_t{32} << 20;
+    host.show(log);
+    runReadyEvents();
+    const std::vector<char> last = leaveGapOf(bytes);
+    const std::uint64_t before = residentBytes();
+    ASSERT_GT(before, bytes);
+    host.close(WindowKind::log);
+    runReadyEvents();
+    EXPECT_LT(residentBytes(), before - bytes / 2);
 }
 
 // As when the desktop says late that a window has the focus, and it has been closed meanwhile.
