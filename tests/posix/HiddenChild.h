@@ -48,13 +48,14 @@ private:
     const pid_t id_;
 };
 
-// Until the end of the scope this thread may not look at the processes of others, though it is root's.
+// Until the end of the scope this thread may neither look at the processes of others nor send them
+// signals, though it is root's.
 class WithoutPower {
 public:
     WithoutPower() {
         EXPECT_EQ(syscall(SYS_capget, &header_, before_), 0);
         __user_cap_data_struct fewer[2] = {before_[0], before_[1]};
-        fewer[0].effective &= ~(1U << CAP_SYS_PTRACE);
+        fewer[0].effective &= ~(1U << CAP_SYS_PTRACE | 1U << CAP_KILL);
         EXPECT_EQ(syscall(SYS_capset, &header_, fewer), 0);
     }
     WithoutPower(const WithoutPower&) = delete;
