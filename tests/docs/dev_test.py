@@ -114,6 +114,7 @@ class CommandTest(DevCase):
         self.sandbox.write("tree/bench/one.py", "")
         self.sandbox.write("tree/tests/e2e/faults/one_test.py", "")
         for words in (("bench", "nosuch"), ("bench", "one", "nosuch"), ("bench", "--short", "nosuch"),
+                      ("bench", "one", "--short"),
                       ("faults", "nosuch"), ("faults", "one", "nosuch"), ("fuzz", "0"),
                       ("fuzz", "nosuch"), ("fuzz", "99999999999"), ("soak", "nosuch"),
                       ("soak", "program", "nosuch"), ("soak", "program", "0"),

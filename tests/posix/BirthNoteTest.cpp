@@ -44,6 +44,7 @@ TEST_F(BirthNoteTest, IsNotOverWhenTheProcessHasTakenAnotherUsersRights) {
     if (geteuid() != 0)
         return leaveOut("only root becomes another user");
     const HiddenChild child;
+    const WithoutPower powerless;
     ASSERT_NE(birthOf(child.id())->owner, geteuid());
     EXPECT_FALSE(isOver(noteOf(child.id())));
     EXPECT_TRUE(isOver(withOtherBirth(noteOf(child.id()), child.id())));

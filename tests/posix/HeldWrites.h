@@ -6,6 +6,7 @@
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -16,7 +17,8 @@
 namespace valdorn {
 
 // Holds every write() of a thread, and of the children and threads that it begins, until another
-// thread lets it go on. For the rest of their lives: once nobody answers any more, their writes fail.
+// thread lets it go on. For the rest of their lives, which is how long they are answered: without an
+// answer their writes would fail, and a sanitizer's own with them, which ends the process with 0.
 namespace HeldWrites {
 
 // On the thread to be held. Gives what the other one needs; nothing where the kernel refuses.
@@ -33,19 +35,17 @@ inline Descriptor hold() {
         syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program)));
 }
 
-// On the held thread: its last write, after which letGoOn() returns.
-inline void end() {
-    syscall(SYS_write, -1, nullptr, 0);
-}
-
-// On the other one: `before` is called before each write, with its length.
-inline void letGoOn(Descriptor held, const std::function<void(std::size_t)>& before) {
+// On the other one, until all of them have ended: `before` is called before each write, with its
+// length.
+inline void letGoOn(const Descriptor& held, const std::function<void(std::size_t)>& before) {
     for (;;) {
+        pollfd next{held.number(), POLLIN, 0};
+        poll(&next, 1, -1);
+        if ((next.revents & POLLIN) == 0 && (next.revents & POLLHUP) != 0)
+            return;
         seccomp_notif write{};
         if (ioctl(held.number(), SECCOMP_IOCTL_NOTIF_RECV, &write) != 0)
             continue;  // interrupted, or the writer has been killed
-        if (static_cast<int>(write.data.args[0]) == -1)
-            return;
         before(write.data.args[2]);
         seccomp_notif_resp answer{};
         answer.id = write.id;

@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include "platform/posix/InstanceLock.h"
 #include "posix/PosixStage.h"
 #include "support/ChildRecorder.h"
+#include "support/NoDescriptors.h"
 #include "support/TemporaryFolder.h"
 
 namespace valdorn {
@@ -109,6 +111,19 @@ TEST_F(InstanceLockTest, SaysReadablyWhenItCannotLock) {
     EXPECT_EQ(lock.error().kind, LockRefusal::Kind::failed);
     EXPECT_EQ(lock.error().description,
               "The lock file " + path() + " cannot be used: Is a directory");
+    EXPECT_FALSE(lock.error().isShortage);
+}
+
+TEST_F(InstanceLockTest, TellsThatTheNextTryMaySucceed) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
+    std::optional<NoDescriptors> none(std::in_place);
+    const auto lock = InstanceLock::acquire(path());
+    none.reset();
+    ASSERT_FALSE(lock.ok());
+    EXPECT_EQ(lock.error().kind, LockRefusal::Kind::failed);
+    EXPECT_TRUE(lock.error().isShortage);
+    EXPECT_TRUE(InstanceLock::acquire(path()).ok());
 }
 
 TEST_F(InstanceLockTest, DoesNotWaitForANamedPipeOrFollowALink) {

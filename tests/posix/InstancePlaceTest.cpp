@@ -1,6 +1,8 @@
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -8,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/posix/InstancePlace.h"
+#include "support/NoDescriptors.h"
 #include "support/Skipping.h"
 #include "support/TemporaryFolder.h"
 
@@ -85,6 +88,19 @@ TEST_F(InstancePlaceTest, ClosesAFolderThatWasOpenToOthers) {
 TEST_F(InstancePlaceTest, SaysReadablyWhenNoFolderCanBeHad) {
     std::ofstream(home + "/.local") << "a file in the way";
     EXPECT_EQ(folderFor({}), "No private folder can be had at " + inState() + ": Not a directory");
+}
+
+TEST_F(InstancePlaceTest, IsNotElsewhereForAMomentsShortage) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
+    const std::vector<std::string> environment{"XDG_RUNTIME_DIR=" + runtime};
+    std::optional<NoDescriptors> none(std::in_place);
+    const auto place = InstancePlace::forHome(environment, home);
+    none.reset();
+    ASSERT_FALSE(place.ok());
+    EXPECT_TRUE(place.error().isShortage);
+    EXPECT_FALSE(std::filesystem::exists(home + "/.local"));
+    EXPECT_EQ(folderFor(environment), runtime + "/valdorn");
 }
 
 TEST_F(InstancePlaceTest, NamesItsFilesByTheHomeFolder) {

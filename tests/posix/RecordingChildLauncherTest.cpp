@@ -70,7 +70,7 @@ protected:
 
     void launch(const ChildProcess& child) {
         launch([&] {
-            isBorn(child);
+            writeBirthOf(child);
             return child.id();
         });
     }
@@ -85,7 +85,7 @@ protected:
     void launchUnseen(const ChildProcess& child) {
         std::optional<NoDescriptors> none;
         launch([&] {
-            isBorn(child);
+            writeBirthOf(child);
             none.emplace();
             return child.id();
         });
@@ -96,7 +96,7 @@ protected:
         launch([] { return std::nullopt; });
     }
 
-    void isBorn(const ChildProcess& child) {
+    void writeBirthOf(const ChildProcess& child) {
         ASSERT_FALSE(memory.replaceContent("/ledger.birth", noteOf(child.id())));
     }
 
@@ -199,7 +199,7 @@ TEST_F(RecordingChildLauncherTest, ADaemonThatEndsDuringALaunchTakesNoNoteAway) 
     launch([&] {
         end(0);
         EXPECT_TRUE(isNoteThere());
-        isBorn(second);
+        writeBirthOf(second);
         tellEnd(0);
         return second.id();
     });
@@ -211,7 +211,7 @@ TEST_F(RecordingChildLauncherTest, ADaemonThatEndsDuringALaunchTakesNoNoteAway) 
 TEST_F(RecordingChildLauncherTest, AQuitDuringALaunchTakesNoNoteAway) {
     ChildProcess& child = startHanging();
     launch([&] {
-        isBorn(child);
+        writeBirthOf(child);
         ledger.clear();
         ledger.endLeftovers(longEnough);
         EXPECT_TRUE(isNoteThere());
@@ -293,7 +293,7 @@ TEST_F(UnseenDaemonTest, IsNotAskedWhenTheNoteIsAnothers) {
     ChildProcess& child = startStopped();
     launchUnseen(child);
     ChildProcess& other = startStopped();
-    isBorn(other);
+    writeBirthOf(other);
     ledger.clear();
     EXPECT_FALSE(hasBeenAsked(child));
     EXPECT_FALSE(hasBeenAsked(other));

@@ -135,12 +135,11 @@ TEST_F(UnnotedDaemonTest, OutlivesAWriteToANamedPipeThatNobodyReadsAnyMore) {
         if (!isHeld)
             return;
         EXPECT_TRUE(noting.launch(childCommand("play", {"exit:7"}), recorder.handlers()).ok());
-        HeldWrites::end();
     });
-    Descriptor writes = held.get_future().get();
+    const Descriptor writes = held.get_future().get();
     const bool isHeld(writes);
     if (isHeld) {
-        HeldWrites::letGoOn(std::move(writes), [&](std::size_t lengthBytes) {
+        HeldWrites::letGoOn(writes, [&](std::size_t lengthBytes) {
             if (lengthBytes == newLedger()->birthNote().heading.size())
                 reader.reset();
         });

@@ -22,7 +22,6 @@ private:
     rlimit before_{};
 };
 
-// A sanitizer looks at objects through a pipe of its own.
 constexpr bool canDoWithoutDescriptors = std::string_view(VALDORN_SANITIZE).empty();
 constexpr char whyDescriptorsAreNeeded[] =
     "A sanitizer looks at objects through a pipe of its own.";

@@ -89,6 +89,17 @@ TEST(ExchangesUnderWayTest, CutsWhatTheOldestHasLeftWhileOthersAreUnderWay) {
     EXPECT_TRUE(youngers.isCut());
 }
 
+// Such as that of a remote display, which speaks unasked.
+TEST(ExchangesUnderWayTest, CutsNothingThatWasThereBeforeIt) {
+    const Connection before;
+    ExchangesUnderWay exchanges;
+    const auto older = exchanges.begin();
+    exchanges.begin();
+    before.hear();
+    exchanges.end(older, End::abandoned);
+    EXPECT_FALSE(before.isCut());
+}
+
 // What floods in may have stood still for the moment between.
 TEST(ExchangesUnderWayTest, CutsAlsoWhatWasReceivedBeforeTheYoungerBeganAndIsStillUnread) {
     ExchangesUnderWay exchanges;

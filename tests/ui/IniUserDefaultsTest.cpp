@@ -59,7 +59,7 @@ protected:
     }
 
     const QTemporaryDir folder_;
-    mutable PosixFileSystem files_;
+    PosixFileSystem files_;
 };
 
 TEST_F(IniUserDefaultsTest, MissingFileHoldsNothingAndIsNotMade) {
@@ -225,7 +225,7 @@ protected:
         setInMemoryOnly(defaults_.emplace(files_, path()));
     }
 
-    std::optional<std::string> labelsOnDisk() const {
+    std::optional<std::string> labelsOnDisk() {
         return IniUserDefaults(files_, path()).string("labels");
     }
 

@@ -1,4 +1,5 @@
 #include <QByteArray>
+#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QVariant>

@@ -3,8 +3,9 @@
 # expect_benchmarks [--short] [NAME...]: there is each that is named.
 expect_benchmarks() {
     local name
-    for name in "${@#--short}"; do
-        [ -z "$name" ] || expect_file benchmark "$name" "bench/$(basename "$name" .py).py"
+    [ "${1-}" != --short ] || shift
+    for name in "$@"; do
+        expect_file benchmark "$name" "bench/$(basename "$name" .py).py"
     done
 }
 

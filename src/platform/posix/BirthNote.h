@@ -19,8 +19,9 @@ struct BirthNote {
     static BirthNote at(std::string path, const std::string& boot);
 };
 
-// Pure; any thread. Id, time of birth and owner of the process that has written the text in `boot`,
-// whether it lives or not. Nothing when the text is cut short or of another boot.
+// Any thread. Id and time of birth of the process that has written the text in `boot`, whether it
+// lives or not; its owner is taken to be ours, as the text does not tell. Nothing when the text is of
+// another boot or ends before the time of birth; one that ends within it tells another time.
 std::optional<ProcessFacts> birthIn(const std::string& birthNote, const std::string& boot);
 
 // Any thread; reads /proc. The process that has written the text in `boot`, the present one. Nothing

@@ -219,7 +219,7 @@ void DaemonLedger::writeForGood() {
         forgetBirth();
 }
 
-// By a daemon that may run and is not in the ledger.
+// Whether the note of a birth tells of a daemon that may run and is not in the ledger.
 bool DaemonLedger::isBirthNeeded(bool isWritten) const {
     std::vector<pid_t> missing;
     for (const auto& [entry, daemon] : noted_) {

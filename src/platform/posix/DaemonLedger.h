@@ -39,9 +39,9 @@ public:
     BirthNote birthNote() const { return BirthNote::at(birthPath_, boot_); }
 
     // A launch begins. Its child may write down its birth at any moment until note() or noteNobody()
-    // tells what has come of it: meanwhile nobody takes that note away. As it replaces that of a
-    // child that could not be looked at, another look is taken at that one. Blocks for a small write
-    // at the most.
+    // tells what has come of it: meanwhile nobody takes that note away. It replaces the note of the
+    // child before, which may be all that is known of one that could not be looked at: another look
+    // is taken at that one first. Blocks for a small write at the most.
     void expectBirth();
 
     // Notes a child that has just been launched: its executable is the one that the kernel runs.
@@ -91,10 +91,10 @@ private:
 
     // mutex_ is held.
     bool write();         // false when it could not be written
-    void writeForGood();  // needs no note of a birth besides, where that can be
+    void writeForGood();  // and takes the note of a birth away, unless that is still needed
     bool lookAgain();     // true when that has told something
-    bool isBirthNeeded(bool isWritten) const;
-    void forgetBirth();
+    bool isBirthNeeded(bool isWritten) const;  // `isWritten`: what write() has just answered
+    void forgetBirth();                        // not during a launch
     void forgetEndedBirth();
 
     FileSystem& files_;

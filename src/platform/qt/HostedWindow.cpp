@@ -59,7 +59,7 @@ void endFormerFocus(const QWindow* window) {
 }
 
 // What a window has taken lies between what stays, and the C library would keep the gaps: some 800 KiB
-// after a look at each window. Once all that is hidden with the window is gone.
+// after a look at each window.
 void giveMemoryBack() {
     malloc_trim(0);
 }
@@ -88,6 +88,7 @@ HostedWindow::HostedWindow(const WindowDescription& description, QWidget* view)
     closing->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     connect(closing, &QAction::triggered, this, &QWidget::close);
     addAction(closing);
+    // Not before all that goes with the window is gone.
     connect(this, &HostedWindow::hidden, this, giveMemoryBack, Qt::QueuedConnection);
     resizeContent(described_);
     center();

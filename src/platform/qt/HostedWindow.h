@@ -30,6 +30,7 @@ public:
     void setMenu(MenuModel* menu);
 
 Q_SIGNALS:
+    // Each time it is taken off the screen, by whomever; some of what it took may still be there.
     void hidden();
 
 protected:

@@ -21,7 +21,7 @@ bool isFileOrNothing(const QString& path) {
     return !file.exists() || file.isFile();
 }
 
-// Far more than the settings take. What Qt makes of the file, and of its own types in it, is bounded.
+// Far more than the settings take, and a bound for what Qt makes of the file.
 constexpr qint64 maxFileBytes = qint64{64} * 1024;
 
 // Whether QSettings may look at what stands there, which it does for each write as well.

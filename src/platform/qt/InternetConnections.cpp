@@ -75,8 +75,9 @@ void cutIf(const std::function<bool(int descriptor, ino_t socket)>& isMeant, int
     if (!socketAt(descriptor))
         return;
     const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
-    // Closed meanwhile, which is as good; or no descriptor is free. It is then read on, but nobody
-    // waits for it: the next exchange, which Qt cannot serve, ends in a cut as well, or the client.
+    // Closed meanwhile, which is as good; or no descriptor is free. Then it is read on, but nobody
+    // waits for it, and the next exchange, which Qt cannot serve meanwhile, ends in a cut as well; at
+    // the latest the client does.
     if (own < 0)
         return;
     const auto socket = socketAt(own);

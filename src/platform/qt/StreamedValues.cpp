@@ -7,6 +7,7 @@ namespace valdorn {
 
 namespace {
 
+// Of a number of any base up to 16; 16 for what is no digit.
 int digitOf(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -45,7 +46,7 @@ private:
     bool isAtEnd() const { return at_ == ini_.size(); }
 
     void add(char16_t unit) {
-        constexpr qsizetype enough = 11;
+        constexpr qsizetype enough = 11;  // more than the longer one of the marks below has
         if (begin_.size() < enough)
             begin_ += QChar(unit);
     }

@@ -2,8 +2,8 @@
 """Stands in for act_runner where a test wants to pull the strings itself.
 
 In its working folder, below `puppet/`, it leaves what it was given (PID.json) and the signals it
-has got (PID.signals, a name and a time a line), and prints what is written to PID.says. The file `first` holds
-what it says first; with a file `stubborn` there, SIGTERM does not end it.
+has got (PID.signals, a name and a time a line), and prints what is written to PID.says. The file
+`first` holds what it says first; with a file `stubborn` there, SIGTERM does not end it.
 """
 
 import json
@@ -24,7 +24,7 @@ def link(path):
 
 
 def now():
-    """In seconds, by a clock that nobody sets; no test shifts it."""
+    """In seconds, by a clock that nobody sets and no test shifts; the same as in puppet.py."""
     return time.clock_gettime(time.CLOCK_MONOTONIC_RAW)
 
 
