@@ -2,13 +2,11 @@
 
 #include <QApplication>
 #include <QPixmapCache>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "app/CommandLine.h"
@@ -16,6 +14,7 @@
 #include "platform/posix/InstanceLock.h"
 #include "platform/posix/InstancePlace.h"
 #include "platform/posix/ProcessSignals.h"
+#include "platform/posix/Shortage.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/qt/TemporaryVariable.h"
 #include "program/Application.h"
@@ -33,20 +32,6 @@ namespace {
 // falls out Qt (6.4) keeps the name for ever, also when the cache is cleared. What does not fit in
 // is not remembered at all.
 constexpr int pictureCacheKilobytes = 0;
-
-// Tries again for a second while the kernel is short of something: a start that a moment's shortage
-// kept from the lock would run a second fleet beside the first.
-template <typename Attempt>
-auto tryPastShortage(const Attempt& attempt) {
-    constexpr int tries = 20;
-    constexpr std::chrono::milliseconds pause{50};
-    auto outcome = attempt();
-    for (int again = 1; again < tries && !outcome && outcome.error().isShortage; ++again) {
-        std::this_thread::sleep_for(pause);
-        outcome = attempt();
-    }
-    return outcome;
-}
 
 // Where the instance keeps its lock and ledger; on failure the reason is on standard error.
 std::optional<InstancePlace> findPlace(const HostInfo& host) {
@@ -105,6 +90,7 @@ int run(int argc, char** argv) {
     const auto place = findPlace(ground.host);
     if (!place)
         return runApplication(ground, std::nullopt, argv[0]);
+    // A start that a moment's shortage kept from the lock would run a second fleet beside the first.
     SecondStart::Lock lock =
         tryPastShortage([&place] { return InstanceLock::acquire(place->lockPath()); });
     if (SecondStart::isHeldByAnother(lock) &&

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include "platform/qt/InstanceBus.h"
 #include "platform/qt/StartupNotification.h"
@@ -47,7 +48,10 @@ bool activateRunningInstance(const Ground& ground, const InstancePlace& place, L
     int argumentCount = 1;
     const QCoreApplication application(argumentCount, &programName);
     const auto tryToSucceed = [&place, &lock] {
-        lock = InstanceLock::acquire(place.lockPath());
+        auto attempt = InstanceLock::acquire(place.lockPath());
+        // Held as before, for all that a moment's shortage lets us know.
+        if (attempt || !attempt.error().isShortage)
+            lock = std::move(attempt);
         return !isHeldByAnother(lock);
     };
     const QDeadlineTimer end(patience);

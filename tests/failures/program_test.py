@@ -237,9 +237,10 @@ class ProgramTest(unittest.TestCase):
 
 
 class SecondStartTest(unittest.TestCase):
-    """On the way to its lock a call fails once, for want of something."""
+    """On the way to its lock a call fails once, for want of something; or while it is tried anew."""
 
-    PLACES = (("open", 1), ("open", 2), ("open", 3), ("mkdir", 1), ("fstat", 1), ("fstat", 2))
+    PLACES = (("open", 1), ("open", 2), ("open", 3), ("mkdir", 1), ("fstat", 1), ("fstat", 2),
+              ("open", 5), ("open", 15), ("fstat", 3))
 
     def setUp(self):
         self.first = Trial()

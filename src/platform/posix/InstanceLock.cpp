@@ -18,7 +18,7 @@ namespace {
 LockRefusal failure(const std::string& path, int errorNumber) {
     return {LockRefusal::Kind::failed,
             "The lock file " + path + " cannot be used: " + errorText(errorNumber),
-            isShortage(errorNumber) || errorNumber == ENOLCK};
+            isShortage(errorNumber)};
 }
 
 // 0, or why the file is of no use.
