@@ -21,6 +21,11 @@ TEST(RunnerLogEvent, RepositoryIsTheFirstWordAfterTheMarker) {
     EXPECT_EQ(RunnerLog::event(" repo is a/b repo is c/d").repository, "a/b");
 }
 
+TEST(RunnerLogEvent, IsAnotherOneByItsKindAndByItsRepository) {
+    EXPECT_NE((RunnerLogEvent{Kind::repository, "a"}), (RunnerLogEvent{Kind::repository, "b"}));
+    EXPECT_NE((RunnerLogEvent{Kind::declared, {}}), (RunnerLogEvent{Kind::jobStarted, {}}));
+}
+
 TEST(RunnerLogEvent, RepositoryNeedsABlankBeforeTheMarker) {
     EXPECT_EQ(RunnerLog::event("repo is acme"), RunnerLogEvent{});
 }
