@@ -12,6 +12,7 @@
 #include "platform/posix/InstanceLock.h"
 #include "posix/PosixStage.h"
 #include "support/ChildRecorder.h"
+#include "support/NoDescriptors.h"
 #include "support/TemporaryFolder.h"
 
 namespace valdorn {
@@ -109,6 +110,21 @@ TEST_F(InstanceLockTest, SaysReadablyWhenItCannotLock) {
     EXPECT_EQ(lock.error().kind, LockRefusal::Kind::failed);
     EXPECT_EQ(lock.error().description,
               "The lock file " + path() + " cannot be used: Is a directory");
+}
+
+TEST_F(InstanceLockTest, AShortageIsToldFromARefusalForGood) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
+    std::optional<Result<InstanceLock, LockRefusal>> lock;
+    {
+        const NoDescriptors none;
+        lock.emplace(InstanceLock::acquire(path()));
+    }
+    ASSERT_FALSE(lock->ok());
+    EXPECT_TRUE(lock->error().isShortage);
+
+    std::filesystem::create_directory(path());
+    EXPECT_FALSE(InstanceLock::acquire(path()).error().isShortage);
 }
 
 TEST_F(InstanceLockTest, DoesNotWaitForANamedPipeOrFollowALink) {

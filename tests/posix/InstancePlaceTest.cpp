@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include "platform/posix/InstancePlace.h"
+#include "support/NoDescriptors.h"
 #include "support/Skipping.h"
 #include "support/TemporaryFolder.h"
 
@@ -85,6 +87,24 @@ TEST_F(InstancePlaceTest, ClosesAFolderThatWasOpenToOthers) {
 TEST_F(InstancePlaceTest, SaysReadablyWhenNoFolderCanBeHad) {
     std::ofstream(home + "/.local") << "a file in the way";
     EXPECT_EQ(folderFor({}), "No private folder can be had at " + inState() + ": Not a directory");
+}
+
+TEST_F(InstancePlaceTest, AShortageIsToldFromARefusalForGood) {
+    if (!canDoWithoutDescriptors)
+        GTEST_SKIP() << whyDescriptorsAreNeeded;
+    std::optional<Result<InstancePlace, PlaceRefusal>> place;
+    for (const std::string& variable : {"XDG_RUNTIME_DIR=" + runtime, "XDG_STATE_HOME=" + home}) {
+        {
+            const NoDescriptors none;
+            place.emplace(InstancePlace::forHome({variable}, home));
+        }
+        ASSERT_FALSE(place->ok()) << variable;
+        EXPECT_TRUE(place->error().isShortage) << variable;
+    }
+    EXPECT_FALSE(std::filesystem::exists(inState())) << "where no other start would look";
+
+    std::ofstream(home + "/.local") << "a file in the way";
+    EXPECT_FALSE(InstancePlace::forHome({}, home).error().isShortage);
 }
 
 TEST_F(InstancePlaceTest, NamesItsFilesByTheHomeFolder) {
