@@ -79,6 +79,25 @@ TEST(RunnerLogEvent, EverythingElseIsUnrelated) {
     EXPECT_EQ(kindOf("fetch task"), Kind::unrelated);
 }
 
+TEST(RunnerLogEvent, EachTextCountsToItsLastCharacter) {
+    EXPECT_EQ(kindOf("task 7 repo isacme"), Kind::unrelated);
+    EXPECT_EQ(kindOf("Running job with maxParalle"), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worke finished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worker finished "), Kind::unrelated);
+    EXPECT_EQ(kindOf("declare successfull"), Kind::unrelated);
+    EXPECT_EQ(kindOf("no route to hos"), Kind::unrelated);
+    EXPECT_EQ(kindOf("permission denie"), Kind::unrelated);
+}
+
+TEST(RunnerLogEvent, EachTextCountsFromItsFirstCharacter) {
+    EXPECT_EQ(kindOf("unning job with maxParallel"), Kind::unrelated);
+    EXPECT_EQ(kindOf("orker finished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worker inished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("eclare successfully"), Kind::unrelated);
+    EXPECT_EQ(kindOf("o route to host"), Kind::unrelated);
+    EXPECT_EQ(kindOf("ermission denied"), Kind::unrelated);
+}
+
 TEST(RunnerLogEvent, CaseCounts) {
     EXPECT_EQ(kindOf("Declare successfully"), Kind::unrelated);
     EXPECT_EQ(kindOf("No route to host"), Kind::unrelated);
@@ -145,6 +164,11 @@ TEST(RunnerVersion, MissingOrEmptyGivesNone) {
     EXPECT_EQ(RunnerLog::version("x with version:1"), std::nullopt);
     EXPECT_EQ(RunnerLog::version("with version:  1.0"), std::nullopt);
     EXPECT_EQ(RunnerLog::version(""), std::nullopt);
+}
+
+TEST(RunnerVersion, ItsTextCountsAsAWhole) {
+    EXPECT_EQ(RunnerLog::version("ith version: 1.2"), std::nullopt);
+    EXPECT_EQ(RunnerLog::version("with version:1.2"), std::nullopt);
 }
 
 TEST(RunnerVersion, FirstMentionCounts) {
