@@ -2,7 +2,6 @@
 #include <fstream>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -90,17 +89,22 @@ TEST_F(InstancePlaceTest, SaysReadablyWhenNoFolderCanBeHad) {
     EXPECT_EQ(folderFor({}), "No private folder can be had at " + inState() + ": Not a directory");
 }
 
-TEST_F(InstancePlaceTest, IsNotElsewhereForAMomentsShortage) {
+TEST_F(InstancePlaceTest, AShortageIsToldFromARefusalForGood) {
     if (!canDoWithoutDescriptors)
         GTEST_SKIP() << whyDescriptorsAreNeeded;
-    const std::vector<std::string> environment{"XDG_RUNTIME_DIR=" + runtime};
-    std::optional<NoDescriptors> none(std::in_place);
-    const auto place = InstancePlace::forHome(environment, home);
-    none.reset();
-    ASSERT_FALSE(place.ok());
-    EXPECT_TRUE(place.error().isShortage);
-    EXPECT_FALSE(std::filesystem::exists(home + "/.local"));
-    EXPECT_EQ(folderFor(environment), runtime + "/valdorn");
+    std::optional<Result<InstancePlace, PlaceRefusal>> place;
+    for (const std::string& variable : {"XDG_RUNTIME_DIR=" + runtime, "XDG_STATE_HOME=" + home}) {
+        {
+            const NoDescriptors none;
+            place.emplace(InstancePlace::forHome({variable}, home));
+        }
+        ASSERT_FALSE(place->ok()) << variable;
+        EXPECT_TRUE(place->error().isShortage) << variable;
+    }
+    EXPECT_FALSE(std::filesystem::exists(inState())) << "where no other start would look";
+
+    std::ofstream(home + "/.local") << "a file in the way";
+    EXPECT_FALSE(InstancePlace::forHome({}, home).error().isShortage);
 }
 
 TEST_F(InstancePlaceTest, NamesItsFilesByTheHomeFolder) {

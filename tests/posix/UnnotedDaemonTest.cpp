@@ -199,6 +199,18 @@ TEST_F(UnnotedDaemonTest, KeepsItsNoteWhereALeftoverCouldNotBeWrittenDown) {
     EXPECT_TRUE(stubborn.isRunning());
 }
 
+TEST_F(UnnotedDaemonTest, KeepsItsNoteWhereNoneOfTheLeftoversCouldBeWrittenDown) {
+    newLedger()->note(startUnnoted("ignore_term").id());
+    ChildProcess& unnoted = startUnnoted("ignore_term");
+    const auto ledger = newLedger();
+    std::filesystem::remove(path());
+    std::filesystem::create_directory(path());
+    EXPECT_EQ(ledger->endLeftovers(1ms).asked, 2u);
+    std::filesystem::remove(path());
+    EXPECT_EQ(newLedger()->endLeftovers(1ms).asked, 1u);
+    EXPECT_TRUE(unnoted.isRunning());
+}
+
 }  // namespace
 
 }  // namespace valdorn

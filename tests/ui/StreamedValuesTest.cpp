@@ -1,6 +1,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QSettings>
+#include <QString>
 #include <QTemporaryDir>
 #include <QVariant>
 
@@ -62,6 +63,23 @@ TEST(StreamedValuesTest, IsFoundHoweverItIsWritten) {
         EXPECT_TRUE(holdsStreamedValue(begin + number));
     }
     EXPECT_TRUE(holdsStreamedValue("a=@DateTime(x)"));
+}
+
+// The text with an escape for each of its characters.
+QByteArray escaped(const QByteArray& text, const char* form) {
+    QByteArray all;
+    for (const char c : text)
+        all += QString::asprintf(form, static_cast<unsigned>(c)).toLatin1();
+    return all;
+}
+
+TEST(StreamedValuesTest, IsFoundWithAllOfItEscaped) {
+    for (const char* const form : {"\\x%x", "\\x%X", "\\%o"}) {
+        const QByteArray ini = "a=" + escaped("@Variant(", form) + number;
+        EXPECT_TRUE(isReadAsNumber(ini)) << form;
+        EXPECT_TRUE(holdsStreamedValue(ini)) << form;
+        EXPECT_TRUE(holdsStreamedValue("a=" + escaped("@DateTime(", form) + "x)")) << form;
+    }
 }
 
 TEST(StreamedValuesTest, IsNotFoundInATextThatOnlyLooksLikeIt) {

@@ -142,6 +142,16 @@ TEST_F(AppDelegateTest, ShowsNoOnboardingOnceARunnerHasConnected) {
 
 // The menu.
 
+TEST_F(AppDelegateTest, MenuKnowsItsItemsByTheirNames) {
+    launchWith(1);
+    std::vector<std::string> ids;
+    for (const MenuItem& one : item.menu->items())
+        ids.push_back(one.id);
+    EXPECT_EQ(ids, (std::vector<std::string>{"title", "statusLine", "buildLine", "", "startStop",
+                                             "restart", "", "openStatus", "showOnboarding",
+                                             "openSettings", "openLog", "", "quit"}));
+}
+
 TEST_F(AppDelegateTest, MenuHasItsItemsInOrder) {
     launchWith(1);
     struct Row {

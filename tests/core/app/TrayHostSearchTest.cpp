@@ -1,3 +1,4 @@
+#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -27,7 +28,12 @@ protected:
         queue,
         {[this] { return notifier_; }, [this] { return xembed_; }},
         {[this](TrayHost host) { log += host == TrayHost::notifier ? "notifier " : "xembed "; },
-         [this] { log += "missing "; }, [this] { log += "appeared "; }}};
+         [this] {
+             log += "missing ";
+             onMissing();
+         },
+         [this] { log += "appeared "; }}};
+    std::function<void()> onMissing = [] {};
 
     bool notifier_ = false;
     bool xembed_ = false;
@@ -99,12 +105,20 @@ TEST_F(TrayHostSearchTest, NotifierHostThatComesAfterAllAppearsAtOnce) {
     EXPECT_EQ(log, "missing notifier appeared ");
 }
 
+TEST_F(TrayHostSearchTest, NotifierHostThatComesWhileItsAbsenceIsToldAppears) {
+    onMissing = [this] { setNotifier(true); };
+    search.start();
+    queue.advance(1h);
+    EXPECT_EQ(log, "missing notifier appeared ");
+}
+
 TEST_F(TrayHostSearchTest, XembedTrayThatComesAfterAllAppearsWithinTwoSeconds) {
     search.start();
     queue.advance(10min);
     setXembed(true);
+    queue.advance(999ms);
     EXPECT_EQ(log, "missing ");
-    queue.advance(1s);
+    queue.advance(1ms);
     EXPECT_EQ(log, "missing xembed appeared ");
 }
 
@@ -125,6 +139,13 @@ TEST_F(TrayHostSearchTest, LateXembedTrayThatGoesAgainIsNotTaken) {
     setXembed(false);
     queue.advance(1h);
     EXPECT_EQ(log, "missing ");
+}
+
+TEST_F(TrayHostSearchTest, ChangeThatBringsNoTrayAfterAllWakesNobody) {
+    search.start();
+    queue.advance(10min);
+    setXembed(false);
+    EXPECT_EQ(queue.pending(), 0U);
 }
 
 TEST_F(TrayHostSearchTest, HostThatRestartsSoonIsNotMissed) {

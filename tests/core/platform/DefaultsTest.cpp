@@ -50,5 +50,28 @@ TEST(PlatformDefaults, AWindowHasNoRoomAndStaysSo) {
     EXPECT_FALSE(window.resizable);
 }
 
+// What tells two values apart: where a part did not count, other tests would compare less than they
+// seem to.
+
+TEST(PlatformValues, AnEndIsAnotherByItsKindAndItsNumber) {
+    const ChildExit exit{ChildExit::Kind::exited, 9};
+    EXPECT_NE(exit, (ChildExit{ChildExit::Kind::signalled, 9}));
+    EXPECT_NE(exit, (ChildExit{ChildExit::Kind::exited, 0}));
+}
+
+TEST(PlatformValues, ALaunchErrorIsAnotherByItsStepItsNumberAndItsSubject) {
+    const LaunchError error{LaunchError::Step::execute, 2, "/a"};
+    EXPECT_NE(error, (LaunchError{LaunchError::Step::prepare, 2, "/a"}));
+    EXPECT_NE(error, (LaunchError{LaunchError::Step::execute, 1, "/a"}));
+    EXPECT_NE(error, (LaunchError{LaunchError::Step::execute, 2, "/b"}));
+}
+
+TEST(PlatformValues, AnIconIsAnotherByItsSymbolItsColourAndItsDescription) {
+    const StatusIcon icon{"bird", SystemColor::red, "Valdorn"};
+    EXPECT_NE(icon, (StatusIcon{"bird.fill", SystemColor::red, "Valdorn"}));
+    EXPECT_NE(icon, (StatusIcon{"bird", SystemColor::green, "Valdorn"}));
+    EXPECT_NE(icon, (StatusIcon{"bird", SystemColor::red, "bird"}));
+}
+
 }  // namespace
 }  // namespace valdorn

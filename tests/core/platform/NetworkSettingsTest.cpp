@@ -32,6 +32,12 @@ Lines ownOf(const std::string& desktops) {
     return lines;
 }
 
+TEST(NetworkSettingsTest, CommandIsAnotherByItsProgramAndItsArguments) {
+    const NetworkSettings::Command command{"a", {"b"}};
+    EXPECT_NE(command, (NetworkSettings::Command{"c", {"b"}}));
+    EXPECT_NE(command, (NetworkSettings::Command{"a", {"c"}}));
+}
+
 TEST(NetworkSettingsTest, EachDesktopsOwnProgramComesFirst) {
     const Lines gnome{"gnome-control-center network"};
     for (const char* const desktop : {"GNOME", "GNOME-Classic", "GNOME-Flashback", "ubuntu", "pop"})

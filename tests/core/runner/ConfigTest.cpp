@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "runner/Config.h"
+#include "runner/RunnerConfig.h"
 #include "support/FixedBundleResources.h"
 #include "support/FixedHostInfo.h"
 #include "support/MemoryUserDefaults.h"
@@ -102,6 +103,28 @@ TEST(ConfigDefaults, FallbacksNeverOverrideTheUsersValues) {
     Config::registerDefaults(FixedHostInfo{}, defaults);
     EXPECT_EQ(defaults.string("labels"), "linux");
     EXPECT_EQ(defaults.string("runnerName"), "");
+}
+
+TEST(RunnerConfig, IsListedUnderItsNameOrAsRunner) {
+    RunnerConfig record;
+    EXPECT_EQ(displayName(record), "runner");
+    record.name = "ci";
+    EXPECT_EQ(displayName(record), "ci");
+}
+
+TEST(RunnerConfig, IsAnotherOneByEachOfItsFields) {
+    const RunnerConfig record{"1", "ci", "https://git.example", "linux", "/opt/bin", true};
+    EXPECT_EQ(record, RunnerConfig(record));
+    for (std::string RunnerConfig::*const text :
+         {&RunnerConfig::id, &RunnerConfig::name, &RunnerConfig::instanceURL, &RunnerConfig::labels,
+          &RunnerConfig::extraPath}) {
+        RunnerConfig other = record;
+        other.*text += " ";
+        EXPECT_NE(other, record) << other.*text;
+    }
+    RunnerConfig other = record;
+    other.legacy = false;
+    EXPECT_NE(other, record);
 }
 
 }  // namespace

@@ -36,6 +36,10 @@ TEST_F(RegistrationTest, MessageIsTheLastLine) {
     EXPECT_EQ(failWith({"one\ntwo"}), refused("two"));
 }
 
+TEST_F(RegistrationTest, RefusalIsAnotherByItsMessage) {
+    EXPECT_NE(refused("one"), refused("two"));
+}
+
 TEST_F(RegistrationTest, MessageIsTheLastLineThatHasText) {
     EXPECT_EQ(failWith({"one\ntwo\n\n\n\n"}), refused("two"));
     EXPECT_EQ(failWith({"one\n   \n"}), refused("   "));

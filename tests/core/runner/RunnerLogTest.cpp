@@ -21,6 +21,11 @@ TEST(RunnerLogEvent, RepositoryIsTheFirstWordAfterTheMarker) {
     EXPECT_EQ(RunnerLog::event(" repo is a/b repo is c/d").repository, "a/b");
 }
 
+TEST(RunnerLogEvent, IsAnotherOneByItsKindAndByItsRepository) {
+    EXPECT_NE((RunnerLogEvent{Kind::repository, "a"}), (RunnerLogEvent{Kind::repository, "b"}));
+    EXPECT_NE((RunnerLogEvent{Kind::declared, {}}), (RunnerLogEvent{Kind::jobStarted, {}}));
+}
+
 TEST(RunnerLogEvent, RepositoryNeedsABlankBeforeTheMarker) {
     EXPECT_EQ(RunnerLog::event("repo is acme"), RunnerLogEvent{});
 }
@@ -72,6 +77,25 @@ TEST(RunnerLogEvent, NetworkIsBlocked) {
 TEST(RunnerLogEvent, EverythingElseIsUnrelated) {
     EXPECT_EQ(kindOf(""), Kind::unrelated);
     EXPECT_EQ(kindOf("fetch task"), Kind::unrelated);
+}
+
+TEST(RunnerLogEvent, EachTextCountsToItsLastCharacter) {
+    EXPECT_EQ(kindOf("task 7 repo isacme"), Kind::unrelated);
+    EXPECT_EQ(kindOf("Running job with maxParalle"), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worke finished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worker finished "), Kind::unrelated);
+    EXPECT_EQ(kindOf("declare successfull"), Kind::unrelated);
+    EXPECT_EQ(kindOf("no route to hos"), Kind::unrelated);
+    EXPECT_EQ(kindOf("permission denie"), Kind::unrelated);
+}
+
+TEST(RunnerLogEvent, EachTextCountsFromItsFirstCharacter) {
+    EXPECT_EQ(kindOf("unning job with maxParallel"), Kind::unrelated);
+    EXPECT_EQ(kindOf("orker finished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("Worker inished ("), Kind::unrelated);
+    EXPECT_EQ(kindOf("eclare successfully"), Kind::unrelated);
+    EXPECT_EQ(kindOf("o route to host"), Kind::unrelated);
+    EXPECT_EQ(kindOf("ermission denied"), Kind::unrelated);
 }
 
 TEST(RunnerLogEvent, CaseCounts) {
@@ -140,6 +164,11 @@ TEST(RunnerVersion, MissingOrEmptyGivesNone) {
     EXPECT_EQ(RunnerLog::version("x with version:1"), std::nullopt);
     EXPECT_EQ(RunnerLog::version("with version:  1.0"), std::nullopt);
     EXPECT_EQ(RunnerLog::version(""), std::nullopt);
+}
+
+TEST(RunnerVersion, ItsTextCountsAsAWhole) {
+    EXPECT_EQ(RunnerLog::version("ith version: 1.2"), std::nullopt);
+    EXPECT_EQ(RunnerLog::version("with version:1.2"), std::nullopt);
 }
 
 TEST(RunnerVersion, FirstMentionCounts) {

@@ -398,6 +398,15 @@ TEST_F(RunnerManagerTest, OneLineCanSetVersionJobAndStatus) {
     EXPECT_EQ(runner->status(), RunnerStatus::building);
 }
 
+TEST_F(RunnerManagerTest, TakesTheVersionOfALineBeforeItsJob) {
+    startRunner();
+    std::vector<std::optional<std::string>> seen;
+    const Subscription changes =
+        runner->onWillChange([&] { seen.push_back(runner->runnerVersion()); });
+    prints("[CI/build] with version: v1\n");
+    EXPECT_EQ(seen, (std::vector<std::optional<std::string>>{std::nullopt, "v1"}));
+}
+
 TEST_F(RunnerManagerTest, DeclaredLineWithAVersionConnects) {
     startRunner();
     prints("runner: mac, with version: v1.0.8, with labels: [macos], declare successfully\n");

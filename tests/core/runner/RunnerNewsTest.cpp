@@ -126,6 +126,20 @@ TEST(LineHints, LookNeitherBeforeNorBehindTheLine) {
     }
 }
 
+TEST(LineHints, AreNotPiecedTogetherAcrossTheLinesEnds) {
+    for (const std::string hint : {"n d", "h v"}) {
+        for (std::size_t size = 0; size < 40; ++size) {
+            const std::string before = hint + std::string(size, 'x');
+            const std::string behind = std::string(size, 'x') + hint;
+            for (const std::size_t cut : {1U, 2U}) {
+                EXPECT_FALSE(LineHints::mayTell(std::string_view(before).substr(cut))) << size;
+                EXPECT_FALSE(LineHints::mayTell(std::string_view(behind).substr(0, size + cut)))
+                    << size;
+            }
+        }
+    }
+}
+
 class RandomLines {
 public:
     explicit RandomLines(unsigned seed) : random_(seed) {}
