@@ -101,6 +101,36 @@ void checkOverlooked(const std::string& path) {
         require(!value || value == "false", "a file that is left alone holds nothing");
 }
 
+// What Qt (6.4) drops at the beginning of a text, each time it reads the file.
+const std::string byteOrderMark = "\xEF\xBB\xBF";
+
+std::string withoutMarks(std::string text) {
+    for (auto at = text.find(byteOrderMark); at != std::string::npos;
+         at = text.find(byteOrderMark, at))
+        text.erase(at, byteOrderMark.size());
+    return text;
+}
+
+bool holdMark(const Values& values) {
+    return std::any_of(values.begin(), values.end(), [](const auto& entry) {
+        return entry.second.value_or("").find(byteOrderMark) != std::string::npos;
+    });
+}
+
+// After "another" has been set. `expected` is what the file said before.
+void checkSetting(const std::string& path, Values expected, const std::string& text) {
+    expected[Config::extraPathKey] = "another";
+    require(valuesIn(path) == expected, "a text is stored, and the other values stay");
+
+    Settings(path).defaults.setString(Config::labelsKey, text);
+    expected[Config::labelsKey] = text;
+    require(valuesIn(path) == expected, "a text comes back, and the other values stay");
+
+    Settings(path).defaults.setBoolean(Config::hasConnectedKey, true);
+    expected[Config::hasConnectedKey] = "true";
+    require(valuesIn(path) == expected, "a truth comes back, and the other values stay");
+}
+
 // Without what the format gives a meaning to, but with commas, which it takes for those of a list.
 std::string writtenByHand(const std::string& text) {
     std::string plain;
@@ -135,24 +165,16 @@ void checkHandWriting(const std::string& text, const std::string& stored) {
 
 void fuzzed(std::string_view input) {
     const std::vector<std::string> pieces = piecesOf(input);
-    const std::string text = plainText(pieceAt(pieces, 1));
+    const std::string text = withoutMarks(plainText(pieceAt(pieces, 1)));
     const std::string path = writtenFile(pieces.front());
-    Values expected = valuesIn(path);
-    require(valuesIn(path) == expected, "reading changes nothing");
+    const Values values = valuesIn(path);
+    require(valuesIn(path) == values, "reading changes nothing");
     if (isOverlooked(path)) {
         checkOverlooked(path);
     } else {
         require(holdsPlainValuesOnly(path), "what Qt streams is not read");
-        expected[Config::extraPathKey] = "another";
-        require(valuesIn(path) == expected, "a text is stored, and the other values stay");
-
-        Settings(path).defaults.setString(Config::labelsKey, text);
-        expected[Config::labelsKey] = text;
-        require(valuesIn(path) == expected, "a text comes back, and the other values stay");
-
-        Settings(path).defaults.setBoolean(Config::hasConnectedKey, true);
-        expected[Config::hasConnectedKey] = "true";
-        require(valuesIn(path) == expected, "a truth comes back, and the other values stay");
+        if (!holdMark(values))
+            checkSetting(path, values, text);
     }
     std::remove(path.c_str());
     checkHandWriting(writtenByHand(text), text);

@@ -38,6 +38,7 @@ bool isReadAsNumber(const QByteArray& ini) {
 TEST(StreamedValuesTest, IsFoundHoweverItIsWritten) {
     for (const QByteArray& begin : {QByteArray("a=@Variant("),
                                     QByteArray("[General]\r\na = \t@Variant("),
+                                    QByteArray("b=1\ra=@Variant("),
                                     QByteArray("a=x, @Variant("),
                                     QByteArray("a=\"x,y\",@Variant("),
                                     QByteArray("a=\"\"@Variant("),
@@ -57,7 +58,11 @@ TEST(StreamedValuesTest, IsFoundHoweverItIsWritten) {
                                     QByteArray("\"=\"=\"\"\na=@Variant("),
                                     QByteArray("[\"]\n\"]\na=@Variant("),
                                     QByteArray("\xEF\xBB\xBF"
-                                               "a=@Variant(")}) {
+                                               "a=@Variant("),
+                                    QByteArray("a=\xEF\xBB\xBF@Variant("),
+                                    QByteArray("a=\"\xEF\xBB\xBF@Variant\"("),
+                                    QByteArray("a=\xEF\"\"\xBB\xBF@Variant("),
+                                    QByteArray("a=\\x40\xEF\xBB\xBFVariant(")}) {
         SCOPED_TRACE(begin.toStdString());
         EXPECT_TRUE(isReadAsNumber(begin + number));
         EXPECT_TRUE(holdsStreamedValue(begin + number));
@@ -89,7 +94,8 @@ TEST(StreamedValuesTest, IsNotFoundInATextThatOnlyLooksLikeIt) {
           QByteArray("a=\"x=@Variant("), QByteArray("a=\\n@Variant("),
           QByteArray("a=\\\"@Variant("), QByteArray("a=\\\\@Variant("),
           QByteArray("a=\\x1@Variant("), QByteArray("a=\\1@Variant("),
-          QByteArray("a=\\x040a@Variant("), QByteArray("; a=@Variant("),
+          QByteArray("a=\\x040a@Variant("), QByteArray("a=\\xfeff@Variant("),
+          QByteArray("a=\xEF\xBB\xBF\xEF\xBB\xBF@Variant("), QByteArray("; a=@Variant("),
           QByteArray("b=1 ; a=@Variant("), QByteArray("a=@variant("), QByteArray("a=@Variant"),
           QByteArray("a=@ByteArray(")}) {
         SCOPED_TRACE(begin.toStdString());

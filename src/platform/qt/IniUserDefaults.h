@@ -12,7 +12,8 @@ namespace valdorn {
 class FileSystem;
 
 // User defaults in an INI file that people may edit by hand. Each write is on the disk when the
-// call returns, merged with what somebody else has written meanwhile. Nobody is waited for.
+// call returns, merged with what somebody else has written meanwhile. Nobody is waited for. A byte
+// order mark that begins a text is lost when the file is read, by Qt (6.4).
 class IniUserDefaults : public UserDefaults {
 public:
     // The file's absolute path. The file and its folder, which `files` closes to others, are made by

@@ -18,6 +18,8 @@ int digitOf(char c) {
 
 // Goes through a file, and knows how the present text begins when quotes and escapes are undone. All
 // between two separators counts as a text, names and sections, too.
+//
+// Qt drops a byte order mark that is the first of what is not escaped in a text, wherever that is.
 class TextBegins {
 public:
     explicit TextBegins(QByteArrayView ini) : ini_(ini) {}
@@ -39,14 +41,20 @@ public:
     }
 
     bool isStreamed() const {
-        return begin_ == QLatin1String("@Variant(") || begin_ == QLatin1String("@DateTime(");
+        QString begin = begin_;
+        if (const qsizetype at = begin.indexOf(byteOrderMark); at >= 0)
+            begin.remove(at, byteOrderMark.size());
+        return begin == QLatin1String("@Variant(") || begin == QLatin1String("@DateTime(");
     }
 
 private:
+    static constexpr QLatin1String byteOrderMark{"\xEF\xBB\xBF"};
+
     bool isAtEnd() const { return at_ == ini_.size(); }
 
     void add(char16_t unit) {
-        constexpr qsizetype enough = 11;  // more than the longer one of the marks below has
+        constexpr qsizetype enough =
+            14;  // more than the longer one of the texts above has with a mark
         if (begin_.size() < enough)
             begin_ += QChar(unit);
     }
