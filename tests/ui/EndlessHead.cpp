@@ -21,16 +21,6 @@ namespace {
 
 constexpr std::size_t much = 1'000'000;
 
-bool sendAll(int connection, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (count <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 bool isReadable(int descriptor) {
     pollfd one{descriptor, POLLIN, 0};
     return poll(&one, 1, 0) == 1 && (one.revents & POLLIN) != 0;

@@ -170,6 +170,22 @@ TEST(ExchangesUnderWayTest, AnAbandonedOneIsForgottenOnceNoneIsUnderWay) {
     EXPECT_FALSE(kept.isCut());
 }
 
+TEST(ExchangesUnderWayTest, TellsOnceThatAllHasBeenCutAndNotWhileOneIsUnderWay) {
+    ExchangesUnderWay exchanges;
+    exchanges.end(exchanges.begin(), End::byItself);
+    EXPECT_FALSE(exchanges.takeCutOff());
+    const auto older = exchanges.begin();
+    const auto younger = exchanges.begin();
+    exchanges.end(older, End::abandoned);
+    EXPECT_FALSE(exchanges.takeCutOff());
+    exchanges.end(younger, End::byItself);
+    const auto next = exchanges.begin();
+    EXPECT_FALSE(exchanges.takeCutOff());
+    exchanges.end(next, End::byItself);
+    EXPECT_TRUE(exchanges.takeCutOff());
+    EXPECT_FALSE(exchanges.takeCutOff());
+}
+
 TEST(ExchangesUnderWayTest, AfterTheEndOfAllTheEndOfOneMeansNothing) {
     ExchangesUnderWay exchanges;
     const auto one = exchanges.begin();

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -20,6 +23,17 @@ inline int listenOnLoopback(sockaddr_in& address) {
     EXPECT_EQ(listen(listener, 1), 0);
     EXPECT_EQ(getsockname(listener, plain, &size), 0);
     return listener;
+}
+
+// Whether all of it could be sent. System calls only.
+inline bool sendAll(int connection, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 }  // namespace valdorn

@@ -12,6 +12,7 @@
 #include "platform/qt/NetworkHttpClient.h"
 #include "support/VirtualMainQueue.h"
 #include "ui/EndlessHead.h"
+#include "ui/EndlessHeads.h"
 #include "ui/EventLoop.h"
 #include "ui/LoopbackServer.h"
 
@@ -284,6 +285,23 @@ TEST_F(NetworkHttpClientTest, OfThreeTheOldestIsCutEachTime) {
     ASSERT_EQ(server.disconnections, 0);
     always(httpAnswer("200 OK", "kept"))(*waiting, {});
     EXPECT_EQ(awaited().value(), "kept");
+}
+
+// Qt (6.4) has six connections with one server, and may keep one that was cut for busy.
+TEST_F(NetworkHttpClientTest, ManyEndlessHeadsOfOneServerDoNotKeepItFromBeingAskedAgain) {
+    EndlessHeads server;
+    const auto abandonForAnother = [&] {
+        request = client.get({server.url(), 10s, 1000}, [](const Outcome&) {});
+    };
+    for (int asked = 1; asked <= 6; ++asked) {
+        abandonForAnother();
+        ASSERT_TRUE(runUntil([&server, asked] { return server.asked() == asked; }));
+    }
+    abandonForAnother();
+    queue.advance(10s);
+    server.answerWell();
+    fetch(server.url());
+    EXPECT_EQ(awaited().value(), "well");
 }
 
 // Such as one that was led to another server: it could be the younger's, for all that is known.

@@ -1,5 +1,7 @@
 #include "platform/qt/ExchangesUnderWay.h"
 
+#include <utility>
+
 namespace valdorn {
 
 ExchangesUnderWay::Number ExchangesUnderWay::begin() {
@@ -24,6 +26,11 @@ void ExchangesUnderWay::endAll() {
     underWay_.clear();
     isOneAbandoned_ = false;
     before_.cut();
+    isCutOff_ = true;
+}
+
+bool ExchangesUnderWay::takeCutOff() {
+    return underWay_.empty() && std::exchange(isCutOff_, false);
 }
 
 }  // namespace valdorn

@@ -34,11 +34,15 @@ public:
     // Forgets them all, and cuts whatever has come up since this was made.
     void endAll();
 
+    // Whether none is under way and what there was has been cut. True once for each time.
+    bool takeCutOff();
+
 private:
     const InternetConnections before_;
     std::map<Number, InternetConnections> underWay_;  // with what there was when it began
     Number last_ = 0;
     bool isOneAbandoned_ = false;  // since there were last none
+    bool isCutOff_ = false;
 };
 
 }  // namespace valdorn

@@ -154,7 +154,9 @@ private:
         reply_ = nullptr;
         const bool isAbandoned = reply->isRunning();
         reply->disconnect(this);
-        reply->abort();
+        // One that has failed and is about to say that it has finished takes no second error.
+        if (reply->error() == QNetworkReply::NoError)
+            reply->abort();
         reply->deleteLater();
         using End = ExchangesUnderWay::End;
         underWay_->end(number_, isAbandoned ? End::abandoned : End::byItself);
@@ -184,6 +186,10 @@ NetworkHttpClient::~NetworkHttpClient() {
 }
 
 std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
+    // Of what has been cut Qt (6.4) may keep a connection that it takes for busy, and asks a server by
+    // six at the most. It forgets them with its thread, which has nothing to do now.
+    if (underWay_->takeCutOff())
+        manager_.clearConnectionCache();
     auto exchange = std::make_unique<Exchange>(query, std::move(completion), underWay_);
     exchange->start(mainQueue_, manager_, query);
     return exchange;
