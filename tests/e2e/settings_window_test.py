@@ -202,7 +202,7 @@ class EditingTest(SettingsCase):
         for name in FIELDS:
             self.page.paste(name, text)
         self.page.type_token("y")
-        self.assertLess(time.monotonic() - begun, 5 * PROMPTLY)
+        self.assertLess(time.monotonic() - begun, PROMPTLY)
         self.assertEqual(self.desktop.geometry(self.window_id)[2:], SIZE)
         self.wait_for_record(0, name=text, labels=text)
         self.click(self.page.add_button())
