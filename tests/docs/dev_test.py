@@ -113,12 +113,18 @@ class CommandTest(DevCase):
     def test_a_wrong_word_is_told_before_anything_is_done_for_it(self):
         self.sandbox.write("tree/bench/one.py", "")
         self.sandbox.write("tree/tests/e2e/faults/one_test.py", "")
+        self.sandbox.write("tree/tests/fuzz/one.dict", "")
         for words in (("bench", "nosuch"), ("bench", "one", "nosuch"), ("bench", "--short", "nosuch"),
                       ("bench", "one", "--short"),
                       ("faults", "nosuch"), ("faults", "one", "nosuch"), ("fuzz", "0"),
                       ("fuzz", "nosuch"), ("fuzz", "99999999999"), ("soak", "nosuch"),
                       ("soak", "program", "nosuch"), ("soak", "program", "0"),
-                      ("soak", "simulation", "nosuch")):
+                      ("soak", "program", "1", "nosuch"), ("soak", "simulation", "nosuch"),
+                      ("soak", "simulation", "1", "nosuch"),
+                      ("soak", "simulation", "1", "0", "nosuch"), ("fuzz", "1", "nosuch"),
+                      ("fuzz", "1", "one", "nosuch"), ("run", "nosuch"), ("test", "nosuch"),
+                      ("check", "nosuch"), ("package", "nosuch"), ("demo", "nosuch"),
+                      ("coverage", "nosuch"), ("format", "nosuch")):
             with self.subTest(words):
                 self.assertIn(f'"{words[-1]}"', self.dev(*words, status=2))
         self.assertNotIn("calls", self.sandbox.files())
@@ -194,6 +200,7 @@ echo "stat::average_exec_per_sec:     617"
         self.add_target("two")
 
     def add_target(self, name, status=0):
+        self.sandbox.write(f"tree/tests/fuzz/{name}.dict", "")
         self.sandbox.write(f"tree/build/fuzz/bin/fuzz_{name}", f"{self.SCRIPT}exit {status}\n",
                            executable=True)
 
@@ -211,7 +218,7 @@ echo "stat::average_exec_per_sec:     617"
     def test_runs_what_it_is_told_as_long_as_it_is_told(self):
         self.dev("fuzz", "5", "two")
         self.assertEqual(self.fuzzed(), [("two", "5")])
-        self.assertIn('no target "three"', self.dev("fuzz", "5", "three", status=1))
+        self.assertIn('no target "three"', self.dev("fuzz", "5", "three", status=2))
         self.assertIn('"two" is no number', self.dev("fuzz", "two", status=2))
 
     def test_fails_on_a_finding_and_shows_it(self):

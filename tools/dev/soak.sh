@@ -17,11 +17,30 @@ soak_program() {
         --timeout $((seconds + 600)) --verbose
 }
 
+# expect_seed WORD...: each a whole number, nought and great ones too.
+expect_seed() {
+    local word
+    for word in "$@"; do
+        if [[ ! $word =~ ^[0-9]{1,19}$ ]]; then
+            echo "./dev: \"$word\" is no seed" >&2
+            exit 2
+        fi
+    done
+}
+
 # expect_soak: the same words as soak.
 expect_soak() {
     case "${1-}" in
         "") ;;
-        simulation | program) expect_number "${@:2:1}" ;;  # any seed will do
+        simulation)
+            expect_number "${@:2:1}"
+            expect_seed "${@:3:1}"
+            expect_nothing "${@:4}"
+            ;;
+        program)
+            expect_number "${@:2:1}"
+            expect_nothing "${@:3}"
+            ;;
         *)
             echo "./dev: there is no soak \"$1\"" >&2
             exit 2

@@ -1,6 +1,14 @@
 # What was typed behind a command is looked at before anything is installed or built for it. Sourced by
 # ./dev.
 
+# expect_nothing WORD...: there is none.
+expect_nothing() {
+    if [ $# -gt 0 ]; then
+        echo "./dev: \"$1\" means nothing here" >&2
+        exit 2
+    fi
+}
+
 # expect_number WORD...: each a whole number above 0 that a program can take.
 expect_number() {
     local word
