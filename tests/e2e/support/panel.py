@@ -21,6 +21,7 @@ class Panel:
     def __init__(self, desktop):
         self._desktop = desktop
         self._folder = tempfile.mkdtemp(prefix="valdorn-panel.")
+        self._processes = []
         self._connection = desktop.bus.connect()
         self._width = int(desktop.xdotool("getdisplaygeometry").split()[0])
         self._prepare()
@@ -38,10 +39,13 @@ class Panel:
 
     def end(self):
         """As a crash does."""
+        self._processes.remove(self.process)
         self._desktop.end(self.process)
 
     def _start(self, *command):
-        return self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
+        process = self._desktop.start("env", f"XDG_CONFIG_HOME={self._folder}", *command)
+        self._processes.append(process)
+        return process
 
     def item(self):
         """The status item that the panel has, once it has one."""
@@ -78,6 +82,9 @@ class Panel:
         wait_until(lambda: not opened & set(self._desktop.all_visible()), "a closed menu")
 
     def close(self):
+        # First, as they write down their settings when they end.
+        while self._processes:
+            self._desktop.end(self._processes.pop())
         shutil.rmtree(self._folder, ignore_errors=True)
 
 
