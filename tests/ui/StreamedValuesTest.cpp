@@ -62,7 +62,14 @@ TEST(StreamedValuesTest, IsFoundHoweverItIsWritten) {
                                     QByteArray("a=\xEF\xBB\xBF@Variant("),
                                     QByteArray("a=\"\xEF\xBB\xBF@Variant\"("),
                                     QByteArray("a=\xEF\"\"\xBB\xBF@Variant("),
-                                    QByteArray("a=\\x40\xEF\xBB\xBFVariant(")}) {
+                                    QByteArray("a=\\x40\xEF\xBB\xBFVariant("),
+                                    QByteArray("a=\xEF,\xBB\xBF@Variant("),
+                                    QByteArray("a=\xEF\xBB\"\",\xBF@Variant("),
+                                    QByteArray("a=\xEF\\x40\xBB\xBFVariant("),
+                                    QByteArray("a=\xEF\t,@Variant("),
+                                    QByteArray("a=\xEF, \xBB\"\" \xBF@Variant("),
+                                    QByteArray("b=\xEF\xBB\na=\\x40\xEF\\x56\xBB\xBF"
+                                               "ariant(")}) {
         SCOPED_TRACE(begin.toStdString());
         EXPECT_TRUE(isReadAsNumber(begin + number));
         EXPECT_TRUE(holdsStreamedValue(begin + number));
@@ -88,16 +95,29 @@ TEST(StreamedValuesTest, IsFoundWithAllOfItEscaped) {
 }
 
 TEST(StreamedValuesTest, IsNotFoundInATextThatOnlyLooksLikeIt) {
-    for (const QByteArray& begin :
-         {QByteArray("a=@@Variant("), QByteArray("a=x@Variant("), QByteArray("a=\" @Variant("),
-          QByteArray("a=\"x,@Variant("), QByteArray("a=\"x;@Variant("),
-          QByteArray("a=\"x=@Variant("), QByteArray("a=\\n@Variant("),
-          QByteArray("a=\\\"@Variant("), QByteArray("a=\\\\@Variant("),
-          QByteArray("a=\\x1@Variant("), QByteArray("a=\\1@Variant("),
-          QByteArray("a=\\x040a@Variant("), QByteArray("a=\\xfeff@Variant("),
-          QByteArray("a=\xEF\xBB\xBF\xEF\xBB\xBF@Variant("), QByteArray("; a=@Variant("),
-          QByteArray("b=1 ; a=@Variant("), QByteArray("a=@variant("), QByteArray("a=@Variant"),
-          QByteArray("a=@ByteArray(")}) {
+    for (const QByteArray& begin : {QByteArray("a=@@Variant("),
+                                    QByteArray("a=x@Variant("),
+                                    QByteArray("a=\" @Variant("),
+                                    QByteArray("a=\"x,@Variant("),
+                                    QByteArray("a=\"x;@Variant("),
+                                    QByteArray("a=\"x=@Variant("),
+                                    QByteArray("a=\\n@Variant("),
+                                    QByteArray("a=\\\"@Variant("),
+                                    QByteArray("a=\\\\@Variant("),
+                                    QByteArray("a=\\x1@Variant("),
+                                    QByteArray("a=\\1@Variant("),
+                                    QByteArray("a=\\x040a@Variant("),
+                                    QByteArray("a=\\xfeff@Variant("),
+                                    QByteArray("a=\xEF\xBB\xBF\xEF\xBB\xBF@Variant("),
+                                    QByteArray("a=\xEF\xBB\xBB@Variant("),
+                                    QByteArray("a=x,\xEF\xBB\xBF@Variant("),
+                                    QByteArray("a=\xEF\xBB,@Variant("),
+                                    QByteArray("a=\xEF\xBB\nb=\xBF@Variant("),
+                                    QByteArray("; a=@Variant("),
+                                    QByteArray("b=1 ; a=@Variant("),
+                                    QByteArray("a=@variant("),
+                                    QByteArray("a=@Variant"),
+                                    QByteArray("a=@ByteArray(")}) {
         SCOPED_TRACE(begin.toStdString());
         const QByteArray ini = begin + number + (begin.contains('"') ? "\"" : "");
         EXPECT_FALSE(isReadAsNumber(ini));

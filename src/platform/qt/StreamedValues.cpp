@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <optional>
+#include <utility>
 
 namespace valdorn {
 
@@ -19,7 +20,8 @@ int digitOf(char c) {
 // Goes through a file, and knows how the present text begins when quotes and escapes are undone. All
 // between two separators counts as a text, names and sections, too.
 //
-// Qt drops a byte order mark that is the first of what is not escaped in a text, wherever that is.
+// Qt drops a byte order mark that is the first of what is not escaped in a value, also where escapes,
+// quotes or commas stand between its bytes.
 class TextBegins {
 public:
     explicit TextBegins(QByteArrayView ini) : ini_(ini) {}
@@ -32,23 +34,20 @@ public:
         if (c == '\\')
             addEscaped();
         else if (c == '"')
-            isQuoted_ = !isQuoted_;
+            quote();
         else if (isQuoted_)
-            add(static_cast<unsigned char>(c));
+            addPlain(c);
         else
             addUnquoted(c);
         return true;
     }
 
     bool isStreamed() const {
-        QString begin = begin_;
-        if (const qsizetype at = begin.indexOf(byteOrderMark); at >= 0)
-            begin.remove(at, byteOrderMark.size());
-        return begin == QLatin1String("@Variant(") || begin == QLatin1String("@DateTime(");
+        return begin_ == QLatin1String("@Variant(") || begin_ == QLatin1String("@DateTime(");
     }
 
 private:
-    static constexpr QLatin1String byteOrderMark{"\xEF\xBB\xBF"};
+    static constexpr QByteArrayView byteOrderMark{"\xEF\xBB\xBF"};
 
     bool isAtEnd() const { return at_ == ini_.size(); }
 
@@ -59,16 +58,51 @@ private:
             begin_ += QChar(unit);
     }
 
+    void addPlain(char c) {
+        areBlanksSkipped_ = false;
+        if (mayBeMark_ && c == byteOrderMark[markBytes_]) {
+            mayBeMark_ = ++markBytes_ < byteOrderMark.size();
+            return;
+        }
+        expectNoMark();
+        add(static_cast<unsigned char>(c));
+    }
+
+    // What has come of it is none.
+    void expectNoMark() {
+        if (!std::exchange(mayBeMark_, false))
+            return;
+        for (const char begun : byteOrderMark.first(markBytes_))
+            add(static_cast<unsigned char>(begun));
+    }
+
+    void quote() {
+        isQuoted_ = !isQuoted_;
+        areBlanksSkipped_ = !isQuoted_;
+    }
+
+    void separate(char separator) {
+        begin_.clear();
+        areBlanksSkipped_ = true;
+        if (separator == ',')
+            return;
+        markBytes_ = 0;
+        mayBeMark_ = true;
+    }
+
     void addUnquoted(char c) {
         if (c == ';')
             skipComment();
         else if (QByteArrayView("=,\n\r").contains(c))
-            begin_.clear();
+            separate(c);
         else if (c != ' ' && c != '\t')
-            add(static_cast<unsigned char>(c));
+            addPlain(c);
+        else if (!areBlanksSkipped_)
+            expectNoMark();
     }
 
     void addEscaped() {
+        areBlanksSkipped_ = false;
         if (isAtEnd())
             return;
         const char c = ini_[at_++];
@@ -104,6 +138,9 @@ private:
     qsizetype at_ = 0;
     bool isQuoted_ = false;
     QString begin_;
+    qsizetype markBytes_ = 0;  // of the mark, which the value may begin with
+    bool mayBeMark_ = true;
+    bool areBlanksSkipped_ = true;  // else they stand within a text, if only until it ends
 };
 
 }  // namespace
