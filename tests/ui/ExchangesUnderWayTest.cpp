@@ -186,6 +186,24 @@ TEST(ExchangesUnderWayTest, TellsOnceThatAllHasBeenCutAndNotWhileOneIsUnderWay) 
     EXPECT_FALSE(exchanges.takeCutOff());
 }
 
+TEST(ExchangesUnderWayTest, TellsOfNoCutWhereSomeMayBeLeft) {
+    ExchangesUnderWay exchanges;
+    {
+        const auto one = exchanges.begin();
+        const NoDescriptors none;
+        exchanges.end(one, End::abandoned);
+    }
+    EXPECT_FALSE(exchanges.takeCutOff());
+    exchanges.end(exchanges.begin(), End::abandoned);
+    EXPECT_TRUE(exchanges.takeCutOff());
+
+    std::optional<NoDescriptors> none(std::in_place);
+    ExchangesUnderWay others;
+    none.reset();
+    others.end(others.begin(), End::abandoned);
+    EXPECT_FALSE(others.takeCutOff());
+}
+
 TEST(ExchangesUnderWayTest, AfterTheEndOfAllTheEndOfOneMeansNothing) {
     ExchangesUnderWay exchanges;
     const auto one = exchanges.begin();

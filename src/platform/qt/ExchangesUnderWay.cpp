@@ -25,8 +25,7 @@ void ExchangesUnderWay::end(Number exchange, End how) {
 void ExchangesUnderWay::endAll() {
     underWay_.clear();
     isOneAbandoned_ = false;
-    before_.cut();
-    isCutOff_ = true;
+    isCutOff_ = before_.cut();
 }
 
 bool ExchangesUnderWay::takeCutOff() {

@@ -34,7 +34,7 @@ public:
     // Forgets them all, and cuts whatever has come up since this was made.
     void endAll();
 
-    // Whether none is under way and what there was has been cut. True once for each time.
+    // Whether none is under way and all that there was has been cut. True once for each time.
     bool takeCutOff();
 
 private:

@@ -71,28 +71,33 @@ void disconnect(int descriptor) {
 }
 
 // Its owner may close it meanwhile and open another one in its place: ours stays the same socket.
-void cutIf(const std::function<bool(int descriptor, ino_t socket)>& isMeant, int descriptor) {
+// False where it cannot be told what stands there.
+bool cutIf(const std::function<bool(int descriptor, ino_t socket)>& isMeant, int descriptor) {
     if (!socketAt(descriptor))
-        return;
+        return true;
     const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     // Closed meanwhile, which is as good; or no descriptor is free. Then it is read on, but nobody
     // waits for it, and the next exchange, which Qt cannot serve meanwhile, ends in a cut as well; at
     // the latest the client does.
     if (own < 0)
-        return;
+        return errno == EBADF;
     const auto socket = socketAt(own);
     if (socket && isInternetConnection(own) && isMeant(own, *socket))
         disconnect(own);
     ::close(own);
+    return true;
 }
 
-void cutThose(const std::function<bool(int descriptor, ino_t socket)>& areMeant) {
+// False where some may have been left.
+bool cutThose(const std::function<bool(int descriptor, ino_t socket)>& areMeant) {
     const auto descriptors = openDescriptors();
     // As above: the next end is soon enough.
     if (!descriptors)
-        return;
+        return false;
+    bool areAllCut = true;
     for (const int descriptor : *descriptors)
-        cutIf(areMeant, descriptor);
+        areAllCut = cutIf(areMeant, descriptor) && areAllCut;
+    return areAllCut;
 }
 
 }  // namespace
@@ -136,12 +141,13 @@ bool InternetConnections::isUnasked(int descriptor, ino_t socket) const {
            (now.receivedBytes > then->second.receivedBytes || hasUnread(descriptor));
 }
 
-void InternetConnections::cut() const {
-    cutThose([this](int, ino_t socket) { return isNew(socket); });
+bool InternetConnections::cut() const {
+    return seen_ && cutThose([this](int, ino_t socket) { return isNew(socket); });
 }
 
 void InternetConnections::cutUnasked(const InternetConnections& later) const {
-    cutThose([this, &later](int descriptor, ino_t socket) {
+    // What is left is tried again at the end of the next.
+    std::ignore = cutThose([this, &later](int descriptor, ino_t socket) {
         return isNew(socket) && later.isUnasked(descriptor, socket);
     });
 }

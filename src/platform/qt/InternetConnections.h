@@ -18,8 +18,9 @@ class InternetConnections {
 public:
     InternetConnections();
 
-    // Cuts all that have come up since.
-    void cut() const;
+    // Cuts all that have come up since. False where some may have been left: for want of a descriptor
+    // to look at them by, or of what there was.
+    bool cut() const;
 
     // Of those, cuts the ones that were there when `later` was made, were sent nothing since, and have
     // received something all the same, or have it still to be read.

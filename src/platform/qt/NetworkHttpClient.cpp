@@ -187,7 +187,7 @@ NetworkHttpClient::~NetworkHttpClient() {
 
 std::unique_ptr<HttpRequest> NetworkHttpClient::get(const HttpQuery& query, Completion completion) {
     // Of what has been cut Qt (6.4) may keep a connection that it takes for busy, and asks a server by
-    // six at the most. It forgets them with its thread, which has nothing to do now.
+    // six at the most. It forgets them with its thread, which it waits for: it has nothing to do now.
     if (underWay_->takeCutOff())
         manager_.clearConnectionCache();
     auto exchange = std::make_unique<Exchange>(query, std::move(completion), underWay_);
