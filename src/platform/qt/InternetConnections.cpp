@@ -1,5 +1,6 @@
 #include "platform/qt/InternetConnections.h"
 
+#include <cerrno>
 #include <charconv>
 #include <filesystem>
 #include <functional>

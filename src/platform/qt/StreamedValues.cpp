@@ -52,8 +52,7 @@ private:
     bool isAtEnd() const { return at_ == ini_.size(); }
 
     void add(char16_t unit) {
-        constexpr qsizetype enough =
-            14;  // more than the longer one of the texts above has with a mark
+        constexpr qsizetype enough = 11;  // more than the longer one of the texts above has
         if (begin_.size() < enough)
             begin_ += QChar(unit);
     }
