@@ -67,6 +67,7 @@ TEST(StreamedValuesTest, IsFoundHoweverItIsWritten) {
                                     QByteArray("a=\xEF\xBB\"\",\xBF@Variant("),
                                     QByteArray("a=\xEF\\x40\xBB\xBFVariant("),
                                     QByteArray("a=\xEF\t,@Variant("),
+                                    QByteArray("a=\xEF,\\x41\t,@Variant("),
                                     QByteArray("a=\xEF, \xBB\"\" \xBF@Variant("),
                                     QByteArray("b=\xEF\xBB\na=\\x40\xEF\\x56\xBB\xBF"
                                                "ariant(")}) {

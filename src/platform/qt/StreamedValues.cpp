@@ -67,7 +67,7 @@ private:
         add(static_cast<unsigned char>(c));
     }
 
-    // What has come of it is none.
+    // Whatever has been begun was no mark, and none can follow in this value.
     void expectNoMark() {
         if (!std::exchange(mayBeMark_, false))
             return;
